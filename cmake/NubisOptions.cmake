@@ -1,0 +1,40 @@
+# SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+# SPDX-License-Identifier: Apache-2.0
+
+# What every target of the project is compiled with. Targets link nubis_options; nothing is set globally, so that
+# generated sources and imported targets stay as they are.
+
+option(NUBIS_BUILD_TESTS "Build the tests" ON)
+option(NUBIS_COVERAGE "Instrument for coverage reports" OFF)
+set(NUBIS_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined or thread")
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Debug)
+endif()
+
+find_program(NUBIS_CCACHE ccache)
+if(NUBIS_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${NUBIS_CCACHE}")
+endif()
+
+add_library(nubis_options INTERFACE)
+target_compile_options(nubis_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wimplicit-fallthrough -Werror
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>)
+
+if(NUBIS_SANITIZE)
+  target_compile_options(nubis_options INTERFACE
+    -fsanitize=${NUBIS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(nubis_options INTERFACE -fsanitize=${NUBIS_SANITIZE})
+endif()
+if(NUBIS_COVERAGE)
+  target_compile_options(nubis_options INTERFACE --coverage)
+  target_link_options(nubis_options INTERFACE --coverage)
+endif()
