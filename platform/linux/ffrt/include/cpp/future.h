@@ -39,14 +39,15 @@ struct shared_state {
 };
 } // namespace detail
 
+template <typename R>
+struct promise;
+
 // The reading side. Several futures of one promise share one state: what one of them has taken is moved out for all.
 // A future is used by one thread at a time; the threads of several futures do not disturb each other.
 template <typename R>
 class future {
 public:
     future() noexcept = default;
-    explicit future(std::shared_ptr<detail::shared_state<R>> state) noexcept : state_(std::move(state))
-    {}
     future(const future &) = delete;
     future &operator=(const future &) = delete;
     future(future &&other) noexcept = default;
@@ -82,6 +83,11 @@ public:
     }
 
 private:
+    friend struct promise<R>;
+
+    explicit future(std::shared_ptr<detail::shared_state<R>> state) noexcept : state_(std::move(state))
+    {}
+
     std::shared_ptr<detail::shared_state<R>> state_;
 };
 

@@ -13,8 +13,6 @@ namespace ffrt {
 namespace this_task {
 // Lets other threads run first.
 void yield();
-// Blocks the calling task or thread for `nanoseconds`; use sleep_for.
-void sleep_for_nanoseconds(int64_t nanoseconds);
 } // namespace this_task
 
 // What the templates of this header and of the condition variable share; not for use outside them.
@@ -35,6 +33,8 @@ int64_t to_nanoseconds(const std::chrono::duration<R, P> &d) noexcept
     }
     return std::chrono::ceil<std::chrono::duration<int64_t, std::nano>>(d).count();
 }
+
+void sleep_nanoseconds(int64_t nanoseconds);
 } // namespace detail
 
 namespace this_task {
@@ -42,7 +42,7 @@ namespace this_task {
 template <class R, class P>
 void sleep_for(const std::chrono::duration<R, P> &d)
 {
-    sleep_for_nanoseconds(detail::to_nanoseconds(d));
+    detail::sleep_nanoseconds(detail::to_nanoseconds(d));
 }
 } // namespace this_task
 } // namespace ffrt
