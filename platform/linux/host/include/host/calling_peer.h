@@ -1,0 +1,24 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef HOST_CALLING_PEER_H
+#define HOST_CALLING_PEER_H
+
+#include <string>
+
+namespace Host {
+
+// The process at the other end of a session. Process and user id come from the kernel, the device name from the peer.
+struct CallingPeer {
+    int pid = -1;
+    int uid = -1;
+    std::string deviceName;
+};
+
+// Whose request this thread is handling, valid inside OnRemoteRequest. Outside of one, and for abilities registered in
+// this process, it is this process itself.
+CallingPeer GetCallingPeer();
+
+} // namespace Host
+
+#endif // HOST_CALLING_PEER_H
