@@ -1,0 +1,24 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_WALL_CLOCK_H
+#define NUBIS_WALL_CLOCK_H
+
+#include <cstdint>
+#include <functional>
+
+namespace Nubis {
+// The time of day as the whole library sees it. Any thread may call.
+class WallClock {
+public:
+    // Since the Unix epoch.
+    static int64_t NowSeconds();
+    static int64_t NowMillis();
+
+    // Reads the time (milliseconds since the epoch) from the source from now on, so that tests decide what time it is;
+    // an empty source brings the system's clock back. The source is called on any thread and must not call back here.
+    static void SetSource(std::function<int64_t()> source);
+};
+} // namespace Nubis
+
+#endif // NUBIS_WALL_CLOCK_H

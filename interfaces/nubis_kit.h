@@ -1,0 +1,182 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_KIT_H
+#define NUBIS_KIT_H
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <json/forwards.h>
+
+#include "nb_app_info.h"
+#include "nb_error.h"
+#include "nb_types.h"
+#include "nubis_export.h"
+
+namespace Nubis {
+class DriveServiceProxy;
+class NBContainer;
+
+// The entry to the library: one instance per operating-system user, shared by every caller in the process.
+//
+// It owns the connection to the cloud-drive service, caches the app catalogue, and hands out containers. Instances are
+// made at the first GetInstance of their user and live until the process ends. Any thread may call. Calls that ask the
+// service block until it has answered or failed; the kit's requests take 60 s at most.
+//
+// Containers and catalogue exist in two kinds that never mix, told apart by the selector `syncType`: 0 for structured
+// data, 1 for cloud files. The file kind is open only to an instance whose sync demon is NB_SYNC_DEMON_FILE.
+class NUBIS_EXPORT NubisNative : public std::enable_shared_from_this<NubisNative> {
+public:
+    // The instance of the user. The first call for a user connects to the service and may take some seconds; a service
+    // that cannot be reached does not fail the call but the requests that follow.
+    static std::shared_ptr<NubisNative> GetInstance(int userId);
+    // Also sets the sync demon of the instance, for everyone who shares it: the last caller wins.
+    static std::shared_ptr<NubisNative> GetInstance(int userId, NBCloudSyncDemon demon);
+
+    virtual ~NubisNative();
+    NubisNative(const NubisNative &) = delete;
+    NubisNative &operator=(const NubisNative &) = delete;
+
+    // Each returns the same object for the same container until it is released, and null when the catalogue of the
+    // bundle cannot be fetched, does not name the container or, for the file kind, the demon is not the file demon. A
+    // first call for a container asks the service for the catalogue, the record id rules and the service keys.
+    std::shared_ptr<NBContainer> GetDefaultContainer(const std::string &bundleName);
+    std::shared_ptr<NBContainer> GetDefaultFileContainer(const std::string &bundleName);
+    std::shared_ptr<NBContainer> GetContainer(const std::string &bundleName, const std::string &containerName);
+    std::shared_ptr<NBContainer> GetFileContainer(const std::string &bundleName, const std::string &containerName);
+
+    // Each drops the container from the registry after releasing its databases, and the bundle's catalogue entry, so
+    // that the next request fetches it again. Callers that still hold the container keep a released one. A default
+    // container is found through the catalogue: without an entry nothing happens.
+    void ReleaseDefaultContainer(const std::string &bundleName);
+    void ReleaseFileDefaultContainer(const std::string &bundleName);
+    void ReleaseContainer(const std::string &bundleName, const std::string &containerName);
+    void ReleaseFileContainer(const std::string &bundleName, const std::string &containerName);
+
+    // Asks who is signed in, and keeps the push key for the verification of notifications. Without needSpaceInfo the
+    // service reports no space, which reads as full. On an error the output is as it was.
+    NBError GetCloudUserInfo(NBUserInfo &userInfo, bool needSpaceInfo);
+    NBError GetUserInfoFromJson(const Json::Value &reply, NBUserInfo &userInfo);
+    // After a sign-out: releases and drops every container and the whole catalogue.
+    void ReleaseCloudUserInfo();
+    // Releases every container but keeps them and the catalogue: the same objects are handed out again.
+    void CleanCloudUserInfo();
+
+    NBCloudSyncDemon GetCloudSyncDemon() const;
+    // The event name under which change notifications for the current demon arrive; empty without a demon.
+    std::string GetCloudSyncSaName() const;
+    std::string GetPushKeyId() const;
+    int GetUserId() const;
+    // Always 8; nothing is inspected.
+    int CheckNetConnection() const;
+    // The version of the calling system service, sent with every request from now on.
+    void SetSaVersion(int saVersion);
+
+    // Sends one request, a JSON object, and fills the reply. The request itself is not changed; missing envelope
+    // members are added on the way. timeout in seconds, below 1 for the default of 180. Errors: local 1 when the service
+    // is not connected, local 2 when the request could not be sent, local 11 for an empty reply, a server error or
+    // local 24 when the service answers with a failure. The reply of a request that never got an answer is as it was.
+    NBError SendDataToCloudSrv(const Json::Value &request, Json::Value &reply, int timeout);
+
+    // Fetch the catalogue entries of the bundles into the map and into the cache. Live databases get the schema of a
+    // container whose schema version changed. On an error of the service map and cache are as they were.
+    NBError GetCloudAppInfo(const std::vector<std::string> &bundleNames, std::map<std::string, NBAppInfo> &appInfos);
+    NBError GetCloudFileAppInfo(
+        const std::vector<std::string> &bundleNames, std::map<std::string, NBAppInfo> &appInfos);
+    // The switches of the bundles; nothing is cached.
+    NBError GetCloudAppSwitches(
+        const std::vector<std::string> &bundleNames, std::map<std::string, NBAppSwitchStatus> &switches);
+    NBError GetCloudFileAppSwitches(
+        const std::vector<std::string> &bundleNames, std::map<std::string, NBAppSwitchStatus> &switches);
+    // One page of all apps, appended to infos; start with index 0 and go on with nextIndex while hasMore.
+    NBError GetCloudAppBriefInfo(
+        int index, std::vector<NBAppBriefInfo> &infos, bool &hasMore, int &nextIndex, NBUploadSize &uploadSize);
+    // The texts among the bundle's configuration parameters, put into the map.
+    NBError GetAppConfigParams(const std::string &bundleName, std::map<std::string, std::string> &params);
+
+    // Copies record types and schema text of a container out of the cached catalogue, nothing else; asks nobody.
+    bool GetSchemaInfo(const std::string &bundleName, const std::string &containerName, NBSchema &schema, int syncType);
+    // Gives the schema to the private and the shared database of the container, if it is live.
+    void UpdateDatabaseSchema(
+        const std::string &bundleName, const std::string &containerName, const NBSchema &schema, int syncType);
+    // The same for every fresh container whose schema version differs from that of its cached namesake.
+    void UpdateShareContainerSchema(
+        const std::vector<NBContainerInfo> &cached, const std::vector<NBContainerInfo> &fresh, int syncType);
+
+    // The readers of the catalogue's JSON. What is missing or of the wrong type takes its default; malformed parts are
+    // logged and left out. None takes a lock.
+    NBError GetAppInfoFromJson(const Json::Value &reply, std::map<std::string, NBAppInfo> &appInfos);
+    void GetAppContainerFromJSon(const Json::Value &appJson, NBAppInfo &appInfo);
+    bool GetContainerInfoFromJson(const Json::Value &containerJson, NBContainerInfo &info);
+    void GetSchemaNodesFromRecord(const Json::Value &recordTypeJson, std::map<std::string, NBSchemaField> &fields);
+    void GetDupCheckFieldsFromRecord(const Json::Value &recordTypeJson, std::vector<std::string> &dupCheckFields);
+    void GetRelationsFromRecord(const Json::Value &recordTypeJson, std::vector<NBSchemaRelation> &relations);
+    NBError GetAppSwitchsFromJson(const Json::Value &reply, std::map<std::string, NBAppSwitchStatus> &switches);
+    // False, with NB_FIELD_NULL, for a name that is no type.
+    bool StringToRecordFieldType(const std::string &name, NBRecordFieldType &type);
+    // False, with the unknown status, for a value of 4 or more.
+    bool IntToSwitchStatus(int value, NBAppSwitchStatus &status);
+
+protected:
+    explicit NubisNative(int userId);
+
+private:
+    friend class NBDatabase;
+
+    // Entries of one kind under the lock that guards them. A catalogue lock may be held while a container lock is
+    // taken, never the other way round.
+    template <typename Entry>
+    struct Guarded {
+        std::mutex mutex;
+        std::map<std::string, Entry> entries;
+    };
+    using Containers = Guarded<std::shared_ptr<NBContainer>>;
+    using AppInfos = Guarded<NBAppInfo>;
+
+    Containers &ContainersOf(int syncType);
+    AppInfos &AppInfosOf(int syncType);
+    std::shared_ptr<NBContainer> InnerGetDefaultContainer(const std::string &bundleName, int syncType);
+    std::shared_ptr<NBContainer> InnerGetContainer(
+        const std::string &bundleName, const std::string &containerName, int syncType);
+    bool CheckContainerName(const std::string &bundleName, const std::string &containerName, int syncType);
+    std::shared_ptr<NBContainer> FindOrCreateContainer(
+        const std::string &bundleName, const std::string &containerName, int syncType);
+    void InnerReleaseDefaultContainer(const std::string &bundleName, int syncType);
+    void InnerReleaseContainer(const std::string &bundleName, const std::string &containerName, int syncType);
+    void DropContainer(const std::string &key, int syncType);
+
+    NBError InnerGetCloudAppInfo(
+        const std::vector<std::string> &bundleNames, std::map<std::string, NBAppInfo> &appInfos, int syncType);
+    NBError InnerGetCloudAppSwitches(
+        const std::vector<std::string> &bundleNames, std::map<std::string, NBAppSwitchStatus> &switches, int syncType);
+
+    // SendDataToCloudSrv that leaves the envelope members in the request, for callers that need no copy of it.
+    NBError SendInPlace(Json::Value &request, Json::Value &reply, int timeout);
+    NBError JudgeReply(const std::string &replyText, const std::string &traceId, Json::Value &reply);
+
+    Containers containers_;
+    Containers fileContainers_;
+    AppInfos appInfos_;
+    AppInfos fileAppInfos_;
+    const int32_t userId_;
+    // Null when it could not be allocated.
+    DriveServiceProxy *proxy_;
+    // Atomic because GetInstance sets it without the lock below.
+    std::atomic<NBCloudSyncDemon> syncDemon_{NB_SYNC_DEMON_NONE};
+    mutable std::mutex userInfoMutex_;
+    std::string pushKeyId_;
+    std::string pushKeyValue_;
+    std::atomic<int32_t> saVersion_{0};
+
+    static std::mutex &nubisMutex_;
+    static std::map<int, std::shared_ptr<NubisNative>> &nubisKits_;
+};
+} // namespace Nubis
+
+#endif // NUBIS_KIT_H
