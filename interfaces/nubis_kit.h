@@ -173,9 +173,6 @@ private:
     std::string pushKeyId_;
     std::string pushKeyValue_;
     std::atomic<int32_t> saVersion_{0};
-
-    static std::mutex &nubisMutex_;
-    static std::map<int, std::shared_ptr<NubisNative>> &nubisKits_;
 };
 } // namespace Nubis
 
