@@ -119,15 +119,10 @@ RefBase::RefBase() : counter_(new RefCounter())
 RefBase::RefBase(const RefBase &) : RefBase()
 {}
 
-RefBase &RefBase::operator=(const RefBase &)
-{
-    return *this;
-}
-
 RefBase::RefBase(RefBase &&) noexcept : RefBase()
 {}
 
-RefBase &RefBase::operator=(RefBase &&) noexcept
+RefBase &RefBase::operator=(const RefBase &) noexcept
 {
     return *this;
 }
