@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_DRIVE_CALLBACK_STUB_H
+#define NUBIS_DRIVE_CALLBACK_STUB_H
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include <json/value.h>
+
+#include "drive_callback_ability.h"
+#include "ffrt_inner.h"
+#include "iremote_stub.h"
+
+namespace Nubis {
+// The object that the service calls back: with the replies to asynchronous requests, and with requests of its own.
+//
+// The proxy of the user owns it and hands it to the service inside request parcels, so the service may hold it longer
+// than the proxy lives. The service calls on IPC threads, several at once; callers wait on their own threads.
+//
+// A waiting request: AddRequest before it is sent, then either RemoveRequest, when sending failed, or WaitRequestReply,
+// which returns when the reply is there, the time is over or the service is gone, and removes it. A reply that nobody
+// waits for any more is dropped.
+class DriveCallbackStub : public OHOS::IRemoteStub<DriveCallbackAbility> {
+public:
+    enum WaitStatus : int32_t {
+        WAIT_REPLIED = 0,
+        WAIT_TIMED_OUT = 1,
+        WAIT_UNKNOWN = 2,
+    };
+
+    int OnRemoteRequest(
+        uint32_t code, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &option) override;
+    // 0, with the reply filled, when the request was understood.
+    int32_t HandleRemoteRequest(const std::string &requestText, std::string &reply);
+
+    // A request of this uuid that is waiting already is forgotten.
+    void AddRequest(const std::string &uuid);
+    void RemoveRequest(const std::string &uuid);
+    // Waits at most timeout seconds, without limit when that is below 1, and returns a WaitStatus.
+    int32_t WaitRequestReply(const std::string &uuid, std::string &reply, int timeout);
+    void SetRequestReplyResult(const std::string &uuid, const std::string &text);
+    // Gives the text to every waiting request.
+    void NotifyAllWaitRequest(const std::string &text);
+
+private:
+    using ReverseHandler = std::function<int32_t(const Json::Value &request, std::string &reply)>;
+    using WaitingReply = std::shared_ptr<ffrt::promise<std::string>>;
+
+    int32_t HandleRequestReply(const Json::Value &request, const std::string &requestText, std::string &reply);
+    int32_t HandleRemoteRequestCallback(const Json::Value &request, const std::string &requestText, std::string &reply);
+
+    // By function name; constant after construction.
+    const std::map<std::string, ReverseHandler> reverseHandlers_{};
+
+    ffrt::mutex requestMutex_;
+    std::map<std::string, WaitingReply> waitingRequests_;
+};
+} // namespace Nubis
+
+#endif // NUBIS_DRIVE_CALLBACK_STUB_H
