@@ -15,9 +15,9 @@ public:
     static int64_t NowSeconds();
     static int64_t NowMillis();
 
-    // Reads the time (milliseconds since the epoch) from the source from now on, so that tests decide what time it is;
-    // an empty source brings the system's clock back. The source is called on any thread and must not call back here.
-    static void SetSource(std::function<int64_t()> source);
+    // Reads the time (milliseconds since the epoch) from this function from now on, so that tests decide what time it is;
+    // an empty one brings the system's clock back. It is called on any thread.
+    static void SetSource(std::function<int64_t()> read);
 };
 } // namespace Nubis
 
