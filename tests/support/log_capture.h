@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_TEST_LOG_CAPTURE_H
+#define NUBIS_TEST_LOG_CAPTURE_H
+
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "hilog/log.h"
+#include "host/log_level.h"
+
+namespace NubisTest {
+// Collects what the process logs, of every level, while it exists. One at a time; any thread may log.
+class LogCapture {
+public:
+    LogCapture() : formerLevel_(Host::GetLogLevel())
+    {
+        Sink &sink = GetSink();
+        std::lock_guard<std::mutex> lock(sink.mutex);
+        sink.lines.clear();
+        Host::SetLogLevel(LOG_DEBUG);
+        LOG_SetCallback(&LogCapture::Collect);
+    }
+
+    ~LogCapture()
+    {
+        LOG_SetCallback(nullptr);
+        Host::SetLogLevel(formerLevel_);
+    }
+
+    LogCapture(const LogCapture &) = delete;
+    LogCapture &operator=(const LogCapture &) = delete;
+
+    // The texts of one level since the last call, in order, without the place that stands before each.
+    std::vector<std::string> Take(LogLevel level)
+    {
+        Sink &sink = GetSink();
+        std::lock_guard<std::mutex> lock(sink.mutex);
+        std::vector<std::string> texts;
+        for (const auto &[lineLevel, text] : sink.lines) {
+            if (lineLevel == level) {
+                texts.push_back(WithoutPlace(text));
+            }
+        }
+        sink.lines.clear();
+        return texts;
+    }
+
+    std::vector<std::string> TakeErrors()
+    {
+        return Take(LOG_ERROR);
+    }
+
+private:
+    struct Sink {
+        std::mutex mutex;
+        std::vector<std::pair<LogLevel, std::string>> lines;
+    };
+
+    static Sink &GetSink()
+    {
+        static Sink *sink = new Sink;
+        return *sink;
+    }
+
+    static void Collect(const LogType, const LogLevel level, const unsigned int, const char *, const char *message)
+    {
+        Sink &sink = GetSink();
+        std::lock_guard<std::mutex> lock(sink.mutex);
+        sink.lines.emplace_back(level, message);
+    }
+
+    static std::string WithoutPlace(const std::string &text)
+    {
+        size_t end = text.find("()} ");
+        return text.rfind('{', 0) == 0 && end != std::string::npos ? text.substr(end + 4) : text;
+    }
+
+    LogLevel formerLevel_;
+};
+} // namespace NubisTest
+
+#endif // NUBIS_TEST_LOG_CAPTURE_H
