@@ -1,0 +1,24 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef HCF_PRI_KEY_H
+#define HCF_PRI_KEY_H
+
+#include "object_base.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct HcfPriKey HcfPriKey;
+
+// Belongs to the key pair it stands in, and ends with it; destroying it does nothing.
+struct HcfPriKey {
+    HcfObjectBase base;
+};
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif // HCF_PRI_KEY_H
