@@ -51,6 +51,10 @@ public:
     // Waits, in real time and at most for `timeLimit`, until at least `count` sleeps, timed waits, delayed tasks and
     // armed timers are pending. For threads that FFRT did not start: Advance does not know when they have begun to wait.
     bool WaitForPending(std::size_t count, std::chrono::milliseconds timeLimit) const;
+
+private:
+    const std::chrono::milliseconds patience_;
+    bool advancing_ = false;
 };
 } // namespace Host
 
