@@ -37,6 +37,19 @@ public:
         return *this;
     }
 
+    RecordBuilder &Id(const std::string &recordId)
+    {
+        record_.SetRecordId(recordId);
+        return *this;
+    }
+
+    // An update of the record as it was at this version.
+    RecordBuilder &Existing(uint64_t version)
+    {
+        record_.SetNewCreate(false);
+        return AtVersion(version);
+    }
+
     RecordBuilder &OwnedBy(const std::string &ownerId)
     {
         record_.SetOwnerId(ownerId);
@@ -48,6 +61,11 @@ public:
         Nubis::NBRecord record = record_;
         record.SetRecordData(fields_);
         return record;
+    }
+
+    operator Nubis::NBRecord() const
+    {
+        return Build();
     }
 
 private:

@@ -1,0 +1,100 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "drive_service_process.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <poll.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "host/ability_control.h"
+#include "host/paths.h"
+
+namespace NubisTest {
+namespace {
+constexpr char SERVICE_BUNDLE[] = "com.orvane.tyra.aerostash";
+constexpr char SERVICE_ABILITY[] = "DriveServiceAbility";
+
+// The service is no child of the test, so its end is seen through a descriptor of the process.
+void WaitUntilGone(int pidDescriptor)
+{
+    pollfd gone{pidDescriptor, POLLIN, 0};
+    while (poll(&gone, 1, -1) < 0 && errno == EINTR) {
+    }
+}
+} // namespace
+
+DriveServiceProcess::DriveServiceProcess()
+{
+    std::string pattern = (std::filesystem::temp_directory_path() / "nubis-test-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) {
+        throw std::runtime_error("no temporary folder: " + pattern);
+    }
+    folder_ = pattern;
+    setenv("NUBIS_RUNTIME_DIR", (folder_ / "run").c_str(), 1);
+    setenv("NUBIS_STATE_DIR", (folder_ / "state").c_str(), 1);
+    setenv("NUBIS_MANIFEST_PATH", NUBIS_TEST_MANIFESTS, 1);
+    setenv("NUBIS_DEVICE_NAME", "test-device", 1);
+}
+
+DriveServiceProcess::~DriveServiceProcess()
+{
+    Kill();
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+}
+
+void DriveServiceProcess::InstallNotesCatalogue()
+{
+    const std::string data = (folder_ / "state" / "drive").string();
+    std::string output;
+    const std::string command = std::string(NUBIS_TEST_BIN) + "/nubis-drive-service apply-catalogue --data '" + data +
+                                "' '" NUBIS_TEST_DATA "/notes_catalogue.json' 2>&1";
+    if (RunCommand(command, output) != 0) {
+        throw std::runtime_error("the catalogue was refused: " + output);
+    }
+}
+
+int DriveServiceProcess::Pid() const
+{
+    return Host::FindAbility(SERVICE_BUNDLE, SERVICE_ABILITY, Host::DEFAULT_USER_ID).pid;
+}
+
+void DriveServiceProcess::Kill()
+{
+    const int pid = Pid();
+    if (pid <= 0) {
+        return;
+    }
+    const int descriptor = static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+    if (descriptor < 0) {
+        return;
+    }
+    kill(pid, SIGKILL);
+    WaitUntilGone(descriptor);
+    close(descriptor);
+}
+
+int RunCommand(const std::string &command, std::string &output)
+{
+    FILE *pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+        return -1;
+    }
+    std::array<char, 4096> buffer{};
+    size_t count = 0;
+    while ((count = fread(buffer.data(), 1, buffer.size(), pipe)) > 0) {
+        output.append(buffer.data(), count);
+    }
+    const int status = pclose(pipe);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+} // namespace NubisTest
