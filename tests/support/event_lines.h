@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
-#ifndef TESTS_SUPPORT_EVENT_LINES_H
-#define TESTS_SUPPORT_EVENT_LINES_H
+#ifndef NUBIS_TEST_EVENT_LINES_H
+#define NUBIS_TEST_EVENT_LINES_H
 
 #include <cstdlib>
 #include <filesystem>
@@ -16,7 +16,7 @@
 #include <json/reader.h>
 #include <json/value.h>
 
-namespace TestSupport {
+namespace NubisTest {
 
 // A state folder of the test's own, in which the event client writes; removed at the end.
 class EventState {
@@ -85,6 +85,6 @@ inline std::map<std::string, std::string> TextsOf(const Json::Value &json)
     return texts;
 }
 
-} // namespace TestSupport
+} // namespace NubisTest
 
-#endif // TESTS_SUPPORT_EVENT_LINES_H
+#endif // NUBIS_TEST_EVENT_LINES_H
