@@ -9,10 +9,12 @@
 #include "cpp/mutex.h"
 
 #include "core.h"
+#include "race_detector.h"
 
 namespace {
 using Host::Ffrt::CoreLock;
 using Host::Ffrt::GetCore;
+namespace RaceDetector = Host::Ffrt::RaceDetector;
 
 constexpr uint32_t FREE = 0;
 constexpr uint32_t LOCKED = 1;
@@ -31,30 +33,59 @@ MutexState &StateIn(ffrt_mutex_t &storage)
     return *std::launder(reinterpret_cast<MutexState *>(storage.storage));
 }
 
-bool TryLock(MutexState &state)
+void Create(ffrt_mutex_t &storage)
+{
+    RaceDetector::Create(new (storage.storage) MutexState);
+}
+
+void Destroy(ffrt_mutex_t &storage)
+{
+    MutexState &state = StateIn(storage);
+    RaceDetector::Destroy(&state);
+    std::destroy_at(&state);
+}
+
+bool TakeIfFree(MutexState &state)
 {
     uint32_t expected = FREE;
     return state.value.compare_exchange_strong(expected, LOCKED, std::memory_order_acquire, std::memory_order_relaxed);
 }
 
+bool TryLock(MutexState &state)
+{
+    RaceDetector::BeforeLock(&state, true);
+    const bool taken = TakeIfFree(state);
+    RaceDetector::AfterLock(&state, true, taken);
+    return taken;
+}
+
 void Lock(MutexState &state)
 {
-    if (TryLock(state)) {
-        return;
+    RaceDetector::BeforeLock(&state, false);
+    if (!TakeIfFree(state)) {
+        RaceDetector::BeginForeign(&state);
+        CoreLock lock(GetCore().mutex);
+        while (state.value.exchange(CONTENDED, std::memory_order_acquire) != FREE) {
+            GetCore().parking.Park(lock, &state);
+        }
+        lock.unlock();
+        RaceDetector::EndForeign(&state);
     }
-    CoreLock lock(GetCore().mutex);
-    while (state.value.exchange(CONTENDED, std::memory_order_acquire) != FREE) {
-        GetCore().parking.Park(lock, &state);
-    }
+    RaceDetector::AfterLock(&state, false, true);
 }
 
 void Unlock(MutexState &state)
 {
+    RaceDetector::BeforeUnlock(&state);
     // After the exchange the next owner may already have destroyed the mutex: only its address is used from here on.
     if (state.value.exchange(FREE, std::memory_order_release) == CONTENDED) {
+        RaceDetector::BeginForeign(&state);
         CoreLock lock(GetCore().mutex);
         GetCore().parking.Unpark(&state, 1);
+        lock.unlock();
+        RaceDetector::EndForeign(&state);
     }
+    RaceDetector::AfterUnlock(&state);
 }
 
 // A task stays in one thread here, so that the thread stands for it.
@@ -68,12 +99,12 @@ const void *Self()
 namespace ffrt {
 mutex::mutex()
 {
-    new (storage) MutexState;
+    Create(*this);
 }
 
 mutex::~mutex()
 {
-    std::destroy_at(&StateIn(*this));
+    Destroy(*this);
 }
 
 bool mutex::try_lock()
@@ -93,12 +124,12 @@ void mutex::unlock()
 
 recursive_mutex::recursive_mutex()
 {
-    new (storage) MutexState;
+    Create(*this);
 }
 
 recursive_mutex::~recursive_mutex()
 {
-    std::destroy_at(&StateIn(*this));
+    Destroy(*this);
 }
 
 bool recursive_mutex::try_lock()

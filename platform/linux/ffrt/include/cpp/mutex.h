@@ -9,8 +9,8 @@
 #include "c/mutex.h"
 
 namespace ffrt {
-// May be held over any FFRT wait. Unlocked by whoever; locked twice by one thread it blocks for ever. Owned by the
-// caller, who destroys it unlocked and with nobody waiting.
+// May be held over any FFRT wait. Unlocked by the task or thread that locked it; locked twice by one of them it blocks
+// for ever. Owned by the caller, who destroys it unlocked and with nobody waiting.
 class mutex : public ffrt_mutex_t {
 public:
     mutex();

@@ -1,0 +1,218 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <array>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "ffrt_inner.h"
+#include "host/manual_clock.h"
+
+#include "ffrt_test_support.h"
+
+namespace {
+using std::chrono::hours;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+template <typename Mutex>
+void CountTogether()
+{
+    constexpr int tasks = 8;
+    constexpr int rounds = 2000;
+    Mutex lock;
+    int64_t sum = 0;
+    const auto count = [&]() {
+        for (int round = 0; round < rounds; ++round) {
+            std::lock_guard<Mutex> guard(lock);
+            ++sum;
+        }
+    };
+    for (int i = 0; i < tasks; ++i) {
+        ffrt::submit(count);
+    }
+    count();
+    ffrt::wait();
+    EXPECT_EQ(sum, (tasks + 1) * rounds);
+}
+
+TEST(FfrtMutex, ExcludesTasksAndThreads)
+{
+    CountTogether<ffrt::mutex>();
+    CountTogether<ffrt::recursive_mutex>();
+}
+
+TEST(FfrtMutex, MayBeHeldOverAWaitAndDestroyedByItsLastOwner)
+{
+    Host::ManualClock clock(GENEROUS);
+    auto lock = std::make_unique<ffrt::mutex>();
+    EXPECT_TRUE(lock->try_lock());
+    Counter got;
+    ffrt::submit([&]() {
+        lock->lock();
+        got.Add();
+        ffrt_usleep(1000);
+        lock->unlock();
+        lock.reset();
+    });
+    clock.Advance(seconds(1));
+    EXPECT_EQ(got.Get(), 0);
+    lock->unlock();
+    clock.Advance(seconds(1));
+    EXPECT_EQ(got.Get(), 1);
+    EXPECT_EQ(lock, nullptr);
+}
+
+TEST(FfrtMutex, RecursiveOneBelongsToItsOwner)
+{
+    ffrt::recursive_mutex lock;
+    const auto othersGetIt = [&lock]() {
+        bool got = false;
+        ffrt::thread([&]() {
+            got = lock.try_lock();
+            if (got) {
+                lock.unlock();
+            }
+        }).join();
+        return got;
+    };
+    lock.lock();
+    EXPECT_TRUE(lock.try_lock());
+    EXPECT_FALSE(othersGetIt());
+    lock.unlock();
+    EXPECT_FALSE(othersGetIt());
+    lock.unlock();
+    EXPECT_TRUE(othersGetIt());
+}
+
+TEST(FfrtCondition, HandsEveryItemToOneConsumer)
+{
+    constexpr int items = 3000;
+    constexpr int consumers = 4;
+    ffrt::mutex lock;
+    ffrt::condition_variable changed;
+    int available = 0;
+    bool closed = false;
+    std::array<int, consumers> taken{};
+    for (int i = 0; i < consumers; ++i) {
+        ffrt::submit([&, i]() {
+            std::unique_lock<ffrt::mutex> guard(lock);
+            for (;;) {
+                changed.wait_for(guard, hours(1), [&]() { return available > 0 || closed; });
+                if (available == 0) {
+                    return;
+                }
+                --available;
+                ++taken[i];
+            }
+        });
+    }
+    for (int i = 0; i < items; ++i) {
+        std::lock_guard<ffrt::mutex> guard(lock);
+        ++available;
+        changed.notify_one();
+    }
+    {
+        std::lock_guard<ffrt::mutex> guard(lock);
+        closed = true;
+        changed.notify_all();
+    }
+    ffrt::wait();
+    EXPECT_EQ(taken[0] + taken[1] + taken[2] + taken[3], items);
+}
+
+TEST(FfrtCondition, WithoutTimeLeftItDoesNotWait)
+{
+    // With the clock standing still, whatever waits would wait for ever.
+    Host::ManualClock clock;
+    ffrt::mutex lock;
+    ffrt::condition_variable never;
+    std::unique_lock<ffrt::mutex> guard(lock);
+    EXPECT_EQ(never.wait_for(guard, seconds(0)), ffrt::cv_status::timeout);
+    EXPECT_EQ(never.wait_for(guard, seconds(-5)), ffrt::cv_status::timeout);
+    EXPECT_EQ(never.wait_for(guard, std::chrono::duration<double>(-1e300)), ffrt::cv_status::timeout);
+    EXPECT_FALSE(never.wait_for(guard, seconds(-5), []() { return false; }));
+    EXPECT_TRUE(never.wait_for(guard, seconds(0), []() { return true; }));
+    const auto past = std::chrono::system_clock::now() - seconds(1);
+    EXPECT_EQ(never.wait_until(guard, past), ffrt::cv_status::timeout);
+    EXPECT_FALSE(never.wait_until(guard, past, []() { return false; }));
+    EXPECT_TRUE(guard.owns_lock());
+}
+
+TEST(FfrtCondition, RealTimeRunsOut)
+{
+    ffrt::mutex lock;
+    ffrt::condition_variable never;
+    std::unique_lock<ffrt::mutex> guard(lock);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(never.wait_for(guard, milliseconds(20), []() { return false; }));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, milliseconds(20));
+    EXPECT_TRUE(guard.owns_lock());
+}
+
+TEST(FfrtCondition, LongestTimesDoNotOverflow)
+{
+    ffrt::mutex lock;
+    ffrt::condition_variable changed;
+    bool set = false;
+    auto setter = ffrt::submit_h([&]() {
+        std::lock_guard<ffrt::mutex> guard(lock);
+        set = true;
+        changed.notify_all();
+    });
+    std::unique_lock<ffrt::mutex> guard(lock);
+    EXPECT_TRUE(changed.wait_for(guard, hours::max(), [&set]() { return set; }));
+    guard.unlock();
+    ffrt::wait({setter});
+}
+
+TEST(FfrtPromise, SettingAgainReplacesTheValue)
+{
+    ffrt::promise<std::string> promise;
+    auto first = promise.get_future();
+    auto second = promise.get_future();
+    EXPECT_EQ(first.wait_for(seconds(0)), ffrt::future_status::timeout);
+    promise.set_value("one");
+    EXPECT_EQ(first.wait_for(seconds(0)), ffrt::future_status::ready);
+    promise.set_value(std::string("two"));
+    auto moved = std::move(first);
+    EXPECT_FALSE(first.valid());
+    EXPECT_EQ(moved.get(), "two");
+    EXPECT_FALSE(moved.valid());
+
+    // One state for all: ready stays ready, the value is what the first get left behind, and may be set anew.
+    EXPECT_TRUE(second.valid());
+    EXPECT_EQ(second.wait_for(seconds(0)), ffrt::future_status::ready);
+    promise.set_value("three");
+    EXPECT_EQ(second.get(), "three");
+    EXPECT_FALSE(ffrt::future<int>().valid());
+}
+
+TEST(FfrtPromise, WakesEveryWaiterAndCarriesMoveOnlyValues)
+{
+    ffrt::promise<std::unique_ptr<int>> promise;
+    Counter ready;
+    for (int i = 0; i < 10; ++i) {
+        ffrt::submit(
+            [&ready, future = std::make_shared<ffrt::future<std::unique_ptr<int>>>(promise.get_future()), i]() {
+                if (i % 2 == 0) {
+                    future->wait();
+                    ready.Add();
+                } else if (future->wait_for(GENEROUS) == ffrt::future_status::ready) {
+                    ready.Add();
+                }
+            });
+    }
+    ffrt::promise<std::unique_ptr<int>> owner = std::move(promise);
+    owner.set_value(std::make_unique<int>(7));
+    ffrt::wait();
+    EXPECT_EQ(ready.Get(), 10);
+    EXPECT_EQ(*owner.get_future().get(), 7);
+}
+} // namespace

@@ -1,0 +1,209 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <atomic>
+#include <chrono>
+#include <limits>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "ffrt_inner.h"
+#include "host/manual_clock.h"
+
+#include "ffrt_test_support.h"
+
+namespace {
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+struct Tick {
+    std::vector<std::string> *log;
+    std::string text;
+
+    static void Log(void *data)
+    {
+        auto *tick = static_cast<Tick *>(data);
+        tick->log->push_back(tick->text);
+    }
+};
+
+void AddTo(void *counter)
+{
+    static_cast<Counter *>(counter)->Add();
+}
+
+TEST(FfrtTimer, HandlesCountFromZeroAndMistakesGiveMinusOne)
+{
+    Host::ManualClock clock;
+    Counter fired;
+    EXPECT_EQ(ffrt_timer_start(ffrt_qos_default, 10, nullptr, nullptr, false), -1);
+    EXPECT_EQ(ffrt_timer_start(6, 10, &fired, AddTo, false), -1);
+    EXPECT_EQ(ffrt_timer_start(-2, 10, &fired, AddTo, false), -1);
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, 0), -1);
+    EXPECT_EQ(ffrt_timer_start(ffrt_qos_default, 10, &fired, AddTo, false), 0);
+    EXPECT_EQ(ffrt_timer_start(ffrt_qos_default, 10, &fired, AddTo, true), 1);
+    EXPECT_EQ(ffrt_timer_start(ffrt_qos_utility, std::numeric_limits<uint64_t>::max(), &fired, AddTo, true), 2);
+
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, 3), -1);
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, -1), -1);
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_utility, 1), -1);
+    clock.Advance(milliseconds(10));
+    EXPECT_EQ(fired.Get(), 2);
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, 0), 0);
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, 1), 0);
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, 1), 0);
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_utility, 2), 0);
+    clock.Advance(seconds(10));
+    EXPECT_EQ(fired.Get(), 2);
+}
+
+TEST(FfrtTimer, FiresInOrderOfTimeThenOfStart)
+{
+    Host::ManualClock clock;
+    std::vector<std::string> log;
+    Tick late{&log, "late"};
+    Tick first{&log, "first"};
+    Tick second{&log, "second"};
+    Tick every{&log, "every"};
+    ffrt_timer_start(ffrt_qos_default, 30, &late, Tick::Log, false);
+    ffrt_timer_start(ffrt_qos_default, 10, &first, Tick::Log, false);
+    ffrt_timer_start(ffrt_qos_default, 10, &second, Tick::Log, false);
+    const auto repeating = ffrt_timer_start(ffrt_qos_default, 10, &every, Tick::Log, true);
+    clock.Advance(milliseconds(9));
+    EXPECT_TRUE(log.empty());
+    clock.Advance(milliseconds(26));
+    EXPECT_EQ(log, (std::vector<std::string>{"first", "second", "every", "every", "late", "every"}));
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, repeating), 0);
+}
+
+struct SlowTick {
+    int running = 0;
+    int most = 0;
+    int count = 0;
+    ffrt::mutex lock;
+
+    static void Run(void *data)
+    {
+        auto *self = static_cast<SlowTick *>(data);
+        std::unique_lock<ffrt::mutex> guard(self->lock);
+        ++self->count;
+        self->most = std::max(self->most, ++self->running);
+        guard.unlock();
+        EXPECT_NE(ffrt::this_task::get_id(), 0U);
+        ffrt_usleep(4000);
+        guard.lock();
+        --self->running;
+    }
+};
+
+// The period counts from the end of the callback, and timers of one QoS never overlap.
+TEST(FfrtTimer, OneAfterAnotherWithinAQos)
+{
+    Host::ManualClock clock;
+    SlowTick ticks;
+    const auto one = ffrt_timer_start(ffrt_qos_default, 6, &ticks, SlowTick::Run, true);
+    clock.Advance(milliseconds(99));
+    EXPECT_EQ(ticks.count, 10);
+    const auto two = ffrt_timer_start(ffrt_qos_default, 1, &ticks, SlowTick::Run, true);
+    clock.Advance(seconds(1));
+    EXPECT_EQ(ticks.most, 1);
+    // The tick that runs can only end when time goes on.
+    auto stopped = ffrt::submit_h([&]() {
+        ffrt_timer_stop(ffrt_qos_default, one);
+        ffrt_timer_stop(ffrt_qos_default, two);
+    });
+    clock.Advance(milliseconds(20));
+    ffrt::wait({stopped});
+    EXPECT_EQ(ticks.running, 0);
+
+    SlowTick other;
+    ffrt_timer_start(ffrt_qos_utility, 1, &other, SlowTick::Run, false);
+    ffrt_timer_start(ffrt_qos_background, 1, &other, SlowTick::Run, false);
+    clock.Advance(milliseconds(10));
+    EXPECT_EQ(other.most, 2);
+}
+
+struct Held {
+    Counter entered;
+    Counter gate;
+    std::atomic<bool> left{false};
+
+    static void Run(void *data)
+    {
+        auto *self = static_cast<Held *>(data);
+        self->entered.Add();
+        self->gate.WaitFor(1);
+        self->left = true;
+    }
+};
+
+TEST(FfrtTimer, StopWaitsForTheRunningCallback)
+{
+    for (const bool repeat : {false, true}) {
+        Held held;
+        const auto timer = ffrt_timer_start(ffrt_qos_default, 0, &held, Held::Run, repeat);
+        ASSERT_TRUE(held.entered.WaitFor(1));
+        Counter stopping;
+        std::atomic<int> early{0};
+        for (int i = 0; i < 3; ++i) {
+            ffrt::submit([&]() {
+                stopping.Add();
+                EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, timer), 0);
+                early += held.left ? 0 : 1;
+            });
+        }
+        ASSERT_TRUE(stopping.WaitFor(3));
+        held.gate.Add();
+        ffrt::wait();
+        EXPECT_EQ(early, 0);
+        EXPECT_EQ(held.entered.Get(), 1);
+    }
+}
+
+struct SelfStopping {
+    ffrt_timer_t timer = -1;
+    ffrt::mutex lock;
+    Counter ticks;
+    Counter stopped;
+
+    // The one right way to end a timer from inside: hand the stop to another task.
+    static void Run(void *data)
+    {
+        auto *self = static_cast<SelfStopping *>(data);
+        self->ticks.Add();
+        std::lock_guard<ffrt::mutex> guard(self->lock);
+        ffrt::submit([self, timer = std::exchange(self->timer, -1)]() {
+            EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, timer), 0);
+            self->stopped.Add();
+        });
+    }
+};
+
+TEST(FfrtTimer, CallbackHandsItsStopToAnotherTask)
+{
+    SelfStopping state;
+    {
+        std::lock_guard<ffrt::mutex> guard(state.lock);
+        state.timer = ffrt_timer_start(ffrt_qos_default, 1, &state, SelfStopping::Run, false);
+    }
+    EXPECT_TRUE(state.stopped.WaitFor(1));
+    EXPECT_EQ(state.ticks.Get(), 1);
+}
+
+TEST(FfrtTimer, RepeatsOnTheRealClock)
+{
+    Counter ticks;
+    const auto timer = ffrt_timer_start(ffrt_qos_user_interactive, 1, &ticks, AddTo, true);
+    EXPECT_TRUE(ticks.WaitFor(20));
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_user_interactive, timer), 0);
+    const auto instant = ffrt_timer_start(ffrt_qos_default, 0, &ticks, AddTo, false);
+    EXPECT_GE(instant, 1);
+    const int soFar = ticks.Get();
+    EXPECT_TRUE(ticks.WaitFor(std::max(soFar, 21)));
+    EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, instant), 0);
+}
+} // namespace
