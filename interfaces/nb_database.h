@@ -34,6 +34,7 @@ class NBAssetReadSession;
 class NBAssetsDownloader;
 class NBContainer;
 class NBDatabase;
+class NBReport;
 class NubisNative;
 
 // Results and progress by record id.
@@ -152,6 +153,8 @@ public:
     std::string GetLockSessionId() const;
     // NB_SYNC_DEMON_NONE when the container is gone.
     NBCloudSyncDemon GetNubisSyncDemon() const;
+    // A new reporter of sync milestones, for the user and the demon that the two above tell.
+    std::shared_ptr<NBReport> GetReport() const;
     // Forgets what is known of the user: the rules, the keys and the lock are to be fetched again.
     void CleanUserInfo();
     void StopUploadTask();
@@ -194,19 +197,26 @@ private:
     Json::Value MakeRequest(const char *function) const;
     // The same with "lockSessionId" and "databaseType".
     Json::Value MakeRecordRequest(const char *function) const;
+    Json::Value MakeChangesRequest(const std::shared_ptr<NBContext> &context, const std::string &recordType,
+        const std::vector<std::string> &desiredKeys, int resultLimit, const std::string &cursor) const;
+    Json::Value MakeFetchRequest(const std::shared_ptr<NBContext> &context, const std::string &recordType,
+        const std::string &recordId, const std::vector<std::string> &desiredKeys) const;
+    // Types in ascending order, records in the order given.
+    static RecordsByType GroupByType(std::vector<NBRecord> &&records);
     template <typename... Parameters, typename... Arguments>
     void StartWorker(void (NBDatabase::*inner)(Parameters...), Arguments &&...arguments);
     template <typename ReadReply>
     NBError Exchange(Json::Value &request, int timeout, ReadReply &&readReply);
-    template <typename GroupRequest>
-    NBError SendGroups(Json::Value &request, RecordsByType &groups, NBResultMap &results, GroupRequest &&fillRequest);
+    template <typename FillRequest>
+    NBError SendGroups(Json::Value &request, RecordsByType &groups, const std::shared_ptr<NBResultMap> &results,
+        FillRequest &&fillRequest);
 
-    bool AddRecordToSave(NBRecord &&record, Json::Value &recordArray, NBResultMap &results);
+    int AddRecordToSave(NBRecord &&record, Json::Value &recordArray, NBResultMap &results, std::string &recordId);
     void ReadSavedRecords(const Json::Value &replyRecords, NBResultMap &results);
-    void InsertRecordOperResult(const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecord,
-        const std::shared_ptr<NBResultMap> &results);
-    NBRecordOperResult ParseOperResult(const Json::Value &replyRecord, NBRecordOperResult result);
+    void ParseOperResult(const Json::Value &replyRecord, NBRecordOperResult &result);
+    void InsertRecordOperResult(const Json::Value &replyRecord, const std::shared_ptr<NBResultMap> &results);
     void ReadRecords(const Json::Value &replyRecords, std::vector<NBRecord> &records);
+    void ReadRecordReply(const Json::Value &reply, NBRecord &record, NBError &error);
 
     void InnerSaveRecords(std::shared_ptr<NBContext> context, Json::Value request, std::shared_ptr<NBResultMap> results,
         NBRecordsCallback callback);

@@ -22,6 +22,7 @@
 namespace Nubis {
 class DriveServiceProxy;
 class NBContainer;
+class NBReport;
 
 // The entry to the library: one instance per operating-system user, shared by every caller in the process.
 //
@@ -75,6 +76,8 @@ public:
     int GetUserId() const;
     // Always 8; nothing is inspected.
     int CheckNetConnection() const;
+    // A new reporter of sync milestones for this user and the current demon.
+    std::shared_ptr<NBReport> GetReport() const;
     // The version of the calling system service, sent with every request from now on.
     void SetSaVersion(int saVersion);
 
@@ -118,6 +121,8 @@ public:
     void GetDupCheckFieldsFromRecord(const Json::Value &recordTypeJson, std::vector<std::string> &dupCheckFields);
     void GetRelationsFromRecord(const Json::Value &recordTypeJson, std::vector<NBSchemaRelation> &relations);
     NBError GetAppSwitchsFromJson(const Json::Value &reply, std::map<std::string, NBAppSwitchStatus> &switches);
+    NBError GetBriefInfoFromJson(const Json::Value &reply, std::vector<NBAppBriefInfo> &infos, bool &hasMore,
+        int &nextIndex, NBUploadSize &uploadSize);
     // False, with NB_FIELD_NULL, for a name that is no type.
     bool StringToRecordFieldType(const std::string &name, NBRecordFieldType &type);
     // False, with the unknown status, for a value of 4 or more.
@@ -129,6 +134,12 @@ protected:
 private:
     friend class NBDatabase;
 
+    // The two values of the selector.
+    static constexpr int DATA_KIND = 0;
+    static constexpr int FILE_KIND = 1;
+    // Of the kit's own requests, in seconds.
+    static constexpr int REQUEST_TIMEOUT = 60;
+
     // Entries of one kind under the lock that guards them. A catalogue lock may be held while a container lock is
     // taken, never the other way round.
     template <typename Entry>
@@ -139,6 +150,8 @@ private:
     using Containers = Guarded<std::shared_ptr<NBContainer>>;
     using AppInfos = Guarded<NBAppInfo>;
 
+    // The app's container of this name; null when it has none.
+    static const NBContainerInfo *FindContainer(const NBAppInfo &appInfo, const std::string &containerName);
     Containers &ContainersOf(int syncType);
     AppInfos &AppInfosOf(int syncType);
     std::shared_ptr<NBContainer> InnerGetDefaultContainer(const std::string &bundleName, int syncType);

@@ -1,0 +1,78 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_NB_DATABASE_WORKER_H
+#define NUBIS_NB_DATABASE_WORKER_H
+
+#include <exception>
+#include <utility>
+
+#include <json/value.h>
+
+#include "ffrt_inner.h"
+#include "json_helper.h"
+#include "log.h"
+#include "nb_database.h"
+
+// What the operations of NBDatabase do alike.
+namespace Nubis {
+// Time-outs of requests, in seconds.
+constexpr int RECORD_REQUEST_TIMEOUT = 60;
+constexpr int DEFAULT_REQUEST_TIMEOUT = -1;
+
+// Runs the member on a task of its own, which holds the database until it ends.
+template <typename... Parameters, typename... Arguments>
+void NBDatabase::StartWorker(void (NBDatabase::*inner)(Parameters...), Arguments &&...arguments)
+{
+    ffrt::thread(inner, shared_from_this(), std::forward<Arguments>(arguments)...).detach();
+}
+
+// Sends the request and, when it succeeded, lets readReply(reply, error) take the reply apart. A reply that cannot be
+// read is NB_LOCAL_BAD_DATA: whoever waits for the outcome must get one.
+template <typename ReadReply>
+NBError NBDatabase::Exchange(Json::Value &request, int timeout, ReadReply &&readReply)
+{
+    NBError error;
+    try {
+        Json::Value reply;
+        error = SendDataToCloudSrv(request, reply, timeout);
+        if (!error.HasError()) {
+            readReply(reply, error);
+        }
+    } catch (const std::exception &e) {
+        NB_LOGE("handle reply failed, %{public}s", e.what());
+        error.SetLocalError(NB_LOCAL_BAD_DATA);
+    }
+    return error;
+}
+// Sends one request for each record type, types in ascending order, and gathers the results of all. fillRequest(request,
+// records) puts the records of a group into the request. The error is that of the last group; records of a group that
+// failed have its error in their results.
+template <typename FillRequest>
+NBError NBDatabase::SendGroups(
+    Json::Value &request, RecordsByType &groups, const std::shared_ptr<NBResultMap> &results, FillRequest &&fillRequest)
+{
+    NBError error;
+    for (auto &[recordType, records] : groups) {
+        request["recordType"] = recordType;
+        fillRequest(request, records);
+        error = Exchange(request, DEFAULT_REQUEST_TIMEOUT, [this, &results](const Json::Value &reply, NBError &) {
+            const Json::Value *replyRecords = JsonHelper::FindMember(reply, "records");
+            for (Json::ArrayIndex i = 0; replyRecords != nullptr && replyRecords->isArray() && i < replyRecords->size();
+                 ++i) {
+                InsertRecordOperResult((*replyRecords)[i], results);
+            }
+        });
+        if (!error.HasError()) {
+            continue;
+        }
+        for (auto &record : records) {
+            std::string recordId = record.GetRecordId();
+            results->insert_or_assign(std::move(recordId), NBRecordOperResult(error, std::move(record)));
+        }
+    }
+    return error;
+}
+} // namespace Nubis
+
+#endif // NUBIS_NB_DATABASE_WORKER_H
