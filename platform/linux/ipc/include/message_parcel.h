@@ -5,6 +5,7 @@
 #define OHOS_MESSAGE_PARCEL_H
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -40,9 +41,9 @@ public:
     // Null, with nothing read, when the next data is no remote object.
     sptr<IRemoteObject> ReadRemoteObject();
 
-    // Copies `size` bytes into the parcel: an int32 with the size, then the bytes. False for null data, for sizes outside
-    // 1 to 128 MiB, and for a second block above 32 KiB in one parcel. Blocks up to 32 KiB lie among the values and
-    // count towards the parcel's capacity.
+    // Copies `size` bytes into the parcel: an int32 with the size, then the bytes. False for null data and for sizes
+    // outside 1 to 128 MiB. Blocks up to 32 KiB lie among the values and count towards the parcel's capacity; after a
+    // larger one every further call gives false.
     bool WriteRawData(const void *data, size_t size);
     // The next block, when it has exactly `size` bytes, else null. The bytes belong to the parcel.
     const void *ReadRawData(size_t size);
@@ -61,6 +62,10 @@ private:
     friend class Host::Ipc::ParcelCodec;
 
     struct Attachments;
+
+    bool WriteMark(uint32_t mark);
+    // False, with nothing read, when something else comes next.
+    bool ReadMark(uint32_t mark);
 
     std::unique_ptr<Attachments> attachments_;
 };

@@ -1,0 +1,128 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "wire_acceptor.h"
+
+#include <utility>
+#include <vector>
+
+#include "ipc_log.h"
+#include "unix_socket.h"
+
+namespace Host::Ipc {
+
+namespace {
+// Connections that have not said what they want; more than any honest set of clients has at one moment.
+constexpr size_t MAX_NEWCOMERS = 256;
+}
+
+WireAcceptor::WireAcceptor(Finder finder, std::function<void()> onChange, int expectedUid)
+    : finder_(std::move(finder)), onChange_(std::move(onChange)), expectedUid_(expectedUid)
+{
+}
+
+void WireAcceptor::Accept(UniqueFd socket)
+{
+    CallingPeer peer;
+    if (!GetPeer(socket.Get(), peer.pid, peer.uid) || peer.uid != expectedUid_) {
+        IPC_LOGE("process %{public}d of user %{public}d is refused", peer.pid, peer.uid);
+        return;
+    }
+    // The lane's thread may be as far as Join before Start returns; the lock makes it wait.
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (closed_ || newcomers_.size() >= MAX_NEWCOMERS) {
+        return;
+    }
+    if (auto lane = Lane::Start(std::move(socket), LaneKind::SMALL, {}, shared_from_this())) {
+        newcomers_.emplace(lane, peer);
+    }
+}
+
+size_t WireAcceptor::SessionCount() const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return sessions_.size();
+}
+
+void WireAcceptor::Close()
+{
+    std::vector<std::shared_ptr<WireSession>> sessions;
+    std::vector<std::shared_ptr<Lane>> lanes;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        closed_ = true;
+        for (auto &entry : sessions_) {
+            sessions.push_back(entry.second);
+        }
+        for (auto &entry : newcomers_) {
+            lanes.push_back(entry.first);
+        }
+    }
+    for (auto &session : sessions) {
+        session->Die();
+    }
+    for (auto &lane : lanes) {
+        lane->Close();
+    }
+}
+
+std::shared_ptr<WireSession> WireAcceptor::Join(
+    const std::string &key, LaneKind kind, const std::string &deviceName, const std::shared_ptr<Lane> &lane)
+{
+    std::shared_ptr<WireSession> session;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto newcomer = newcomers_.find(lane);
+        auto known = sessions_.find(key);
+        if (closed_ || newcomer == newcomers_.end() || (known == sessions_.end()) != (kind == LaneKind::SMALL)) {
+            return nullptr;
+        }
+        CallingPeer peer = newcomer->second;
+        peer.deviceName = deviceName;
+        if (kind == LaneKind::SMALL) {
+            session = std::make_shared<WireSession>(peer, false);
+        } else if (known->second->Peer().pid == peer.pid && known->second->GetLane(kind) == nullptr) {
+            session = known->second;
+        } else {
+            return nullptr;
+        }
+        newcomers_.erase(newcomer);
+        session->SetLane(kind, lane);
+        lane->Adopt(kind, session);
+        sessions_[key] = session;
+    }
+    if (kind == LaneKind::SMALL) {
+        session->OnDeath([self = shared_from_this(), key] { self->Remove(key); });
+        onChange_();
+    }
+    return session;
+}
+
+OHOS::sptr<OHOS::IRemoteObject> WireAcceptor::FindAbility(
+    const std::string &bundleName, const std::string &abilityName, int32_t userId)
+{
+    return finder_(bundleName, abilityName, userId);
+}
+
+void WireAcceptor::OnClosed(const std::shared_ptr<Lane> &lane)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    newcomers_.erase(lane);
+}
+
+void WireAcceptor::Remove(const std::string &key)
+{
+    std::shared_ptr<WireSession> session;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto found = sessions_.find(key);
+        if (found == sessions_.end()) {
+            return;
+        }
+        session = std::move(found->second);
+        sessions_.erase(found);
+    }
+    onChange_();
+}
+
+} // namespace Host::Ipc

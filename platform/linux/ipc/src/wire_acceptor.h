@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef HOST_IPC_WIRE_ACCEPTOR_H
+#define HOST_IPC_WIRE_ACCEPTOR_H
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "lane.h"
+#include "wire_session.h"
+
+namespace Host::Ipc {
+
+// The accepting side of a service: pairs connections into sessions and hands out the ability. Any thread.
+class WireAcceptor : public LaneHost, public std::enable_shared_from_this<WireAcceptor> {
+public:
+    using Finder = std::function<OHOS::sptr<OHOS::IRemoteObject>(const std::string &, const std::string &, int32_t)>;
+
+    // `onChange` runs after a session has come or gone, on any thread, with no lock held; it must not block.
+    WireAcceptor(Finder finder, std::function<void()> onChange, int expectedUid);
+
+    // Serves a peer that has connected. One of another user is refused at once.
+    void Accept(UniqueFd socket);
+    size_t SessionCount() const;
+    // Ends all sessions and accepts no more.
+    void Close();
+
+    std::shared_ptr<WireSession> Join(const std::string &key, LaneKind kind, const std::string &deviceName,
+        const std::shared_ptr<Lane> &lane) override;
+    OHOS::sptr<OHOS::IRemoteObject> FindAbility(
+        const std::string &bundleName, const std::string &abilityName, int32_t userId) override;
+    void OnClosed(const std::shared_ptr<Lane> &lane) override;
+
+private:
+    void Remove(const std::string &key);
+
+    const Finder finder_;
+    const std::function<void()> onChange_;
+    const int expectedUid_;
+
+    mutable std::mutex mutex_;
+    // Guarded by mutex_.
+    bool closed_ = false;
+    std::map<std::string, std::shared_ptr<WireSession>> sessions_;
+    // Connected, with their process, but of no session yet.
+    std::map<std::shared_ptr<Lane>, CallingPeer> newcomers_;
+};
+
+} // namespace Host::Ipc
+
+#endif // HOST_IPC_WIRE_ACCEPTOR_H

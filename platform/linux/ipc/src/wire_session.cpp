@@ -1,0 +1,197 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "wire_session.h"
+
+#include <atomic>
+#include <chrono>
+#include <random>
+#include <utility>
+
+#include "host/paths.h"
+#include "ipc_types.h"
+#include "lane_loop.h"
+#include "unix_socket.h"
+
+namespace Host::Ipc {
+
+namespace {
+
+// Joining and finding the ability involve no handler of the far end.
+constexpr std::chrono::milliseconds ANSWER_TIME(3000);
+// Less than what the far end accepts, for the frame around the parcel.
+constexpr size_t MAX_PARCEL = 250ULL * 1024 * 1024;
+constexpr LaneKind LANES[] = {LaneKind::SMALL, LaneKind::BIG};
+
+uint64_t NextKey()
+{
+    static std::atomic<uint64_t> next{1};
+    return next++;
+}
+
+// Two connections with the same key make one session; nobody else may guess it.
+std::string RandomKey()
+{
+    std::random_device device;
+    std::string key;
+    for (int i = 0; i < 4; ++i) {
+        uint32_t part = device();
+        key.append(reinterpret_cast<const char *>(&part), sizeof(part));
+    }
+    return key;
+}
+
+} // namespace
+
+WireReference::WireReference(std::weak_ptr<WireSession> session, uint64_t id)
+    : session_(std::move(session)), id_(id), key_(NextKey())
+{
+}
+
+WireReference::~WireReference()
+{
+    auto session = session_.lock();
+    if (session == nullptr) {
+        return;
+    }
+    for (LaneKind kind : LANES) {
+        if (auto lane = session->GetLane(kind)) {
+            lane->Post([key = key_](LaneLoop &loop) { loop.DropClient(key); });
+        }
+    }
+}
+
+std::shared_ptr<WireSession> WireSession::Connect(const std::string &path, int expectedUid, std::string &error)
+{
+    UniqueFd first = ConnectSocket(path, error);
+    CallingPeer peer;
+    if (!first) {
+        return nullptr;
+    }
+    if (!GetPeer(first.Get(), peer.pid, peer.uid) || peer.uid != expectedUid) {
+        error = "the service at " + path + " belongs to another user";
+        return nullptr;
+    }
+    peer.deviceName = DeviceName();
+    auto session = std::make_shared<WireSession>(peer, true);
+    std::string key = RandomKey();
+    for (LaneKind kind : LANES) {
+        UniqueFd socket = kind == LaneKind::SMALL ? std::move(first) : ConnectSocket(path, error);
+        int pid = -1;
+        int uid = -1;
+        if (!socket || !GetPeer(socket.Get(), pid, uid) || pid != peer.pid || uid != peer.uid) {
+            error = "the service at " + path + " went away while connecting";
+            session->Die();
+            return nullptr;
+        }
+        auto lane = Lane::Start(std::move(socket), kind, session, nullptr);
+        auto call = std::make_shared<PendingCall>();
+        int status = OHOS::BR_FAILED_REPLY;
+        WireParcel reply;
+        if (lane != nullptr) {
+            session->SetLane(kind, lane);
+        }
+        if (lane == nullptr || !session->Track(call) ||
+            !lane->Post([key, call](LaneLoop &loop) { loop.Join(key, DeviceName(), call); }) ||
+            !call->WaitFor(ANSWER_TIME, status, reply) || status != OHOS::ERR_NONE) {
+            error = "the service at " + path + " does not answer";
+            session->Die();
+            return nullptr;
+        }
+        session->Untrack(call);
+    }
+    return session;
+}
+
+WireSession::WireSession(CallingPeer peer, bool closeUnused) : Session(std::move(peer), closeUnused)
+{
+}
+
+WireSession::~WireSession()
+{
+    CloseTransport();
+}
+
+OHOS::sptr<OHOS::IRemoteObject> WireSession::GetAbility(
+    const std::string &bundleName, const std::string &abilityName, int32_t userId, std::string &error)
+{
+    auto lane = GetLane(LaneKind::SMALL);
+    auto call = std::make_shared<PendingCall>();
+    int status = OHOS::BR_FAILED_REPLY;
+    WireParcel reply;
+    OHOS::sptr<OHOS::IRemoteObject> ability;
+    if (lane != nullptr && Track(call) &&
+        lane->Post([=](LaneLoop &loop) { loop.GetAbility(bundleName, abilityName, userId, call); }) &&
+        call->WaitFor(ANSWER_TIME, status, reply) && status == OHOS::ERR_NONE && reply.objects.size() == 1) {
+        ability = Import(reply.objects.front());
+    }
+    Untrack(call);
+    if (ability == nullptr) {
+        error = "the service does not offer " + bundleName + "/" + abilityName + " for user " + std::to_string(userId);
+    }
+    return ability;
+}
+
+void WireSession::SetLane(LaneKind kind, const std::shared_ptr<Lane> &lane)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    lanes_[static_cast<size_t>(kind)] = lane;
+}
+
+std::shared_ptr<Lane> WireSession::GetLane(LaneKind kind) const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return lanes_[static_cast<size_t>(kind)];
+}
+
+uint64_t WireSession::Defer(WireParcel &&reply)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    uint64_t ticket = nextTicket_++;
+    deferred_.emplace(ticket, std::move(reply));
+    return ticket;
+}
+
+bool WireSession::TakeDeferred(uint64_t ticket, WireParcel &reply)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    auto found = deferred_.find(ticket);
+    if (found == deferred_.end()) {
+        return false;
+    }
+    reply = std::move(found->second);
+    deferred_.erase(found);
+    return true;
+}
+
+void WireSession::Send(const ProxyTarget &target, uint32_t code, int flags, WireParcel &&data,
+    const std::shared_ptr<PendingCall> &call)
+{
+    if (data.Weight() > MAX_PARCEL) {
+        call->Complete(OHOS::BR_FAILED_REPLY);
+        return;
+    }
+    auto lane = GetLane(data.Weight() > BIG_PARCEL ? LaneKind::BIG : LaneKind::SMALL);
+    if (lane == nullptr) {
+        lane = GetLane(LaneKind::SMALL);
+    }
+    auto reference = std::static_pointer_cast<WireReference>(target.reference);
+    auto shared = std::make_shared<WireParcel>(std::move(data));
+    auto job = [reference, code, flags, shared, call](LaneLoop &loop) {
+        loop.Call(reference, code, flags, std::move(*shared), call);
+    };
+    if (lane == nullptr || !lane->Post(job)) {
+        call->Complete(OHOS::BR_DEAD_REPLY);
+    }
+}
+
+void WireSession::CloseTransport()
+{
+    for (LaneKind kind : LANES) {
+        if (auto lane = GetLane(kind)) {
+            lane->Close();
+        }
+    }
+}
+
+} // namespace Host::Ipc

@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef HOST_IPC_WIRE_SESSION_H
+#define HOST_IPC_WIRE_SESSION_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+
+#include "lane.h"
+#include "session.h"
+
+namespace Host::Ipc {
+
+class WireSession;
+
+// A far object as the lanes of a session know it: each lane keeps its own reference under `key`. The end of the last one
+// releases the object at the far end. Any thread.
+class WireReference {
+public:
+    WireReference(std::weak_ptr<WireSession> session, uint64_t id);
+    ~WireReference();
+    WireReference(const WireReference &) = delete;
+    WireReference &operator=(const WireReference &) = delete;
+
+    uint64_t Id() const
+    {
+        return id_;
+    }
+    uint64_t Key() const
+    {
+        return key_;
+    }
+
+private:
+    const std::weak_ptr<WireSession> session_;
+    const uint64_t id_;
+    const uint64_t key_;
+};
+
+// A session with another process: two connections, so that small parcels never wait behind a large one. When one breaks
+// the session is dead.
+class WireSession : public Session {
+public:
+    // Parcels above this many bytes take the lane for large ones.
+    static constexpr size_t BIG_PARCEL = 64 * 1024;
+
+    // Connects to the ability that listens at `path`, which a process of `expectedUid` must serve. Waits for the answer, a
+    // few seconds at most. On failure null with a text.
+    static std::shared_ptr<WireSession> Connect(const std::string &path, int expectedUid, std::string &error);
+
+    WireSession(CallingPeer peer, bool closeUnused);
+    ~WireSession() override;
+
+    // The ability that the far end offers; null with a text when there is none.
+    OHOS::sptr<OHOS::IRemoteObject> GetAbility(
+        const std::string &bundleName, const std::string &abilityName, int32_t userId, std::string &error);
+
+    void SetLane(LaneKind kind, const std::shared_ptr<Lane> &lane);
+    // Null when it has not joined yet.
+    std::shared_ptr<Lane> GetLane(LaneKind kind) const;
+    // Keeps a large reply until the far end fetches it from the other lane.
+    uint64_t Defer(WireParcel &&reply);
+    // False for an unknown ticket.
+    bool TakeDeferred(uint64_t ticket, WireParcel &reply);
+
+protected:
+    void Send(const ProxyTarget &target, uint32_t code, int flags, WireParcel &&data,
+        const std::shared_ptr<PendingCall> &call) override;
+    void CloseTransport() override;
+
+private:
+
+    mutable std::mutex mutex_;
+    // Guarded by mutex_.
+    std::shared_ptr<Lane> lanes_[2];
+    std::unordered_map<uint64_t, WireParcel> deferred_;
+    uint64_t nextTicket_ = 1;
+};
+
+} // namespace Host::Ipc
+
+#endif // HOST_IPC_WIRE_SESSION_H
