@@ -194,6 +194,35 @@ TEST(FfrtTimer, CallbackHandsItsStopToAnotherTask)
     EXPECT_EQ(state.ticks.Get(), 1);
 }
 
+struct StoppingInside {
+    std::atomic<ffrt_timer_t> timer{-1};
+    Counter entered;
+    Counter returned;
+
+    static void Run(void *data)
+    {
+        auto *self = static_cast<StoppingInside *>(data);
+        self->entered.Add();
+        ffrt_timer_stop(ffrt_qos_default, self->timer);
+        self->returned.Add();
+    }
+};
+
+// As on the platform: who stops a timer inside its own callback waits for himself, and the QoS stands still.
+TEST(FfrtTimer, StopInsideTheCallbackNeverReturns)
+{
+    Host::ManualClock clock(GENEROUS);
+    // Never freed, for the callback never ends.
+    static auto *state = new StoppingInside;
+    static auto *later = new Counter;
+    state->timer = ffrt_timer_start(ffrt_qos_default, 10, state, StoppingInside::Run, true);
+    ffrt_timer_start(ffrt_qos_default, 20, later, AddTo, false);
+    clock.Advance(seconds(10));
+    EXPECT_EQ(state->entered.Get(), 1);
+    EXPECT_EQ(state->returned.Get(), 0);
+    EXPECT_EQ(later->Get(), 0);
+}
+
 TEST(FfrtTimer, RepeatsOnTheRealClock)
 {
     Counter ticks;
