@@ -86,7 +86,8 @@ TEST(Log, GivesPlaceDomainAndTagWithEachText)
     LOG_SetCallback(KeepLine);
     NB_LOGI("plain");
     const int line = __LINE__ - 1;
-    EXPECT_EQ(lastLine, "3 4 218121493 Nubis {helpers_test.cpp:" + std::to_string(line) + " TestBody()} plain");
+    EXPECT_EQ(lastLine,
+        "3 4 " + std::to_string(0xD004315) + " Nubis {helpers_test.cpp:" + std::to_string(line) + " TestBody()} plain");
     NB_LOGE("all eight %{public}d%{public}d%{public}d%{public}d%{public}d%{public}d%{public}d%{public}s", 1, 2, 3, 4, 5,
         6, 7, "8");
     EXPECT_THAT(lastLine, testing::EndsWith("TestBody()} all eight 12345678"));
