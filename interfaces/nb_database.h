@@ -212,9 +212,15 @@ private:
         FillRequest &&fillRequest);
 
     int AddRecordToSave(NBRecord &&record, Json::Value &recordArray, NBResultMap &results, std::string &recordId);
-    void ReadSavedRecords(const Json::Value &replyRecords, NBResultMap &results);
+    void ReadSavedRecords(
+        const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecords, NBResultMap &results);
     void ParseOperResult(const Json::Value &replyRecord, NBRecordOperResult &result);
-    void InsertRecordOperResult(const Json::Value &replyRecord, const std::shared_ptr<NBResultMap> &results);
+    void InsertRecordOperResult(const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecord,
+        const std::shared_ptr<NBResultMap> &results);
+    // Sends an O&M event about the result of a record, or of the whole request, if it is an error. May ask the service
+    // where to report to, so never under a lock that a reply needs.
+    void ReportOmRecordResult(const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecord,
+        const NBError &result) const;
     void ReadRecords(const Json::Value &replyRecords, std::vector<NBRecord> &records);
     void ReadRecordReply(const Json::Value &reply, NBRecord &record, NBError &error);
 

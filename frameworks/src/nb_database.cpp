@@ -9,6 +9,7 @@
 
 #include <json/value.h>
 
+#include "ev_utils.h"
 #include "ffrt_inner.h"
 #include "json_helper.h"
 #include "log.h"
@@ -212,6 +213,24 @@ NBError NBDatabase::SendDataToCloudSrv(Json::Value &request, Json::Value &reply,
         return NBError(NB_LOCAL_EMPTY_REPLY);
     }
     const EnvelopeGuard guard(request);
-    return kit->SendInPlace(request, reply, timeout);
+    NBError error = kit->SendInPlace(request, reply, timeout);
+    ReportOmRecordResult(request, reply, reply, error);
+    return error;
+}
+
+void NBDatabase::ReportOmRecordResult(
+    const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecord, const NBError &result) const
+{
+    if (!result.HasError()) {
+        return;
+    }
+    const auto evUtils = EvUtils::GetInstance(GetUserId());
+    if (evUtils == nullptr) {
+        return;
+    }
+    const ReportParam param = EvUtils::MakeReportParam(JsonHelper::GetStringFromJson(reply, "traceId"), bundleName_,
+        JsonHelper::GetStringFromJson(request, "function"), result.GetReportErrorCode(), result.GetErrorMsg());
+    evUtils->OmReport(
+        param, JsonHelper::JsonToString(replyRecord), JsonHelper::GetStringFromJson(request, "prepareTraceId"), {});
 }
 } // namespace Nubis

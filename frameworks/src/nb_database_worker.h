@@ -56,11 +56,11 @@ NBError NBDatabase::SendGroups(
     for (auto &[recordType, records] : groups) {
         request["recordType"] = recordType;
         fillRequest(request, records);
-        error = Exchange(request, DEFAULT_REQUEST_TIMEOUT, [this, &results](const Json::Value &reply, NBError &) {
+        error = Exchange(request, DEFAULT_REQUEST_TIMEOUT, [&](const Json::Value &reply, NBError &) {
             const Json::Value *replyRecords = JsonHelper::FindMember(reply, "records");
             for (Json::ArrayIndex i = 0; replyRecords != nullptr && replyRecords->isArray() && i < replyRecords->size();
                  ++i) {
-                InsertRecordOperResult((*replyRecords)[i], results);
+                InsertRecordOperResult(request, reply, (*replyRecords)[i], results);
             }
         });
         if (!error.HasError()) {

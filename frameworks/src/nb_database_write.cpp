@@ -108,10 +108,10 @@ void NBDatabase::InnerSaveRecords(std::shared_ptr<NBContext> context, Json::Valu
 {
     const std::string taskId = JsonHelper::GetStringFromJson(request, "taskId");
     const NBError error =
-        Exchange(request, DEFAULT_REQUEST_TIMEOUT, [this, &results](const Json::Value &reply, NBError &) {
+        Exchange(request, DEFAULT_REQUEST_TIMEOUT, [this, &request, &results](const Json::Value &reply, NBError &) {
             const Json::Value *records = JsonHelper::FindMember(reply, "records");
             if (records != nullptr && records->isArray()) {
-                ReadSavedRecords(*records, *results);
+                ReadSavedRecords(request, reply, *records, *results);
             }
         });
     if (error.HasError()) {
@@ -127,7 +127,8 @@ void NBDatabase::InnerSaveRecords(std::shared_ptr<NBContext> context, Json::Valu
     }
 }
 
-void NBDatabase::ReadSavedRecords(const Json::Value &replyRecords, NBResultMap &results)
+void NBDatabase::ReadSavedRecords(
+    const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecords, NBResultMap &results)
 {
     for (const auto &replyRecord : replyRecords) {
         std::string key = JsonHelper::GetStringFromJson(replyRecord, "localRecordId");
@@ -140,6 +141,7 @@ void NBDatabase::ReadSavedRecords(const Json::Value &replyRecords, NBResultMap &
             continue;
         }
         ParseOperResult(replyRecord, found->second);
+        ReportOmRecordResult(request, reply, replyRecord, found->second);
     }
 }
 
@@ -149,13 +151,15 @@ void NBDatabase::ParseOperResult(const Json::Value &replyRecord, NBRecordOperRes
     result.ParseFromJsonValue(schema_, replyRecord);
 }
 
-void NBDatabase::InsertRecordOperResult(const Json::Value &replyRecord, const std::shared_ptr<NBResultMap> &results)
+void NBDatabase::InsertRecordOperResult(const Json::Value &request, const Json::Value &reply,
+    const Json::Value &replyRecord, const std::shared_ptr<NBResultMap> &results)
 {
     if (results == nullptr) {
         return;
     }
     NBRecordOperResult result;
     ParseOperResult(replyRecord, result);
+    ReportOmRecordResult(request, reply, replyRecord, result);
     std::string recordId = result.GetRecord().GetRecordId();
     if (!recordId.empty()) {
         results->insert_or_assign(std::move(recordId), std::move(result));

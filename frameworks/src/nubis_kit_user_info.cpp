@@ -5,6 +5,7 @@
 
 #include <json/value.h>
 
+#include "ev_utils.h"
 #include "json_helper.h"
 #include "log.h"
 #include "nb_container.h"
@@ -14,6 +15,15 @@ namespace Nubis {
 namespace {
 constexpr int SIGN_VERSION = 2;
 constexpr int32_t CLOUD_STATUS_END = 5;
+
+// Ends the reporting of events in the name of the cloud user.
+void ForgetCloudUser(int32_t userId)
+{
+    const auto evUtils = EvUtils::GetInstance(userId);
+    if (evUtils != nullptr) {
+        evUtils->ClearCloudUserId();
+    }
+}
 } // namespace
 
 NBError NubisNative::GetCloudUserInfo(NBUserInfo &userInfo, bool needSpaceInfo)
@@ -27,7 +37,12 @@ NBError NubisNative::GetCloudUserInfo(NBUserInfo &userInfo, bool needSpaceInfo)
     if (error.HasError()) {
         return error;
     }
-    return GetUserInfoFromJson(reply, userInfo);
+    error = GetUserInfoFromJson(reply, userInfo);
+    const auto evUtils = EvUtils::GetInstance(userId_);
+    if (!error.HasError() && evUtils != nullptr) {
+        evUtils->SetCloudUserId(userInfo.userId);
+    }
+    return error;
 }
 
 NBError NubisNative::GetUserInfoFromJson(const Json::Value &reply, NBUserInfo &userInfo)
@@ -84,6 +99,7 @@ void NubisNative::ReleaseCloudUserInfo()
         }
         containers->entries.clear();
     }
+    ForgetCloudUser(userId_);
 }
 
 void NubisNative::CleanCloudUserInfo()
@@ -96,10 +112,13 @@ void NubisNative::CleanCloudUserInfo()
             container->Release();
         }
     }
-    std::lock_guard<std::mutex> lock(fileContainers_.mutex);
-    for (const auto &[key, container] : fileContainers_.entries) {
-        NB_LOGI("clean file bundlename:%{public}s user info", key.c_str());
-        container->Release();
+    {
+        std::lock_guard<std::mutex> lock(fileContainers_.mutex);
+        for (const auto &[key, container] : fileContainers_.entries) {
+            NB_LOGI("clean file bundlename:%{public}s user info", key.c_str());
+            container->Release();
+        }
     }
+    ForgetCloudUser(userId_);
 }
 } // namespace Nubis
