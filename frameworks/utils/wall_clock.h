@@ -15,8 +15,8 @@ public:
     static int64_t NowSeconds();
     static int64_t NowMillis();
 
-    // Reads the time (milliseconds since the epoch) from this function from now on, so that tests decide what time it is;
-    // an empty one brings the system's clock back. It is called on any thread.
+    // From now on the time (milliseconds since the epoch) is what this function says, so that tests decide what time it
+    // is; an empty one brings the system's clock back. It is called on any thread.
     static void SetSource(std::function<int64_t()> read);
 };
 } // namespace Nubis
