@@ -1,0 +1,113 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "command_line.h"
+
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <json/json.h>
+
+#include "command_error.h"
+#include "row_reader.h"
+
+namespace NubisTool {
+namespace {
+using testing::HasSubstr;
+
+struct Outcome {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+Outcome Run(std::vector<std::string> arguments, const std::string &input = "")
+{
+    std::istringstream in(input);
+    std::ostringstream out;
+    std::ostringstream err;
+    int status = RunTool(std::move(arguments), {in, out, err, false});
+    return {status, out.str(), err.str()};
+}
+
+std::vector<std::vector<std::string>> AllCommands()
+{
+    return {{}, {"demo"}, {"service"}, {"service", "start"}, {"service", "stop"}, {"service", "status"},
+        {"service", "exec"}, {"catalogue"}, {"catalogue", "check"}, {"catalogue", "apply"}, {"catalogue", "list"},
+        {"catalogue", "show"}, {"user", "info"}, {"record"}, {"record", "import"}, {"record", "save"},
+        {"record", "get"}, {"record", "query"}, {"changes"}, {"crid", "encode"}, {"crid", "decode"}};
+}
+
+TEST(CommandLine, EveryCommandHasHelpWithAnExample)
+{
+    for (std::vector<std::string> command : AllCommands()) {
+        command.emplace_back("--help");
+        Outcome outcome = Run(command);
+        EXPECT_EQ(outcome.status, EXIT_DONE) << testing::PrintToString(command);
+        EXPECT_THAT(outcome.out, HasSubstr("Example:\n  nubis ")) << testing::PrintToString(command);
+        EXPECT_EQ(outcome.err, "");
+    }
+    EXPECT_THAT(Run({"--version"}).out, testing::StartsWith("nubis 5."));
+    EXPECT_THAT(Run({"--help"}).out, testing::Not(HasSubstr("demo-device")));
+}
+
+TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
+{
+    const std::vector<std::vector<std::string>> wrong = {{}, {"nonsense"}, {"service"}, {"record", "import"},
+        {"record", "query", "--type", "T"}, {"record", "get", "--bundle", "b", "--type", "T"},
+        {"record", "query", "--bundle", "b", "--type", "T", "--limit", "0"},
+        {"record", "query", "--bundle", "b", "--type", "T", "--scope", "secret"},
+        {"record", "save", "--bundle", "b", "--type", "T", "--policy", "maybe", "{}"},
+        {"record", "save", "--bundle", "b", "--type", "T", "[1]"}, {"user", "info", "--user", "-1"},
+        {"user", "info", "--demon", "unknown"}, {"changes", "--bundle", "b", "--interval", "x"},
+        {"crid", "encode", "--version-number", "2", "--upid", "1", "x"}, {"crid", "encode", "--upid", "1", "x"},
+        {"service", "exec"}, {"service", "exec", "--"}, {"catalogue", "list", "surplus"}};
+    for (const std::vector<std::string> &arguments : wrong) {
+        Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.status, EXIT_USAGE) << testing::PrintToString(arguments) << outcome.err;
+        EXPECT_THAT(outcome.err, testing::AllOf(testing::StartsWith("nubis: "), HasSubstr("next: ")));
+        EXPECT_EQ(outcome.out, "");
+    }
+    EXPECT_THAT(Run({"record", "import", "--bundle"}).err, HasSubstr("nubis record import --help"));
+}
+
+TEST(CommandLine, CridsAreMadeAndTakenApart)
+{
+    const std::string hex = "00112233445566778899aabbccddeeff";
+    for (const auto &[version, id] : std::vector<std::pair<std::string, std::string>>{
+             {"0", "18446744073709551615"}, {"1", hex}, {"5", hex}, {"10", "anything"}}) {
+        Outcome made = Run({"crid", "encode", "-n", version, "--upid", "42", id, "--json"});
+        ASSERT_EQ(made.status, EXIT_DONE) << made.err;
+        Json::Value json;
+        std::string error;
+        ASSERT_TRUE(ParseJsonText(made.out, json, error)) << error;
+        Outcome taken = Run({"crid", "decode", json[0]["crid"].asString(), "--json"});
+        ASSERT_TRUE(ParseJsonText(taken.out, json, error)) << error;
+        EXPECT_EQ(std::to_string(json[0]["version"].asInt()), version);
+        EXPECT_EQ(json[0]["upid"].asString(), "42");
+        EXPECT_THAT(
+            hex + " anything A0000002affffffffffffffffffffffff", HasSubstr(json[0]["recordId"].asString().substr(1)));
+    }
+    Outcome table = Run({"crid", "decode", std::string(33, 'A')});
+    EXPECT_THAT(table.out, HasSubstr("VERSION  UPID  RECORD ID"));
+
+    Outcome wrong = Run({"crid", "decode", std::string(33, 'A'), "Zebra"});
+    EXPECT_EQ(wrong.status, EXIT_OPERATION_FAILED);
+    EXPECT_THAT(wrong.err, HasSubstr("Zebra"));
+    EXPECT_THAT(wrong.out, HasSubstr("VERSION"));
+    EXPECT_EQ(Run({"crid", "encode", "-n", "0", "--upid", "1", "no number"}).status, EXIT_OPERATION_FAILED);
+    EXPECT_EQ(Run({"crid", "encode", "-n", "1", "--upid", "1", "abc"}).status, EXIT_OPERATION_FAILED);
+}
+
+TEST(CommandLine, OutputThatCannotBeWrittenIsAFailure)
+{
+    std::istringstream in;
+    std::ostringstream out;
+    std::ostringstream err;
+    out.setstate(std::ios::badbit);
+    EXPECT_EQ(RunTool({"crid", "decode", std::string(33, 'A')}, {in, out, err, false}), EXIT_OPERATION_FAILED);
+    EXPECT_THAT(err.str(), HasSubstr("could not be written"));
+}
+} // namespace
+} // namespace NubisTool

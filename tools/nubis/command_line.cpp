@@ -1,0 +1,118 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "command_line.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include "command_error.h"
+#include "common_options.h"
+
+namespace NubisTool {
+namespace {
+
+constexpr const char *DESCRIPTION = "Works with the records, the catalogue and the service of a cloud record database.";
+
+// What follows "--" belongs to the command to be run, whatever it looks like.
+void TakePassedOn(std::vector<std::string> &arguments, Chosen &chosen)
+{
+    if (arguments.size() < 2 || arguments[0] != "service" || arguments[1] != "exec") {
+        return;
+    }
+    auto dashes = std::find(arguments.begin(), arguments.end(), "--");
+    if (dashes != arguments.end()) {
+        chosen.passedOn.assign(dashes + 1, arguments.end());
+        arguments.erase(dashes, arguments.end());
+    }
+}
+
+void WriteError(const Console &console, const std::string &what, const std::string &advice)
+{
+    console.err << "nubis: " << what << '\n';
+    if (!advice.empty()) {
+        console.err << "  next: " << advice << '\n';
+    }
+}
+
+int ReadArguments(CLI::App &app, std::vector<std::string> arguments, const Console &console)
+{
+    try {
+        // CLI11 takes them from the end.
+        std::reverse(arguments.begin(), arguments.end());
+        app.parse(std::move(arguments));
+        return EXIT_DONE;
+    } catch (const CLI::Success &asked) {
+        app.exit(asked, console.out, console.err);
+        return EXIT_DONE;
+    } catch (const CLI::ParseError &error) {
+        std::string where = "nubis";
+        for (const CLI::App *at = &app; !at->get_subcommands().empty();) {
+            at = at->get_subcommands().front();
+            where += " " + at->get_name();
+        }
+        WriteError(console, error.what(), "see `" + where + " --help`");
+        return EXIT_USAGE;
+    }
+}
+
+int Perform(const Action &action, const Console &console)
+{
+    try {
+        return action(console);
+    } catch (const CommandError &error) {
+        WriteError(console, error.what(), error.Advice());
+        return error.ExitStatus();
+    } catch (const std::exception &error) {
+        WriteError(console, std::string("failed: ") + error.what(),
+            "run the command with NUBIS_LOG_LEVEL=info to see the library's log");
+        return EXIT_OPERATION_FAILED;
+    }
+}
+
+} // namespace
+
+CLI::App *AddCommand(
+    CLI::App &family, const std::string &name, const std::string &description, const std::string &example)
+{
+    CLI::App *command = family.add_subcommand(name, description);
+    command->footer(Example(example));
+    return command;
+}
+
+void SetAction(CLI::App &command, Chosen &chosen, Action action)
+{
+    command.callback([&chosen, action = std::move(action)] { chosen.action = action; });
+}
+
+int RunTool(std::vector<std::string> arguments, const Console &console)
+{
+    CLI::App app(DESCRIPTION, "nubis");
+    Chosen chosen;
+    app.set_version_flag("--version", "nubis " NUBIS_TOOL_VERSION);
+    app.require_subcommand(1);
+    app.footer("Every command has its own help: nubis record import --help\n" + Example("nubis demo"));
+    AddDemoCommands(app, chosen);
+    AddServiceCommands(app, chosen);
+    AddCatalogueCommands(app, chosen);
+    AddUserCommands(app, chosen);
+    AddRecordCommands(app, chosen);
+    AddChangesCommand(app, chosen);
+    AddCridCommands(app, chosen);
+
+    TakePassedOn(arguments, chosen);
+    int status = ReadArguments(app, std::move(arguments), console);
+    if (status == EXIT_DONE && chosen.action) {
+        status = Perform(chosen.action, console);
+    }
+    console.out.flush();
+    console.err.flush();
+    if (status == EXIT_DONE && !console.out) {
+        WriteError(console, "the output could not be written", "check the disk or the program that reads it");
+        status = EXIT_OPERATION_FAILED;
+    }
+    return status;
+}
+
+} // namespace NubisTool

@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "common_options.h"
+
+#include <map>
+
+namespace NubisTool {
+
+void AddServiceOptions(CLI::App &command, CommonOptions &options)
+{
+    static const std::map<std::string, Nubis::NBCloudSyncDemon> DEMONS = {{"data", Nubis::NB_SYNC_DEMON_DATA},
+        {"file", Nubis::NB_SYNC_DEMON_FILE}, {"asset", Nubis::NB_SYNC_DEMON_ASSET}};
+    command.add_option("--user", options.user, "Account to work for")
+        ->check(CLI::NonNegativeNumber)
+        ->type_name("ID")
+        ->capture_default_str();
+    command.add_option("--demon", options.demon, "Sync service to speak as: data, file or asset [data]")
+        ->transform(CLI::CheckedTransformer(DEMONS).description(""))
+        ->type_name("KIND");
+    command.add_flag("--json", options.json, "Write JSON for programs instead of tables for people");
+}
+
+void AddDatabaseOptions(CLI::App &command, CommonOptions &options)
+{
+    static const std::map<std::string, Nubis::NBDatabaseScope> SCOPES = {{"public", Nubis::NB_DATABASE_PUBLIC},
+        {"private", Nubis::NB_DATABASE_PRIVATE}, {"shared", Nubis::NB_DATABASE_SHARED}};
+    AddServiceOptions(command, options);
+    command.add_option("--bundle", options.bundle, "Application bundle whose data it is")
+        ->required()
+        ->type_name("NAME");
+    command.add_option("--container", options.container, "Container of the bundle [its default container]")
+        ->type_name("NAME");
+    command.add_option("--scope", options.scope, "Database: public, private or shared [private]")
+        ->transform(CLI::CheckedTransformer(SCOPES).description(""))
+        ->type_name("SCOPE");
+}
+
+std::string Example(const std::string &commandLine)
+{
+    return "Example:\n  " + commandLine;
+}
+
+} // namespace NubisTool

@@ -1,0 +1,93 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "database_calls.h"
+
+#include <utility>
+
+namespace NubisTool {
+namespace {
+
+using Nubis::NBContext;
+using Nubis::NBDatabase;
+using Nubis::NBError;
+
+template <typename Outcome>
+using Promise = std::shared_ptr<std::promise<Outcome>>;
+
+// Starts an operation whose callback keeps the promise; one that does not start keeps it here.
+template <typename Outcome, typename Start>
+std::future<Outcome> StartCall(Start &&start)
+{
+    auto promise = std::make_shared<std::promise<Outcome>>();
+    std::future<Outcome> future = promise->get_future();
+    int code = start(promise);
+    if (code != 0) {
+        Outcome outcome;
+        outcome.error.SetLocalError(static_cast<Nubis::NBLocalErrorCode>(code));
+        promise->set_value(std::move(outcome));
+    }
+    return future;
+}
+
+Nubis::NBRecordsCallback KeepResults(const Promise<SaveOutcome> &promise)
+{
+    return [promise](std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>,
+               std::shared_ptr<Nubis::NBResultMap> results, const NBError &error) {
+        promise->set_value({std::move(results), error});
+    };
+}
+
+} // namespace
+
+std::future<SaveOutcome> StartSave(
+    NBDatabase &database, std::vector<Nubis::NBRecord> records, Nubis::NBSavePolicy policy)
+{
+    return StartCall<SaveOutcome>([&](const Promise<SaveOutcome> &promise) {
+        return database.SaveRecords(std::make_shared<NBContext>(), std::move(records), policy, KeepResults(promise));
+    });
+}
+
+std::future<SaveOutcome> StartDelete(
+    NBDatabase &database, std::vector<Nubis::NBRecord> records, Nubis::NBSavePolicy policy)
+{
+    return StartCall<SaveOutcome>([&](const Promise<SaveOutcome> &promise) {
+        return database.DeleteRecords(std::make_shared<NBContext>(), std::move(records), policy, KeepResults(promise));
+    });
+}
+
+std::future<SaveOutcome> StartFetchByIds(NBDatabase &database, std::vector<Nubis::NBRecord> records)
+{
+    return StartCall<SaveOutcome>([&](const Promise<SaveOutcome> &promise) {
+        return database.FetchRecordWithIds(std::make_shared<NBContext>(), std::move(records), {}, KeepResults(promise));
+    });
+}
+
+std::future<PageOutcome> StartQuery(NBDatabase &database, const std::vector<std::string> &fields, Nubis::NBQuery query,
+    int pageSize, const std::string &cursor)
+{
+    return StartCall<PageOutcome>([&](const Promise<PageOutcome> &promise) {
+        auto keep = [promise](std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>,
+                        std::shared_ptr<std::vector<Nubis::NBRecord>> records, std::string next, const NBError &error) {
+            bool hasMore = !next.empty();
+            promise->set_value({std::move(*records), std::move(next), hasMore, error});
+        };
+        return database.FetchRecordsWithQuery(
+            std::make_shared<NBContext>(), fields, std::move(query), pageSize, cursor, keep);
+    });
+}
+
+std::future<PageOutcome> StartChanges(NBDatabase &database, const std::string &recordType,
+    const std::vector<std::string> &fields, int pageSize, const std::string &cursor)
+{
+    return StartCall<PageOutcome>([&](const Promise<PageOutcome> &promise) {
+        auto keep = [promise](std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>,
+                        std::shared_ptr<std::vector<Nubis::NBRecord>> records, std::string next, bool hasMore,
+                        const NBError &error) {
+            promise->set_value({std::move(*records), std::move(next), hasMore, error});
+        };
+        return database.FetchDatabaseChanges(std::make_shared<NBContext>(), recordType, fields, pageSize, cursor, keep);
+    });
+}
+
+} // namespace NubisTool

@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "error_text.h"
+
+#include "command_error.h"
+
+namespace NubisTool {
+namespace {
+
+using Nubis::NBError;
+
+// How the service classes its failures.
+constexpr int TYPE_STATE = 1;
+constexpr int TYPE_SERVICE = 2;
+
+std::string LocalText(Nubis::NBLocalErrorCode code)
+{
+    switch (code) {
+        case Nubis::NB_LOCAL_NOT_CONNECTED:
+            return "the drive service cannot be reached";
+        case Nubis::NB_LOCAL_IPC_FAILED:
+            return "the request to the drive service was lost or not answered in time";
+        case Nubis::NB_LOCAL_BAD_DATA:
+            return "the drive service's answer is not what was expected";
+        case Nubis::NB_LOCAL_EMPTY_REPLY:
+            return "the drive service gave no answer";
+        case Nubis::NB_LOCAL_UNEXPECTED_REPLY:
+            return "the drive service's answer says nothing of this";
+        default:
+            return "the library failed";
+    }
+}
+
+std::string DetailText(const Nubis::NBErrorDetail &detail, const std::string &message)
+{
+    std::string text = detail.description == message ? "" : detail.description;
+    if (!detail.errorPos.empty()) {
+        text = detail.errorPos + (text.empty() ? "" : ": ") + text;
+    }
+    return text;
+}
+
+std::string ServerText(const NBError &error)
+{
+    std::string text = error.GetErrorMsg().empty() ? "the drive service refused it" : error.GetErrorMsg();
+    std::string details;
+    for (const Nubis::NBErrorDetail &detail : error.GetErrorDetails()) {
+        std::string one = DetailText(detail, error.GetErrorMsg());
+        // A position that the message names already would only be said twice.
+        if (!one.empty() && text.find(one) == std::string::npos) {
+            details += (details.empty() ? "" : "; ") + one;
+        }
+    }
+    if (!details.empty()) {
+        text += " [" + details + "]";
+    }
+    std::string code = "code " + std::to_string(error.GetServerErrorCode());
+    if (!error.GetErrorDetails().empty() && !error.GetErrorDetails().front().reason.empty()) {
+        code = error.GetErrorDetails().front().reason + ", " + code;
+    }
+    return text + " (" + code + ")";
+}
+
+} // namespace
+
+std::string ErrorText(const NBError &error)
+{
+    if (error.IsServerError()) {
+        return ServerText(error);
+    }
+    return LocalText(error.GetLocalErrorCode()) + " (local code " + std::to_string(error.GetLocalErrorCode()) + ")";
+}
+
+std::string ErrorAdvice(const NBError &error)
+{
+    if (error.IsServerError()) {
+        switch (error.GetErrorType()) {
+            case TYPE_STATE:
+                return "read the record's present state with `nubis record get` and try again";
+            case TYPE_SERVICE:
+                return "try again; if it stays, run the command with NUBIS_LOG_LEVEL=info to see the library's log";
+            default:
+                return "change what the message names; `nubis catalogue show BUNDLE` lists types and fields";
+        }
+    }
+    if (IsTransportError(error)) {
+        return "run `nubis service start`, which says why the service does not run";
+    }
+    return "run the command with NUBIS_LOG_LEVEL=info to see the library's log";
+}
+
+bool IsTransportError(const NBError &error)
+{
+    auto code = error.GetLocalErrorCode();
+    return error.IsLocalError() && !error.IsServerError() &&
+           (code == Nubis::NB_LOCAL_NOT_CONNECTED || code == Nubis::NB_LOCAL_IPC_FAILED ||
+               code == Nubis::NB_LOCAL_EMPTY_REPLY);
+}
+
+void ThrowIfError(const NBError &error, const std::string &doing)
+{
+    if (error.HasError()) {
+        throw CommandError(doing + " failed: " + ErrorText(error), ErrorAdvice(error));
+    }
+}
+
+} // namespace NubisTool

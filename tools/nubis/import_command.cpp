@@ -1,0 +1,175 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "command_line.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <ostream>
+
+#include <json/json.h>
+
+#include "command_error.h"
+#include "common_options.h"
+#include "error_text.h"
+#include "import_plan.h"
+#include "importer.h"
+#include "interrupt.h"
+#include "record_json.h"
+#include "row_checker.h"
+#include "row_reader.h"
+#include "session.h"
+
+namespace NubisTool {
+namespace {
+
+// Enough to see what is wrong with a file; the count says how many there are.
+constexpr size_t MOST_PROBLEMS_SHOWN = 50;
+
+struct ImportCommandOptions {
+    CommonOptions common;
+    std::vector<std::string> files;
+    std::string type;
+    std::string idField;
+    RowFormat format = RowFormat::GUESS;
+    bool existing = false;
+};
+
+[[noreturn]] void ThrowProblems(const std::vector<RowProblem> &problems, const ImportCommandOptions &options)
+{
+    std::string text = std::to_string(problems.size()) + (problems.size() == 1 ? " problem" : " problems") +
+                       " in the input; nothing was sent:";
+    for (size_t i = 0; i < std::min(problems.size(), MOST_PROBLEMS_SHOWN); ++i) {
+        text += "\n  " + ProblemText(problems[i]);
+    }
+    if (problems.size() > MOST_PROBLEMS_SHOWN) {
+        text += "\n  ... and " + std::to_string(problems.size() - MOST_PROBLEMS_SHOWN) + " more";
+    }
+    throw CommandError(text,
+        "correct the input; `nubis catalogue show " + options.common.bundle + "` lists the fields of " + options.type);
+}
+
+void PrintReportJson(const ImportReport &report, size_t rows, const Console &console)
+{
+    Json::Value json(Json::objectValue);
+    json["rows"] = Json::UInt64(rows);
+    json["saved"] = Json::UInt64(report.saved);
+    json["notSent"] = Json::UInt64(report.notSent);
+    json["requests"] = Json::UInt64(report.requests);
+    json["bytes"] = Json::UInt64(report.bytes);
+    json["seconds"] = report.time.count();
+    json["interrupted"] = report.interrupted;
+    json["refused"] = Json::Value(Json::arrayValue);
+    for (const Refusal &refusal : report.refusals) {
+        Json::Value entry(Json::objectValue);
+        entry["file"] = refusal.file;
+        entry["line"] = Json::UInt64(refusal.line);
+        entry["recordId"] = refusal.recordId;
+        entry["reason"] = ErrorText(refusal.error);
+        json["refused"].append(entry);
+    }
+    console.out << PrettyText(json) << '\n';
+}
+
+void PrintReport(const ImportReport &report, size_t rows, const Console &console)
+{
+    for (const Refusal &refusal : report.refusals) {
+        console.err << refusal.file << ':' << refusal.line << ": record " << refusal.recordId
+                    << " was refused: " << ErrorText(refusal.error) << '\n';
+    }
+    double seconds = report.time.count();
+    auto rate = static_cast<size_t>(seconds > 0 ? static_cast<double>(report.saved) / seconds : 0);
+    console.out << "rows      " << std::setw(10) << rows << '\n'
+                << "saved     " << std::setw(10) << report.saved << '\n'
+                << "refused   " << std::setw(10) << report.refusals.size() << '\n'
+                << "not sent  " << std::setw(10) << report.notSent << '\n'
+                << "requests  " << std::setw(10) << report.requests << '\n'
+                << "bytes     " << std::setw(10) << report.bytes << '\n'
+                << "seconds   " << std::setw(10) << std::fixed << std::setprecision(2) << seconds << "  (" << rate
+                << " records/s)\n";
+}
+
+void ThrowUnlessWhole(const ImportReport &report)
+{
+    if (report.interrupted) {
+        throw CommandError("interrupted: " + std::to_string(report.saved) + " records are saved, " +
+                               std::to_string(report.notSent) + " were not sent",
+            "run the same command with --existing to finish: it also takes records that are there", EXIT_INTERRUPTED);
+    }
+    if (!report.refusals.empty()) {
+        throw CommandError(std::to_string(report.refusals.size()) + " records were refused, " +
+                               std::to_string(report.notSent) + " were not sent",
+            ErrorAdvice(report.refusals.front().error));
+    }
+}
+
+int Import(const ImportCommandOptions &options, const Console &console)
+{
+    std::vector<Row> rows;
+    for (const std::string &file : options.files) {
+        std::vector<Row> read = ReadRowsFromFile(file, options.format, console.in);
+        std::move(read.begin(), read.end(), std::back_inserter(rows));
+    }
+    Session session(options.common);
+    RowChecker checker(session.RecordType(options.type), options.idField, Completeness::WHOLE);
+    std::vector<RowProblem> problems;
+    std::vector<ImportItem> items = CheckRows(checker, rows, problems);
+    if (!problems.empty()) {
+        ThrowProblems(problems, options);
+    }
+    auto database = session.Database();
+    GiveIds(*database, items);
+    for (ImportItem &item : items) {
+        item.record.SetNewCreate(true);
+    }
+    BatchLimits limits{session.ContainerInfo().maxBatchNumber, session.UploadSize().maxBodySize};
+    ImportPlan plan = PlanImport(items, limits, problems);
+    if (!problems.empty()) {
+        ThrowProblems(problems, options);
+    }
+    InterruptGuard guard;
+    // A new record saved "if unchanged" is refused when its id is taken; saved by overwriting, it takes its place.
+    auto policy = options.existing ? Nubis::NB_SAVE_OVERWRITE : Nubis::NB_SAVE_IF_UNCHANGED;
+    auto send = [&database, policy](
+                    std::vector<Nubis::NBRecord> records) { return StartSave(*database, std::move(records), policy); };
+    ImportReport report = RunImport(items, plan, send, {}, console);
+    if (options.common.json) {
+        PrintReportJson(report, rows.size(), console);
+    } else {
+        PrintReport(report, rows.size(), console);
+    }
+    ThrowUnlessWhole(report);
+    return EXIT_DONE;
+}
+
+} // namespace
+
+void AddImportCommand(CLI::App &record, Chosen &chosen)
+{
+    static const std::map<std::string, RowFormat> FORMATS = {{"json", RowFormat::JSON}, {"csv", RowFormat::CSV}};
+    auto options = std::make_shared<ImportCommandOptions>();
+    CLI::App *command = AddCommand(record, "import",
+        "Save the rows of files as records. Every row is checked against the record type before the first is sent",
+        "nubis record import --bundle com.example.notes --type Note --id-field number notes.csv");
+    AddDatabaseOptions(*command, options->common);
+    command
+        ->add_option("files", options->files,
+            "JSON arrays of objects, one JSON object a line, or CSV with a heading; - for standard input")
+        ->required()
+        ->type_name("FILE");
+    command->add_option("--type", options->type, "Record type")->required()->type_name("TYPE");
+    command
+        ->add_option("--id-field", options->idField,
+            "Field whose value is the record id [the member recordId, else the library makes ids]")
+        ->type_name("FIELD");
+    command->add_option("--format", options->format, "json or csv [from the file's name or content]")
+        ->transform(CLI::CheckedTransformer(FORMATS).description(""))
+        ->type_name("FORMAT");
+    command->add_flag("--existing", options->existing, "Also overwrite records that are there already");
+    SetAction(*command, chosen, [options](const Console &console) { return Import(*options, console); });
+}
+
+} // namespace NubisTool

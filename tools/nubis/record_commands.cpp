@@ -1,0 +1,273 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "command_line.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <ostream>
+
+#include <json/json.h>
+
+#include "command_error.h"
+#include "common_options.h"
+#include "database_calls.h"
+#include "error_text.h"
+#include "record_json.h"
+#include "row_checker.h"
+#include "row_reader.h"
+#include "session.h"
+
+namespace NubisTool {
+namespace {
+
+constexpr int QUERY_PAGE = 500;
+
+struct RecordOptions {
+    CommonOptions common;
+    std::string type;
+    std::vector<std::string> ids;
+    std::vector<std::string> fields;
+    std::string where;
+    std::vector<std::string> order;
+    size_t limit = 100;
+    bool all = false;
+    std::string json;
+    std::string id;
+    bool isNew = false;
+    Nubis::NBSavePolicy policy = Nubis::NB_SAVE_CHANGED_FIELDS;
+};
+
+void PrintRecords(const std::vector<Nubis::NBRecord> &records, const Nubis::NBSchemaNode &schemaNode,
+    const RecordOptions &options, const Console &console)
+{
+    if (options.common.json) {
+        Json::Value json(Json::arrayValue);
+        for (const Nubis::NBRecord &record : records) {
+            json.append(RecordToJson(record));
+        }
+        console.out << PrettyText(json) << '\n';
+    } else if (records.empty()) {
+        console.out << "no records\n";
+    } else {
+        PrintRecordTable(console.out, records, schemaNode, options.fields);
+    }
+}
+
+Row ReadRecordArgument(const RecordOptions &options, const Console &console)
+{
+    std::string text = options.json;
+    std::string name = "the argument";
+    if (text.empty() || text == "-") {
+        text.assign(std::istreambuf_iterator<char>(console.in), std::istreambuf_iterator<char>());
+        name = "standard input";
+    }
+    Row row{name, 1, {}, false};
+    std::string error;
+    if (!ParseJsonText(text, row.values, error) || !row.values.isObject()) {
+        throw UsageError(name + " is no JSON object" + (error.empty() ? "" : ": " + error),
+            "give the record as {\"FIELD\": VALUE, ...}");
+    }
+    return row;
+}
+
+Nubis::NBRecord MakeRecord(const Row &row, const RecordOptions &options, const Nubis::NBSchemaNode &schemaNode)
+{
+    ImportItem item;
+    std::string id = options.id;
+    if (id.empty() && row.values["recordId"].isString()) {
+        id = row.values["recordId"].asString();
+    }
+    bool isNew = options.isNew || id.empty();
+    bool isWhole = isNew || options.policy == Nubis::NB_SAVE_OVERWRITE;
+    std::vector<RowProblem> problems;
+    RowChecker checker(schemaNode, "", isWhole ? Completeness::WHOLE : Completeness::PARTIAL);
+    if (!checker.Check(row, item, problems)) {
+        std::string text;
+        for (const RowProblem &problem : problems) {
+            text += "\n  " + ProblemText(problem);
+        }
+        throw CommandError("the record does not fit its type; nothing was sent:" + text,
+            "`nubis catalogue show " + options.common.bundle + "` lists types and fields");
+    }
+    item.record.SetRecordId(id);
+    item.record.SetNewCreate(isNew);
+    const Json::Value &version = row.values["version"];
+    if (schemaNode.fields.count("version") == 0 && version.isUInt64()) {
+        item.record.SetVersion(version.asUInt64());
+    }
+    return std::move(item.record);
+}
+
+int Save(const RecordOptions &options, const Console &console)
+{
+    Row row = ReadRecordArgument(options, console);
+    Session session(options.common);
+    const Nubis::NBSchemaNode &schemaNode = session.RecordType(options.type);
+    Nubis::NBRecord record = MakeRecord(row, options, schemaNode);
+    // A new record saved "if unchanged" is refused when its id is taken.
+    auto policy = record.GetNewCreate() ? Nubis::NB_SAVE_IF_UNCHANGED : options.policy;
+    SaveOutcome outcome = Wait(StartSave(*session.Database(), {std::move(record)}, policy));
+    ThrowIfError(outcome.error, "saving the record");
+    if (outcome.results->size() != 1) {
+        throw CommandError("the service gave no answer for the record", "read it with `nubis record get`");
+    }
+    const auto &[id, result] = *outcome.results->begin();
+    ThrowIfError(result, "saving the record " + id);
+    if (options.common.json) {
+        console.out << PrettyText(RecordToJson(result.GetRecord())) << '\n';
+    } else {
+        console.out << "saved " << options.type << ' ' << result.GetRecord().GetRecordId() << ", version "
+                    << result.GetRecord().GetVersion() << '\n';
+    }
+    return EXIT_DONE;
+}
+
+int Get(const RecordOptions &options, const Console &console)
+{
+    Session session(options.common);
+    const Nubis::NBSchemaNode &schemaNode = session.RecordType(options.type);
+    std::vector<Nubis::NBRecord> wanted(options.ids.size());
+    for (size_t i = 0; i < wanted.size(); ++i) {
+        wanted[i].SetRecordId(options.ids[i]);
+        wanted[i].SetRecordType(options.type);
+    }
+    SaveOutcome outcome = Wait(StartFetchByIds(*session.Database(), std::move(wanted)));
+    std::vector<Nubis::NBRecord> found;
+    std::string missing;
+    Nubis::NBError firstError;
+    for (const std::string &id : options.ids) {
+        auto result = outcome.results->find(id);
+        Nubis::NBError error = outcome.error;
+        if (result != outcome.results->end()) {
+            error = result->second;
+        } else if (!error.HasError()) {
+            error.SetLocalError(Nubis::NB_LOCAL_UNEXPECTED_REPLY);
+        }
+        if (error.HasError()) {
+            missing += "\n  " + id + ": " + ErrorText(error);
+            firstError = firstError.HasError() ? firstError : error;
+        } else {
+            found.push_back(result->second.GetRecord());
+        }
+    }
+    if (options.common.json || !found.empty()) {
+        PrintRecords(found, schemaNode, options, console);
+    }
+    if (!missing.empty()) {
+        throw CommandError("not every record could be read:" + missing, ErrorAdvice(firstError));
+    }
+    return EXIT_DONE;
+}
+
+Nubis::NBQuery MakeQuery(const RecordOptions &options)
+{
+    Nubis::NBQuery query;
+    query.recordType = options.type;
+    query.queryText = options.where;
+    for (const std::string &field : options.order) {
+        bool isDescending = !field.empty() && field[0] == '-';
+        query.orderings.push_back({isDescending, field.substr(isDescending ? 1 : 0)});
+    }
+    return query;
+}
+
+int Query(const RecordOptions &options, const Console &console)
+{
+    Session session(options.common);
+    const Nubis::NBSchemaNode &schemaNode = session.RecordType(options.type);
+    auto database = session.Database();
+    std::vector<Nubis::NBRecord> records;
+    std::string cursor;
+    bool hasMore = true;
+    while (hasMore && (options.all || records.size() < options.limit)) {
+        size_t left = options.all ? QUERY_PAGE : options.limit - records.size();
+        int pageSize = static_cast<int>(std::min<size_t>(left, QUERY_PAGE));
+        PageOutcome page = Wait(StartQuery(*database, options.fields, MakeQuery(options), pageSize, cursor));
+        ThrowIfError(page.error, "the query");
+        if (page.hasMore && page.cursor == cursor) {
+            throw CommandError("the service says that more records follow, but its cursor stands still",
+                "restart the service with `nubis service stop` and try again");
+        }
+        std::move(page.records.begin(), page.records.end(), std::back_inserter(records));
+        hasMore = page.hasMore;
+        cursor = page.cursor;
+    }
+    PrintRecords(records, schemaNode, options, console);
+    if (hasMore) {
+        console.err << "nubis: these are the first " << records.size()
+                    << " records; --limit N shows more, --all all of them\n";
+    }
+    return EXIT_DONE;
+}
+
+void AddTypeOption(CLI::App &command, RecordOptions &options)
+{
+    AddDatabaseOptions(command, options.common);
+    command.add_option("--type", options.type, "Record type")->required()->type_name("TYPE");
+}
+
+void AddFieldsOption(CLI::App &command, RecordOptions &options)
+{
+    command.add_option("--fields", options.fields, "Only these fields [all]")->delimiter(',')->type_name("A,B");
+}
+
+void AddSave(CLI::App &family, Chosen &chosen)
+{
+    static const std::map<std::string, Nubis::NBSavePolicy> POLICIES = {{"unchanged", Nubis::NB_SAVE_IF_UNCHANGED},
+        {"merge", Nubis::NB_SAVE_CHANGED_FIELDS}, {"overwrite", Nubis::NB_SAVE_OVERWRITE}};
+    auto options = std::make_shared<RecordOptions>();
+    CLI::App *save = AddCommand(family, "save", "Create a record, or change one when an id is given",
+        "nubis record save --bundle com.example.notes --type Note '{\"title\": \"Milk\"}'");
+    AddTypeOption(*save, *options);
+    save->add_option("--id", options->id, "Record id [the member recordId; none creates a record]")->type_name("ID");
+    save->add_flag("--new", options->isNew, "Create the record although an id is given");
+    save->add_option("--policy", options->policy,
+            "For a record that is there: unchanged (only if \"version\" is still its version), merge (the given "
+            "fields) "
+            "or overwrite [merge]")
+        ->transform(CLI::CheckedTransformer(POLICIES).description(""))
+        ->type_name("POLICY");
+    save->add_option("record", options->json, "The record as a JSON object [read from standard input]")
+        ->type_name("JSON");
+    SetAction(*save, chosen, [options](const Console &console) { return Save(*options, console); });
+}
+
+} // namespace
+
+void AddRecordCommands(CLI::App &app, Chosen &chosen)
+{
+    CLI::App *family = AddCommand(app, "record", "Import, save, read and query records",
+        "nubis record query --bundle com.example.notes --type Note --order -created");
+    family->require_subcommand(1);
+    AddImportCommand(*family, chosen);
+    AddSave(*family, chosen);
+
+    auto options = std::make_shared<RecordOptions>();
+    CLI::App *get = AddCommand(*family, "get", "Read records by their ids",
+        "nubis record get --bundle com.example.notes --type Note note-1 note-2");
+    AddTypeOption(*get, *options);
+    get->add_option("ids", options->ids, "Record ids")->required()->type_name("ID");
+    SetAction(*get, chosen, [options](const Console &console) { return Get(*options, console); });
+
+    CLI::App *query = AddCommand(*family, "query", "Read the records that meet conditions",
+        "nubis record query --bundle com.example.notes --type Note --where 'title~Milk&done=false' --order -created");
+    AddTypeOption(*query, *options);
+    AddFieldsOption(*query, *options);
+    query->add_option("--where", options->where, "Conditions joined by &: name=Ann&age>=30&city!=Rome&tags~x")
+        ->type_name("QUERY");
+    query->add_option("--order", options->order, "Fields to order by, -FIELD for descending")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("A,-B");
+    query->add_option("--limit", options->limit, "At most so many records")
+        ->check(CLI::PositiveNumber)
+        ->type_name("N")
+        ->capture_default_str();
+    query->add_flag("--all", options->all, "All records, however many");
+    SetAction(*query, chosen, [options](const Console &console) { return Query(*options, console); });
+}
+
+} // namespace NubisTool

@@ -1,0 +1,105 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "command_line.h"
+
+#include <memory>
+#include <ostream>
+
+#include <json/json.h>
+
+#include "child_process.h"
+#include "command_error.h"
+#include "common_options.h"
+#include "interrupt.h"
+#include "record_json.h"
+#include "service_program.h"
+#include "session.h"
+
+namespace NubisTool {
+namespace {
+
+constexpr std::chrono::seconds STOP_TIME(15);
+
+void PrintStatus(const Console &console, const CommonOptions &options, const ServiceStatus &status)
+{
+    std::string dataFolder = FindServiceProgram(options.user).dataFolder;
+    if (options.json) {
+        Json::Value json(Json::objectValue);
+        json["running"] = status.running;
+        json["pid"] = status.running ? Json::Value(status.pid) : Json::Value();
+        json["socket"] = status.socketPath;
+        json["dataFolder"] = dataFolder;
+        console.out << PrettyText(json) << '\n';
+        return;
+    }
+    console.out << "service      " << (status.running ? "running" : "not running") << '\n';
+    if (status.running) {
+        console.out << "process      " << status.pid << '\n';
+    }
+    console.out << "socket       " << status.socketPath << '\n' << "data folder  " << dataFolder << '\n';
+}
+
+int Start(const CommonOptions &options, const Console &console)
+{
+    Session session(options);
+    PrintStatus(console, options, StartService(session.Kit()));
+    return EXIT_DONE;
+}
+
+int Stop(const CommonOptions &options, const Console &console)
+{
+    bool stopped = StopService(options.user, STOP_TIME);
+    if (options.json) {
+        Json::Value json(Json::objectValue);
+        json["stopped"] = stopped;
+        console.out << PrettyText(json) << '\n';
+    } else {
+        console.out << (stopped ? "the service has stopped" : "the service was not running") << '\n';
+    }
+    return EXIT_DONE;
+}
+
+int Exec(const CommonOptions &options, const std::vector<std::string> &arguments)
+{
+    if (arguments.empty()) {
+        throw UsageError("there is no command to run", "put it behind --: nubis service exec -- COMMAND ARGUMENT...");
+    }
+    InterruptGuard guard(SecondSignal::IS_REMEMBERED);
+    FreshService service(options.user);
+    ChildProcess child({arguments, {}, false, false});
+    return child.WaitForwardingSignals();
+}
+
+} // namespace
+
+void AddServiceCommands(CLI::App &app, Chosen &chosen)
+{
+    CLI::App *family = AddCommand(app, "service", "Start, stop and look at the drive service", "nubis service status");
+    family->require_subcommand(1);
+    auto options = std::make_shared<CommonOptions>();
+
+    CLI::App *start = AddCommand(*family, "start", "Make sure that the service runs", "nubis service start");
+    AddServiceOptions(*start, *options);
+    SetAction(*start, chosen, [options](const Console &console) { return Start(*options, console); });
+
+    CLI::App *stop = AddCommand(*family, "stop", "End the service and wait until it has", "nubis service stop");
+    AddServiceOptions(*stop, *options);
+    SetAction(*stop, chosen, [options](const Console &console) { return Stop(*options, console); });
+
+    CLI::App *status = AddCommand(
+        *family, "status", "Say whether the service runs, and where it keeps its data", "nubis service status --json");
+    AddServiceOptions(*status, *options);
+    SetAction(*status, chosen, [options](const Console &console) {
+        PrintStatus(console, *options, FindService(options->user));
+        return EXIT_DONE;
+    });
+
+    CLI::App *exec =
+        AddCommand(*family, "exec", "Run a command against a fresh service of its own, and return its exit status",
+            "nubis service exec -- sh -c 'nubis catalogue apply notes.json && nubis catalogue list'");
+    exec->add_option("--user", options->user, "Account to work for")->check(CLI::NonNegativeNumber)->type_name("ID");
+    SetAction(*exec, chosen, [options, &chosen](const Console &) { return Exec(*options, chosen.passedOn); });
+}
+
+} // namespace NubisTool

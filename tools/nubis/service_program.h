@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_TOOL_SERVICE_PROGRAM_H
+#define NUBIS_TOOL_SERVICE_PROGRAM_H
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "nubis_kit.h"
+#include "temp_dir.h"
+
+namespace NubisTool {
+
+// The drive service as a program on this machine.
+struct ServiceProgram {
+    std::string path;
+    std::string dataFolder;
+};
+
+// The program beside this one, else the one that the service's manifest names; the data folder is the manifest's, else
+// the service's usual one. Throws CommandError when there is no program.
+ServiceProgram FindServiceProgram(int user);
+
+struct ServiceStatus {
+    bool running = false;
+    int pid = -1;
+    std::string socketPath;
+};
+
+ServiceStatus FindService(int user);
+
+// Connects, which starts the service when it does not run. Throws CommandError with the reason when that fails.
+ServiceStatus StartService(Nubis::NubisNative &kit);
+
+// Asks the service to end and waits until it has. False when it did not run. Throws when it does not end in time.
+bool StopService(int user, std::chrono::milliseconds time);
+
+// A service of its own in fresh folders: the folders are put into this process's environment, where its children find
+// them, and the service is started. When the object goes, the service is stopped and the folders are removed. To be made
+// before the process uses the library for anything else.
+class FreshService {
+public:
+    explicit FreshService(int user);
+    ~FreshService();
+    FreshService(const FreshService &) = delete;
+    FreshService &operator=(const FreshService &) = delete;
+
+    const TempDir &Folder() const
+    {
+        return folder_;
+    }
+
+    ServiceStatus Status() const
+    {
+        return status_;
+    }
+
+private:
+    int user_;
+    TempDir folder_;
+    ServiceStatus status_;
+};
+
+} // namespace NubisTool
+
+#endif

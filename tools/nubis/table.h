@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_TOOL_TABLE_H
+#define NUBIS_TOOL_TABLE_H
+
+#include <cstddef>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace NubisTool {
+
+enum class Align {
+    LEFT,
+    RIGHT
+};
+
+struct Column {
+    std::string title;
+    Align align = Align::LEFT;
+};
+
+// Rows under headings, every column as wide as its widest cell on a terminal. Control characters in cells are written as
+// escapes, so that no stored text can move the cursor or break a line.
+class Table {
+public:
+    explicit Table(std::vector<Column> columns);
+
+    // Missing cells are empty; cells beyond the columns are not shown.
+    void Add(std::vector<std::string> cells);
+    bool Empty() const;
+    // Cells longer than maxCellWidth columns are cut and end in "...".
+    void Print(std::ostream &out, size_t maxCellWidth = 60) const;
+
+private:
+    std::vector<Column> columns_;
+    std::vector<std::vector<std::string>> rows_;
+};
+
+// How many columns of a terminal UTF-8 text takes: none for combining marks, two for East Asian wide characters and
+// emoji, one for each byte that is not valid UTF-8.
+size_t DisplayWidth(const std::string &text);
+
+} // namespace NubisTool
+
+#endif
