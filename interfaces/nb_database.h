@@ -101,6 +101,11 @@ public:
         NBRecordsCallback callback, NBProgressCallback progressCallback = nullptr);
     int SaveRecord(std::shared_ptr<NBContext> context, NBRecord &&record, NBSavePolicy policy,
         NBSingleRecordCallback callback, NBProgressCallback progressCallback = nullptr);
+    // Sends one request for each record type, types in ascending order; only type, id and what the policy looks at
+    // (the version) need be set. The callback's error is that of the last request; records of a request that failed have
+    // its error in their results. Records that the service does not answer for have none.
+    int DeleteRecords(std::shared_ptr<NBContext> context, std::vector<NBRecord> &&records, NBSavePolicy policy,
+        NBRecordsCallback callback);
 
     // Reading. desiredKeys names the fields to read; empty reads all. resultLimit is the size of a page in records, as
     // the service understands it. An empty cursor starts at the beginning.
@@ -226,6 +231,8 @@ private:
 
     void InnerSaveRecords(std::shared_ptr<NBContext> context, Json::Value request, std::shared_ptr<NBResultMap> results,
         NBRecordsCallback callback);
+    void InnerDeleteRecords(std::shared_ptr<NBContext> context, std::shared_ptr<NBResultMap> results,
+        RecordsByType groups, NBSavePolicy policy, NBRecordsCallback callback);
     void InnerFetchRecordWithQuery(
         std::shared_ptr<NBContext> context, Json::Value request, RecordList records, NBQueryCallback callback);
     void InnerFetchDatabaseChanges(

@@ -21,6 +21,19 @@ std::string GetTaskIdBySendData(const Json::Value &request)
         JsonHelper::GetStringFromJson(request, "prepareTraceId") + JsonHelper::GetStringFromJson(request, "traceId");
     return taskId.empty() ? UuidHelper::GenerateUuidWithoutDelim() : taskId;
 }
+
+// A deletion does not need the fields, so one that cannot be written does not keep the record from being deleted.
+Json::Value MakeDeleteJson(const NBRecord &record)
+{
+    try {
+        return record.ToJsonValue();
+    } catch (const std::exception &e) {
+        NB_LOGE("record to json failed, record id:%{public}s, %{public}s", record.GetRecordId().c_str(), e.what());
+        NBRecord bare = record;
+        bare.SetRecordData(NBFieldMap());
+        return bare.ToJsonValue();
+    }
+}
 } // namespace
 
 NBRecordsCallback RecordsToRecordCallback(NBSingleRecordCallback callback)
@@ -122,6 +135,36 @@ void NBDatabase::InnerSaveRecords(std::shared_ptr<NBContext> context, Json::Valu
     if (!taskId.empty()) {
         RemoveProgressCallBack(taskId);
     }
+    if (callback != nullptr) {
+        callback(std::move(context), shared_from_this(), std::move(results), error);
+    }
+}
+
+int NBDatabase::DeleteRecords(std::shared_ptr<NBContext> context, std::vector<NBRecord> &&records,
+    NBSavePolicy policy, NBRecordsCallback callback)
+{
+    StartWorker(&NBDatabase::InnerDeleteRecords, std::move(context), std::make_shared<NBResultMap>(),
+        GroupByType(std::move(records)), policy, std::move(callback));
+    return NB_LOCAL_SUCCESS;
+}
+
+void NBDatabase::InnerDeleteRecords(std::shared_ptr<NBContext> context, std::shared_ptr<NBResultMap> results,
+    RecordsByType groups, NBSavePolicy policy, NBRecordsCallback callback)
+{
+    Json::Value request = MakeRecordRequest("deleteRecords");
+    request["savePolicy"] = static_cast<int>(policy);
+    AddTraceId(context, request);
+    const auto fillRequest = [](Json::Value &groupRequest, const std::vector<NBRecord> &records) {
+        Json::Value recordIds(Json::arrayValue);
+        Json::Value recordArray(Json::arrayValue);
+        for (const auto &record : records) {
+            recordIds.append(record.GetRecordId());
+            recordArray.append(MakeDeleteJson(record));
+        }
+        groupRequest["recordIds"] = std::move(recordIds);
+        groupRequest["records"] = std::move(recordArray);
+    };
+    const NBError error = SendGroups(request, groups, results, fillRequest);
     if (callback != nullptr) {
         callback(std::move(context), shared_from_this(), std::move(results), error);
     }
