@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <iostream>
+
+#include <sys/stat.h>
+
+#include "command_line.h"
+#include "drive_service_stub.h"
+#include "host/ability_server.h"
+#include "service_instance.h"
+
+namespace {
+
+using DriveService::DriveServiceStub;
+using DriveService::ServiceInstance;
+
+constexpr const char *BUNDLE_NAME = "com.orvane.tyra.aerostash";
+constexpr const char *ABILITY_NAME = "DriveServiceAbility";
+
+std::atomic<Host::AbilityServer *> g_server{nullptr};
+
+void StopServer(int)
+{
+    if (Host::AbilityServer *server = g_server.load()) {
+        server->Stop();
+    }
+}
+
+int Serve(const DriveService::ServeOptions &options)
+{
+    // Never destroyed: requests may still be under way on IPC threads when the server has stopped.
+    static auto *instance = new ServiceInstance(options.dataFolder, options.userId, DriveService::SystemNowMs);
+    Host::AbilityServerOptions serverOptions;
+    serverOptions.bundleName = BUNDLE_NAME;
+    serverOptions.abilityName = ABILITY_NAME;
+    serverOptions.userId = options.userId;
+    serverOptions.idleTimeout = std::chrono::seconds(options.idleSeconds);
+    Host::AbilityServer server(serverOptions, new DriveServiceStub(instance->Router()));
+    g_server = &server;
+    std::signal(SIGINT, StopServer);
+    std::signal(SIGTERM, StopServer);
+    std::string error;
+    bool started = server.Start(error);
+    if (started) {
+        server.Run();
+    } else {
+        std::cerr << "nubis-drive-service: " << error << "\n";
+    }
+    g_server = nullptr;
+    return started ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // Everything that the service keeps is its user's alone.
+    umask(S_IRWXG | S_IRWXO);
+    return DriveService::RunCommandLine(argc, argv, std::cout, std::cerr, Serve);
+}

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "records/record_json.h"
+
+#include "store/store.h"
+#include "util/json_util.h"
+
+namespace DriveService {
+
+namespace {
+
+constexpr size_t BOOKKEEPING_BYTES = 512;
+
+Json::Value Read(const std::string &text, const StoredRecord &record)
+{
+    Json::Value value;
+    std::string error;
+    if (!ParseJson(text, value, error)) {
+        throw StoreError("record " + record.recordId + " is damaged: " + error);
+    }
+    return value;
+}
+
+Json::Value StampToJson(const ChangeStamp &stamp)
+{
+    Json::Value json(Json::objectValue);
+    json["time"] = Json::Int64(stamp.time);
+    json["deviceName"] = stamp.deviceName;
+    json["appId"] = stamp.appId;
+    return json;
+}
+
+} // namespace
+
+Json::Value DataOf(const StoredRecord &record)
+{
+    return Read(record.data, record);
+}
+
+Json::Value RecordToJson(const StoredRecord &record, const std::set<std::string> &fields)
+{
+    Json::Value json(Json::objectValue);
+    json["code"] = 0;
+    json["recordId"] = record.recordId;
+    json["recordType"] = record.recordType;
+    json["version"] = Json::Int64(record.version);
+    json["deleted"] = record.deleted;
+    json["createdTime"] = Json::Int64(record.createdTime);
+    json["editedTime"] = Json::Int64(record.editedTime);
+    json["createInfo"] = StampToJson(record.created);
+    json["modifiedInfo"] = StampToJson(record.modified);
+    json["ownerId"] = record.ownerId;
+    json["isShared"] = record.shared;
+    if (record.deleted) {
+        return json;
+    }
+    json["relations"] = Read(record.relations, record);
+    Json::Value data = DataOf(record);
+    if (!fields.empty()) {
+        for (const std::string &name : data.getMemberNames()) {
+            if (fields.count(name) == 0) {
+                data.removeMember(name);
+            }
+        }
+    }
+    json["record"] = std::move(data);
+    return json;
+}
+
+Json::Value RecordFailureToJson(const Failure &failure, const std::string &recordId, const std::string &localRecordId,
+    const std::string &recordType)
+{
+    Json::Value json(Json::objectValue);
+    json["code"] = static_cast<int>(failure.code);
+    json["recordId"] = recordId;
+    json["localRecordId"] = localRecordId;
+    json["recordType"] = recordType;
+    json["error"] = failure.ToJson();
+    return json;
+}
+
+size_t ReplyBytesOf(const StoredRecord &record)
+{
+    return record.data.size() + record.relations.size() + record.recordId.size() + BOOKKEEPING_BYTES;
+}
+
+} // namespace DriveService

@@ -1,0 +1,315 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "records/record_saver.h"
+
+#include <algorithm>
+
+#include "query/query_parser.h"
+#include "records/limits.h"
+#include "records/record_json.h"
+#include "util/json_util.h"
+
+namespace DriveService {
+
+namespace {
+
+std::string Quoted(const std::string &text)
+{
+    return "\"" + Excerpt(text) + "\"";
+}
+
+bool IsLive(const std::optional<StoredRecord> &record)
+{
+    return record && !record->deleted;
+}
+
+} // namespace
+
+std::vector<IndexedField> DupCheckFieldsOf(const RecordTypeRule &rule)
+{
+    std::vector<IndexedField> fields;
+    for (const IndexedField &field : IndexedFieldsOf(rule)) {
+        if (std::count(rule.dupCheckFields.begin(), rule.dupCheckFields.end(), field.name) > 0) {
+            fields.push_back(field);
+        }
+    }
+    return fields;
+}
+
+RecordSaver::RecordSaver(WriteSession &session, SaveContext context) : session_(session), context_(std::move(context))
+{}
+
+std::vector<RecordOutcome> RecordSaver::Save(const Json::Value &records)
+{
+    std::vector<RecordOutcome> outcomes(records.size());
+    std::vector<Candidate> candidates(records.size());
+    // An id that stands in the request more than once is saved that often, in rounds of different ids.
+    std::vector<std::vector<Candidate *>> rounds;
+    std::map<std::string, size_t> occurrences;
+    for (Json::ArrayIndex i = 0; i < records.size(); ++i) {
+        Candidate &candidate = candidates[i];
+        RecordOutcome &outcome = outcomes[i];
+        candidate.outcome = &outcome;
+        outcome.failure = ReadIncomingRecord(records[i], context_.container, candidate.incoming);
+        outcome.localRecordId = candidate.incoming.recordId;
+        outcome.recordType = candidate.incoming.recordType;
+        if (!outcome.failure && candidate.incoming.recordId.empty()) {
+            if (candidate.incoming.isNew) {
+                candidate.incoming.recordId = context_.makeRecordId();
+            } else {
+                outcome.failure = Failure(ErrorCode::INVALID_RECORD,
+                    "the record has no recordId; only a new record (isNew) may come without", "recordId");
+            }
+        }
+        outcome.recordId = candidate.incoming.recordId;
+        if (outcome.failure) {
+            continue;
+        }
+        size_t round = occurrences[outcome.recordId]++;
+        if (round == rounds.size()) {
+            rounds.emplace_back();
+        }
+        rounds[round].push_back(&candidate);
+    }
+    for (std::vector<Candidate *> &round : rounds) {
+        for (Candidate *candidate : round) {
+            Prepare(*candidate);
+        }
+        Settle(round);
+        for (Candidate *candidate : round) {
+            Write(*candidate);
+        }
+    }
+    return outcomes;
+}
+
+void RecordSaver::Prepare(Candidate &candidate)
+{
+    const RecordTypeRule &rule = *candidate.incoming.rule;
+    if (indexedFields_.count(rule.recordType) == 0) {
+        std::vector<IndexedField> fields = IndexedFieldsOf(rule);
+        session_.EnsureIndexed(context_.databaseId, rule.recordType, fields);
+        indexedFields_[rule.recordType] = std::move(fields);
+    }
+    std::optional<StoredRecord> existing = session_.View().FindRecord(context_.databaseId, candidate.incoming.recordId);
+    std::optional<Failure> &failure = candidate.outcome->failure;
+    failure = Judge(candidate, existing);
+    if (failure) {
+        candidate.outcome->record = existing;
+        return;
+    }
+    candidate.creates = !IsLive(existing);
+    failure = Merge(candidate, existing);
+    if (!failure) {
+        FillNext(candidate, existing);
+    }
+}
+
+// Whether the policy lets the record be saved over what is there.
+std::optional<Failure> RecordSaver::Judge(Candidate &candidate, const std::optional<StoredRecord> &existing)
+{
+    const IncomingRecord &incoming = candidate.incoming;
+    std::string named = "record " + Quoted(incoming.recordId);
+    if (!IsLive(existing)) {
+        if (incoming.isNew) {
+            return std::nullopt;
+        }
+        if (existing) {
+            return Failure(ErrorCode::RECORD_DELETED,
+                named + " was deleted (version " + std::to_string(existing->version) +
+                    "); set isNew to create it again",
+                "recordId");
+        }
+        return Failure(ErrorCode::RECORD_NOT_FOUND, named + " does not exist; set isNew to create it", "recordId");
+    }
+    if (existing->recordType != incoming.recordType) {
+        return Failure(ErrorCode::RECORD_TYPE_MISMATCH,
+            named + " is of type " + Quoted(existing->recordType) + ", not " + Quoted(incoming.recordType),
+            "recordType");
+    }
+    if (context_.policy != SavePolicy::IF_UNCHANGED) {
+        return std::nullopt;
+    }
+    if (incoming.isNew) {
+        return Failure(ErrorCode::RECORD_EXISTS,
+            named + " exists already, with version " + std::to_string(existing->version), "recordId");
+    }
+    int64_t base = incoming.baseVersion.value_or(0);
+    if (base != existing->version) {
+        return Failure(ErrorCode::VERSION_CONFLICT,
+            named + " has version " + std::to_string(existing->version) + ", the change is based on version " +
+                std::to_string(base),
+            "baseVersion");
+    }
+    return std::nullopt;
+}
+
+std::optional<Failure> RecordSaver::Merge(Candidate &candidate, const std::optional<StoredRecord> &existing)
+{
+    bool keeps = IsLive(existing) && context_.policy != SavePolicy::OVERWRITE;
+    candidate.data = keeps ? DataOf(*existing) : Json::Value(Json::objectValue);
+    const Json::Value &fields = candidate.incoming.fields;
+    for (auto field = fields.begin(); field != fields.end(); ++field) {
+        if (field->isNull()) {
+            candidate.data.removeMember(field.name());
+        } else {
+            candidate.data[field.name()] = *field;
+        }
+    }
+    std::vector<FailureDetail> problems;
+    for (const auto &[name, rule] : candidate.incoming.rule->fields) {
+        if ((rule.primary || !rule.nullable) && !candidate.data.isMember(name)) {
+            problems.push_back({"field \"" + name + "\": expected " + WordOf(rule.type) + " because the field is " +
+                                    (rule.primary ? "primary" : "not nullable") + ", came no value",
+                name});
+        }
+    }
+    if (!problems.empty()) {
+        return Failure(ErrorCode::INVALID_FIELD, std::move(problems));
+    }
+    return std::nullopt;
+}
+
+void RecordSaver::FillNext(Candidate &candidate, const std::optional<StoredRecord> &existing)
+{
+    const IncomingRecord &incoming = candidate.incoming;
+    StoredRecord &next = candidate.next;
+    if (existing) {
+        next = *existing;
+    }
+    next.recordId = incoming.recordId;
+    next.recordType = incoming.recordType;
+    next.version = existing ? existing->version + 1 : 1;
+    next.deleted = false;
+    next.editedTime = context_.stamp.time;
+    next.modified = context_.stamp;
+    if (candidate.creates) {
+        next.createdTime = incoming.createdTime > 0 ? incoming.createdTime : context_.stamp.time;
+        next.created = context_.stamp;
+        next.relations = "[]";
+        next.ownerId = context_.ownerId;
+        next.shared = false;
+    }
+    if (!incoming.ownerId.empty()) {
+        next.ownerId = incoming.ownerId;
+    }
+    next.shared = next.shared || incoming.isShared;
+    if (incoming.relations) {
+        next.relations = WriteJson(*incoming.relations);
+    } else if (context_.policy == SavePolicy::OVERWRITE) {
+        next.relations = "[]";
+    }
+    next.data = WriteJson(candidate.data);
+    if (next.data.size() + next.relations.size() > MAX_RECORD_BYTES) {
+        candidate.outcome->failure = Failure(ErrorCode::INVALID_RECORD,
+            "the record has " + std::to_string(next.data.size() + next.relations.size()) + " bytes, at most " +
+                std::to_string(MAX_RECORD_BYTES) + " are allowed",
+            "records");
+        return;
+    }
+    std::vector<IndexRow> values = MakeIndexRows(candidate.data, DupCheckFieldsOf(*incoming.rule));
+    // A record without one of the values is like no other.
+    if (!values.empty() && values.size() == incoming.rule->dupCheckFields.size()) {
+        candidate.dupCheckValues = std::move(values);
+    }
+}
+
+// Refusing one record can leave another's reference dangling, and the other way round leave a name free; so both
+// checks are repeated until nothing changes; every turn but the last refuses a record, so there is an end.
+void RecordSaver::Settle(std::vector<Candidate *> &candidates)
+{
+    Round round;
+    for (Candidate *candidate : candidates) {
+        round[candidate->incoming.recordId] = candidate;
+    }
+    while (RefuseDangling(candidates, round) || RefuseDuplicates(candidates, round)) {
+    }
+}
+
+bool RecordSaver::RefuseDuplicates(const std::vector<Candidate *> &candidates, const Round &round)
+{
+    bool refused = false;
+    std::map<std::pair<std::string, std::vector<IndexedValue>>, std::string> seen;
+    for (Candidate *candidate : candidates) {
+        if (candidate->outcome->failure || candidate->dupCheckValues.empty()) {
+            continue;
+        }
+        const std::string &id = candidate->incoming.recordId;
+        std::vector<IndexedValue> values;
+        for (const IndexRow &row : candidate->dupCheckValues) {
+            values.push_back(row.value);
+        }
+        auto [same, fresh] = seen.emplace(std::make_pair(candidate->incoming.recordType, std::move(values)), id);
+        if (!candidate->creates) {
+            continue;
+        }
+        std::string other = fresh ? "" : same->second;
+        if (other.empty()) {
+            other = session_.View().FindByValues(
+                context_.databaseId, candidate->incoming.recordType, candidate->dupCheckValues, id);
+            auto changing = round.find(other);
+            // What this request makes of the other record counts, and `seen` knows that.
+            if (changing != round.end() && !changing->second->outcome->failure) {
+                other.clear();
+            }
+        }
+        if (!other.empty()) {
+            std::string names;
+            for (const IndexRow &row : candidate->dupCheckValues) {
+                names += (names.empty() ? "" : ",") + row.field;
+            }
+            candidate->outcome->failure = Failure(ErrorCode::DUPLICATE_RECORD,
+                "record " + Quoted(other) + " has the same values in the duplicate-check fields " + names, names);
+            candidate->outcome->record = session_.View().FindRecord(context_.databaseId, other);
+            if (fresh) {
+                seen.erase(same);
+            }
+            refused = true;
+        }
+    }
+    return refused;
+}
+
+bool RecordSaver::IsThere(const RecordReference &reference, const Round &round)
+{
+    auto sent = round.find(reference.recordId);
+    if (sent != round.end() && !sent->second->outcome->failure) {
+        return sent->second->incoming.recordType == reference.recordType;
+    }
+    std::optional<StoredRecord> record = session_.View().FindRecord(context_.databaseId, reference.recordId);
+    return IsLive(record) && record->recordType == reference.recordType;
+}
+
+bool RecordSaver::RefuseDangling(const std::vector<Candidate *> &candidates, const Round &round)
+{
+    bool refused = false;
+    for (Candidate *candidate : candidates) {
+        auto check = [&](const std::vector<RecordReference> &references, ErrorCode code) {
+            for (const RecordReference &reference : references) {
+                if (!candidate->outcome->failure && !IsThere(reference, round)) {
+                    candidate->outcome->failure = Failure(code,
+                        "\"" + reference.position + "\" points to record " + Quoted(reference.recordId) + " of type " +
+                            Quoted(reference.recordType) + ", which does not exist",
+                        reference.position);
+                    refused = true;
+                }
+            }
+        };
+        check(candidate->incoming.fieldReferences, ErrorCode::UNKNOWN_REFERENCE);
+        check(candidate->incoming.relationReferences, ErrorCode::UNKNOWN_RELATION);
+    }
+    return refused;
+}
+
+void RecordSaver::Write(Candidate &candidate)
+{
+    if (candidate.outcome->failure) {
+        return;
+    }
+    session_.Put(context_.databaseId, candidate.next,
+        MakeIndexRows(candidate.data, indexedFields_[candidate.incoming.recordType]));
+    candidate.outcome->record = std::move(candidate.next);
+}
+
+} // namespace DriveService

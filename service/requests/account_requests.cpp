@@ -1,0 +1,100 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "requests/handlers.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+#include <sys/statvfs.h>
+
+#include "account/settings.h"
+#include "util/json_util.h"
+
+namespace DriveService {
+
+namespace {
+
+// A setting that holds JSON. Whoever changes one by hand may break it; then it counts as not there.
+Json::Value JsonSetting(ServiceContext &context, const std::string &name, const Json::Value &initial)
+{
+    std::string text = KeptSetting(context.store, name, [&initial] { return WriteJson(initial); });
+    Json::Value value;
+    std::string error;
+    return ParseJson(text, value, error) ? value : initial;
+}
+
+// A parameter's value is wrapped, because a JSON text is always an object or an array.
+Json::Value Parameter(ServiceContext &context, const char *key, const Json::Value &initial)
+{
+    Json::Value wrapped(Json::objectValue);
+    wrapped["key"] = key;
+    wrapped["value"] = initial;
+    return JsonSetting(context, std::string("parameter/") + key, wrapped);
+}
+
+void AddSpace(const std::string &folder, Json::Value &userInfo)
+{
+    struct statvfs space {};
+    if (statvfs(folder.c_str(), &space) != 0) {
+        throw std::runtime_error("the space of " + folder + " cannot be read");
+    }
+    userInfo["totalSpace"] = Json::UInt64(uint64_t{space.f_blocks} * space.f_frsize);
+    userInfo["remainSpace"] = Json::UInt64(uint64_t{space.f_bavail} * space.f_frsize);
+}
+
+} // namespace
+
+Json::Value GetCloudUserInfo(ServiceContext &context, const Request &request)
+{
+    constexpr int SIGNED_IN = 1;
+    Json::Value userInfo(Json::objectValue);
+    userInfo["userId"] = AccountId(context.store);
+    userInfo["cloudStatus"] =
+        std::atoi(KeptSetting(context.store, SETTING_CLOUD_STATUS, [] { return std::to_string(SIGNED_IN); }).c_str());
+    userInfo["pushKeyId"] = context.pushKey.Id();
+    userInfo["pushKeyValue"] = context.pushKey.PublicKeyHex();
+    if (request.BooleanOr("needSpaceInfo", false)) {
+        AddSpace(context.dataFolder, userInfo);
+    }
+    Json::Value reply = Success();
+    reply["userInfo"] = std::move(userInfo);
+    return reply;
+}
+
+Json::Value GetAppState(ServiceContext &, const Request &)
+{
+    Json::Value reply = Success();
+    reply["checkAlive"] = 1;
+    return reply;
+}
+
+Json::Value GetSysParameters(ServiceContext &context, const Request &)
+{
+    Json::Value flowControl(Json::objectValue);
+    flowControl["flowSpeedLimit"] = 0;
+    flowControl["flowThreshold"] = 0;
+    Json::Value reply = Success();
+    Json::Value &parameters = reply["parameters"] = Json::Value(Json::arrayValue);
+    parameters.append(Parameter(context, "enableQuicDomainList", Json::Value(Json::arrayValue)));
+    parameters.append(Parameter(context, "flowControl", flowControl));
+    parameters.append(Parameter(context, "flowControlWhiteList", Json::Value(Json::arrayValue)));
+    // Off: this service answers requests in their own transaction only.
+    parameters.append(Parameter(context, "ohNubisUseAsyncIPC", Json::Value(0)));
+    return reply;
+}
+
+Json::Value GetReportInfo(ServiceContext &context, const Request &)
+{
+    Json::Value info(Json::objectValue);
+    info["reportUrl"] = "https://localhost/nubis/events";
+    info["reportParam"]["channel"] = "local";
+    info["reportParam"]["region"] = "local";
+    info = JsonSetting(context, "reportInfo", info);
+    Json::Value reply = Success();
+    reply["reportUrl"] = info["reportUrl"];
+    reply["reportParam"] = info["reportParam"];
+    return reply;
+}
+
+} // namespace DriveService

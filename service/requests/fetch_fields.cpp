@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "requests/fetch_fields.h"
+
+#include <algorithm>
+#include <sstream>
+
+#include "query/query_parser.h"
+#include "records/limits.h"
+#include "util/failure.h"
+#include "util/json_util.h"
+
+namespace DriveService {
+
+std::set<std::string> WantedFields(const Request &request, const Target &target, const RecordTypeRule *rule)
+{
+    std::set<std::string> wanted;
+    std::istringstream names(request.TextOr("fields", ""));
+    for (std::string name; std::getline(names, name, ',');) {
+        const auto &types = target.container->recordTypes;
+        bool known = rule != nullptr ? rule->FindField(name) != nullptr
+                                     : std::any_of(types.begin(), types.end(), [&name](const auto &type) {
+                                           return type.second.FindField(name) != nullptr;
+                                       });
+        if (!known) {
+            throw RequestError(ErrorCode::UNKNOWN_FIELD,
+                (rule != nullptr ? "record type \"" + rule->recordType + "\""
+                                 : "container \"" + target.container->name + "\"") +
+                    " has no field \"" + Excerpt(name) + "\" to fetch",
+                Excerpt(name));
+        }
+        wanted.insert(name);
+    }
+    return wanted;
+}
+
+PageBounds BoundsOf(const Request &request)
+{
+    int64_t records = request.IntegerOr("pageSize", MAX_PAGE_RECORDS);
+    if (records <= 0 || records > MAX_PAGE_RECORDS) {
+        records = MAX_PAGE_RECORDS;
+    }
+    return {records, MAX_PAGE_BYTES};
+}
+
+void EnsureIndexed(ServiceContext &context, int64_t databaseId, const RecordTypeRule &rule)
+{
+    std::vector<IndexedField> fields = IndexedFieldsOf(rule);
+    if (context.store.BeginRead()->IsIndexed(databaseId, rule.recordType, fields)) {
+        return;
+    }
+    std::unique_ptr<WriteSession> session = context.store.BeginWrite();
+    session->EnsureIndexed(databaseId, rule.recordType, fields);
+    session->Commit();
+}
+
+} // namespace DriveService

@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_SERVICE_REQUESTS_FETCH_FIELDS_H
+#define NUBIS_SERVICE_REQUESTS_FETCH_FIELDS_H
+
+#include <set>
+#include <string>
+
+#include "requests/request.h"
+#include "store/store_types.h"
+
+namespace DriveService {
+
+// The request's "fields", a comma list; empty: all. Every name must be a field of the type, or of any of the
+// container's types when there is none. Throws RequestError (UNKNOWN_FIELD).
+std::set<std::string> WantedFields(const Request &request, const Target &target, const RecordTypeRule *rule);
+
+// The request's "pageSize" brought to the service's bounds.
+PageBounds BoundsOf(const Request &request);
+
+// Makes sure that conditions and orderings on the type's fields can be answered.
+void EnsureIndexed(ServiceContext &context, int64_t databaseId, const RecordTypeRule &rule);
+
+} // namespace DriveService
+
+#endif // NUBIS_SERVICE_REQUESTS_FETCH_FIELDS_H

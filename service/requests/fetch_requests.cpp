@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "requests/handlers.h"
+
+#include "query/cursor.h"
+#include "query/query_parser.h"
+#include "records/limits.h"
+#include "records/record_json.h"
+#include "requests/fetch_fields.h"
+#include "util/json_util.h"
+
+namespace DriveService {
+
+namespace {
+
+// The live record of the type, or why there is none.
+std::optional<Failure> FindLive(ReadSession &session, int64_t databaseId, const std::string &recordType,
+    const std::string &recordId, StoredRecord &found)
+{
+    std::string named = "record \"" + Excerpt(recordId) + "\"";
+    std::optional<StoredRecord> record = session.FindRecord(databaseId, recordId);
+    if (!record) {
+        return Failure(ErrorCode::RECORD_NOT_FOUND, named + " does not exist", "recordId");
+    }
+    if (record->deleted) {
+        return Failure(ErrorCode::RECORD_DELETED,
+            named + " was deleted (version " + std::to_string(record->version) + ")", "recordId");
+    }
+    if (record->recordType != recordType) {
+        return Failure(ErrorCode::RECORD_TYPE_MISMATCH,
+            named + " is of type \"" + record->recordType + "\", not \"" + recordType + "\"", "recordType");
+    }
+    found = std::move(*record);
+    return std::nullopt;
+}
+
+} // namespace
+
+Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &request)
+{
+    Target target = FindTarget(context, request);
+    const RecordTypeRule &rule = FindRecordType(target, request);
+    std::set<std::string> fields = WantedFields(request, target, &rule);
+    std::string queryText = request.TextOr("queryParam", "");
+    ParsedQuery parsed = ParseQuery(queryText, rule);
+    DatabaseInfo database = FindDatabase(context, target);
+
+    RecordQuery query{database.id, rule.recordType, std::move(parsed.conditions), std::move(parsed.order), {}, {}};
+    query.bounds = BoundsOf(request);
+    // A cursor holds values of the query's sort keys, so it means nothing for another query.
+    std::string identity = rule.recordType + "?" + queryText;
+    std::string cursor = request.TextOr("cursor", "");
+    if (!cursor.empty()) {
+        query.after = ReadQueryCursor(cursor, database, identity, query.order);
+    }
+    EnsureIndexed(context, database.id, rule);
+    QueryPage page = context.store.BeginRead()->Query(query);
+
+    Json::Value reply = Success();
+    Json::Value &list = reply["records"] = Json::Value(Json::arrayValue);
+    for (const StoredRecord &record : page.records) {
+        list.append(RecordToJson(record, fields));
+    }
+    reply["nextCursor"] = page.next ? WriteQueryCursor(database, identity, *page.next) : "";
+    return reply;
+}
+
+Json::Value FetchRecordWithId(ServiceContext &context, const Request &request)
+{
+    Target target = FindTarget(context, request);
+    const RecordTypeRule &rule = FindRecordType(target, request);
+    std::set<std::string> fields = WantedFields(request, target, &rule);
+    std::string recordId = request.NonEmptyText("recordId");
+    DatabaseInfo database = FindDatabase(context, target);
+    StoredRecord record;
+    std::optional<Failure> failure =
+        FindLive(*context.store.BeginRead(), database.id, rule.recordType, recordId, record);
+    if (failure) {
+        throw RequestError(std::move(*failure));
+    }
+    return RecordToJson(record, fields);
+}
+
+Json::Value FetchRecordWithIds(ServiceContext &context, const Request &request)
+{
+    Target target = FindTarget(context, request);
+    const RecordTypeRule &rule = FindRecordType(target, request);
+    std::set<std::string> fields = WantedFields(request, target, &rule);
+    const Json::Value &wanted = request.Array("records");
+    if (wanted.size() > MAX_FETCHED_IDS) {
+        throw RequestError(ErrorCode::BATCH_TOO_LARGE,
+            "the request names " + std::to_string(wanted.size()) + " records, at most " +
+                std::to_string(MAX_FETCHED_IDS) + " are answered at once",
+            "records");
+    }
+    DatabaseInfo database = FindDatabase(context, target);
+    std::unique_ptr<ReadSession> session = context.store.BeginRead();
+    Json::Value reply = Success();
+    Json::Value &list = reply["records"] = Json::Value(Json::arrayValue);
+    size_t bytes = 0;
+    for (const Json::Value &item : wanted) {
+        std::string recordId = TextMember(item, "recordId");
+        StoredRecord record;
+        std::optional<Failure> failure;
+        if (recordId.empty()) {
+            failure = Failure(ErrorCode::INVALID_RECORD,
+                "a record to fetch is an object with the text \"recordId\", came " + DescribeJson(item), "recordId");
+        } else {
+            failure = FindLive(*session, database.id, rule.recordType, recordId, record);
+        }
+        if (!failure && bytes + ReplyBytesOf(record) > MAX_ECHOED_BYTES) {
+            failure = Failure(ErrorCode::REPLY_TOO_LARGE,
+                "record \"" + Excerpt(recordId) + "\" does not fit into this reply; fetch it with another request",
+                "records");
+        }
+        if (failure) {
+            list.append(RecordFailureToJson(*failure, recordId, recordId, rule.recordType));
+        } else {
+            bytes += ReplyBytesOf(record);
+            list.append(RecordToJson(record, fields));
+        }
+    }
+    return reply;
+}
+
+} // namespace DriveService

@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_SERVICE_REQUESTS_HANDLERS_H
+#define NUBIS_SERVICE_REQUESTS_HANDLERS_H
+
+#include <json/json.h>
+
+#include "requests/request.h"
+
+namespace DriveService {
+
+// One function for each request, by the request's name. Any thread may call them, several at once. They return the
+// reply's members ("code" is 0) and throw RequestError to refuse the request as a whole.
+
+// account_requests.cpp
+Json::Value GetCloudUserInfo(ServiceContext &context, const Request &request);
+Json::Value GetAppState(ServiceContext &context, const Request &request);
+Json::Value GetSysParameters(ServiceContext &context, const Request &request);
+Json::Value GetReportInfo(ServiceContext &context, const Request &request);
+
+// catalogue_requests.cpp
+Json::Value GetCloudAppInfo(ServiceContext &context, const Request &request);
+Json::Value GetCloudAppSwitches(ServiceContext &context, const Request &request);
+Json::Value GetCloudAppBriefInfo(ServiceContext &context, const Request &request);
+Json::Value GetAppConfigParams(ServiceContext &context, const Request &request);
+
+// container_requests.cpp
+Json::Value GetRecordIdRules(ServiceContext &context, const Request &request);
+Json::Value GetServiceKey(ServiceContext &context, const Request &request);
+
+// write_requests.cpp
+Json::Value SaveRecords(ServiceContext &context, const Request &request);
+Json::Value DeleteRecords(ServiceContext &context, const Request &request);
+
+// fetch_requests.cpp
+Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &request);
+Json::Value FetchRecordWithId(ServiceContext &context, const Request &request);
+Json::Value FetchRecordWithIds(ServiceContext &context, const Request &request);
+
+// change_requests.cpp
+Json::Value FetchDatabaseChanges(ServiceContext &context, const Request &request);
+Json::Value GetStartCursor(ServiceContext &context, const Request &request);
+
+} // namespace DriveService
+
+#endif // NUBIS_SERVICE_REQUESTS_HANDLERS_H

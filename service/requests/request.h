@@ -1,0 +1,81 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_SERVICE_REQUESTS_REQUEST_H
+#define NUBIS_SERVICE_REQUESTS_REQUEST_H
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <json/json.h>
+
+#include "account/push_key.h"
+#include "catalogue/catalogue.h"
+#include "store/store.h"
+
+namespace DriveService {
+
+// What all requests work on. Lives as long as the service; the parts look after their own threads.
+struct ServiceContext {
+    Store &store;
+    Catalogue &catalogue;
+    PushKey &pushKey;
+    std::string dataFolder;
+    std::function<int64_t()> nowMs; // since the epoch
+};
+
+// One request while it is answered. Its readers throw RequestError (INVALID_ARGUMENT) that names the member when one
+// is missing or of the wrong type. The JSON must outlive it.
+class Request {
+public:
+    Request(const Json::Value &json, std::string deviceName) : json_(json), deviceName_(std::move(deviceName))
+    {}
+
+    std::string Text(const char *name) const;                             // required, may be empty
+    std::string NonEmptyText(const char *name) const;                     // required
+    std::string TextOr(const char *name, const std::string &other) const; // null and absent: the other
+    int64_t Integer(const char *name, int64_t least, int64_t most) const;
+    int64_t IntegerOr(const char *name, int64_t other) const;
+    bool BooleanOr(const char *name, bool other) const;
+    const Json::Value &Array(const char *name) const; // required
+    std::vector<std::string> Texts(const char *name, size_t most) const;
+
+    // The device of the caller.
+    const std::string &DeviceName() const
+    {
+        return deviceName_;
+    }
+
+private:
+    const Json::Value &json_;
+    std::string deviceName_;
+};
+
+// The database that a request names, as the catalogue describes it.
+struct Target {
+    std::shared_ptr<const AppEntry> app;
+    const ContainerEntry *container = nullptr; // owned by app
+    DatabaseKey key;
+};
+
+// The request's bundle; throws RequestError (UNKNOWN_BUNDLE).
+std::shared_ptr<const AppEntry> FindApp(const ServiceContext &context, const Request &request);
+
+// The request's "bundleName", "containerName" and "databaseType" (absent: the private one); throws RequestError.
+Target FindTarget(const ServiceContext &context, const Request &request);
+
+// The request's "recordType"; throws RequestError (UNKNOWN_RECORD_TYPE).
+const RecordTypeRule &FindRecordType(const Target &target, const Request &request);
+
+// The target's database, made when it is not there yet.
+DatabaseInfo FindDatabase(const ServiceContext &context, const Target &target);
+
+// {"code": 0}
+Json::Value Success();
+
+} // namespace DriveService
+
+#endif // NUBIS_SERVICE_REQUESTS_REQUEST_H

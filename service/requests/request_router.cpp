@@ -1,0 +1,98 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "requests/request_router.h"
+
+#include <map>
+
+#include "records/limits.h"
+#include "requests/handlers.h"
+#include "util/failure.h"
+#include "util/json_util.h"
+#include "util/log.h"
+
+namespace DriveService {
+
+namespace {
+
+using Handler = Json::Value (*)(ServiceContext &, const Request &);
+
+// The mixed case is the protocol's.
+const std::map<std::string, Handler> &Handlers()
+{
+    static const auto *handlers = new std::map<std::string, Handler>{
+        {"GetCloudUserInfo", GetCloudUserInfo},
+        {"getAppState", GetAppState},
+        {"getSysParameters", GetSysParameters},
+        {"getReportInfo", GetReportInfo},
+        {"GetCloudAppInfo", GetCloudAppInfo},
+        {"GetCloudAppSwitches", GetCloudAppSwitches},
+        {"getCloudAppBriefInfo", GetCloudAppBriefInfo},
+        {"getAppConfigParams", GetAppConfigParams},
+        {"getRecordIdRules", GetRecordIdRules},
+        {"getServiceKey", GetServiceKey},
+        {"saveRecords", SaveRecords},
+        {"deleteRecords", DeleteRecords},
+        {"fetchRecordsWithQuery", FetchRecordsWithQuery},
+        {"fetchRecordWithId", FetchRecordWithId},
+        {"fetchRecordWithIds", FetchRecordWithIds},
+        {"fetchDatabaseChanges", FetchDatabaseChanges},
+        {"getStartCursor", GetStartCursor},
+    };
+    return *handlers;
+}
+
+std::string FailureReply(const Failure &failure)
+{
+    Json::Value reply(Json::objectValue);
+    reply["code"] = static_cast<int>(failure.code);
+    reply["error"] = failure.ToJson();
+    return WriteJson(reply);
+}
+
+} // namespace
+
+RequestRouter::RequestRouter(ServiceContext context) : context_(std::move(context))
+{}
+
+Json::Value RequestRouter::Dispatch(const std::string &text, const std::string &deviceName)
+{
+    Json::Value json;
+    std::string error;
+    if (!ParseJson(text, json, error)) {
+        throw RequestError(ErrorCode::MALFORMED_REQUEST, "the request is no JSON: " + error);
+    }
+    if (!json.isObject()) {
+        throw RequestError(ErrorCode::MALFORMED_REQUEST, "a request is an object, came " + DescribeJson(json));
+    }
+    Request request(json, deviceName);
+    std::string function = request.NonEmptyText("function");
+    auto handler = Handlers().find(function);
+    if (handler == Handlers().end()) {
+        throw RequestError(ErrorCode::UNKNOWN_FUNCTION,
+            "this service does not answer the function \"" + Excerpt(function) + "\"", "function");
+    }
+    return handler->second(context_, request);
+}
+
+std::string RequestRouter::Answer(const std::string &text, const std::string &deviceName) noexcept
+{
+    try {
+        std::string reply = WriteJson(Dispatch(text, deviceName));
+        if (reply.size() <= MAX_PARCEL_TEXT) {
+            return reply;
+        }
+        return FailureReply(Failure(ErrorCode::REPLY_TOO_LARGE,
+            "the reply has " + std::to_string(reply.size()) + " bytes; ask for less at a time"));
+    } catch (const RequestError &refusal) {
+        return FailureReply(refusal.GetFailure());
+    } catch (const StoreError &failure) {
+        LogError(std::string("request failed: ") + failure.what());
+        return FailureReply(Failure(ErrorCode::STORE_FAILED, failure.what()));
+    } catch (const std::exception &failure) {
+        LogError(std::string("request failed: ") + failure.what());
+        return FailureReply(Failure(ErrorCode::INTERNAL_ERROR, failure.what()));
+    }
+}
+
+} // namespace DriveService

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_SERVICE_REQUESTS_REQUEST_ROUTER_H
+#define NUBIS_SERVICE_REQUESTS_REQUEST_ROUTER_H
+
+#include <string>
+
+#include "requests/request.h"
+
+namespace DriveService {
+
+// Answers request texts. Any thread may call, several at once. Whatever the text is, the answer is a JSON object whose
+// "code" is 0, or an ErrorCode with an "error" object beside it; nothing is thrown.
+class RequestRouter {
+public:
+    explicit RequestRouter(ServiceContext context);
+
+    std::string Answer(const std::string &text, const std::string &deviceName) noexcept;
+
+private:
+    Json::Value Dispatch(const std::string &text, const std::string &deviceName);
+
+    ServiceContext context_;
+};
+
+} // namespace DriveService
+
+#endif // NUBIS_SERVICE_REQUESTS_REQUEST_ROUTER_H

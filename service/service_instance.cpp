@@ -1,0 +1,98 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "service_instance.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "util/file_util.h"
+
+namespace DriveService {
+
+namespace {
+
+// The lock is the process's: it ends with it, however it ends. The number inside is for people.
+int TakeLock(const std::string &path)
+{
+    int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (fd < 0) {
+        throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
+    }
+    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        char holder[32] = {};
+        ssize_t length = read(fd, holder, sizeof(holder) - 1);
+        close(fd);
+        throw std::runtime_error("a drive service is already running on this data (process " +
+                                 std::string(length > 0 ? holder : "unknown") + " holds " + path + ")");
+    }
+    std::string pid = std::to_string(getpid());
+    if (ftruncate(fd, 0) != 0 || write(fd, pid.data(), pid.size()) != static_cast<ssize_t>(pid.size())) {
+        int cause = errno;
+        close(fd);
+        throw std::runtime_error("cannot write " + path + ": " + std::strerror(cause));
+    }
+    return fd;
+}
+
+void Tighten(const std::string &folder)
+{
+    if (chmod(folder.c_str(), S_IRWXU) != 0) {
+        throw std::runtime_error("cannot make " + folder + " private: " + std::strerror(errno));
+    }
+}
+
+} // namespace
+
+DataPaths::DataPaths(const std::string &dataFolder, int userId)
+    : catalogue(CatalogueOf(dataFolder)), userFolder(dataFolder + "/user-" + std::to_string(userId)),
+      database(userFolder + "/drive.db"), pushKey(userFolder + "/push_key.pem"), lock(userFolder + "/lock")
+{}
+
+std::string DataPaths::CatalogueOf(const std::string &dataFolder)
+{
+    return dataFolder + "/catalogue";
+}
+
+ServiceInstance::ServiceInstance(const std::string &dataFolder, int userId, std::function<int64_t()> nowMs)
+    : paths_(dataFolder, userId)
+{
+    MakePrivateFolder(dataFolder);
+    MakePrivateFolder(paths_.userFolder);
+    // The data folder itself may be any folder of the user's; what is inside it is the service's.
+    Tighten(paths_.userFolder);
+    lockFd_ = TakeLock(paths_.lock);
+    try {
+        store_ = std::make_unique<SqliteStore>(paths_.database);
+    } catch (const std::exception &) {
+        close(lockFd_);
+        throw;
+    }
+    catalogue_ = std::make_unique<Catalogue>(paths_.catalogue, *store_);
+    pushKey_ = std::make_unique<PushKey>(paths_.pushKey);
+    router_ = std::make_unique<RequestRouter>(
+        ServiceContext{*store_, *catalogue_, *pushKey_, paths_.userFolder, std::move(nowMs)});
+}
+
+ServiceInstance::~ServiceInstance()
+{
+    router_.reset();
+    catalogue_.reset();
+    store_.reset();
+    close(lockFd_);
+}
+
+int64_t SystemNowMs()
+{
+    auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+} // namespace DriveService

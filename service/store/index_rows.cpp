@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "store/store.h"
+
+namespace DriveService {
+
+namespace {
+
+std::optional<IndexedValue> ToIndexedValue(const Json::Value &value, ValueKind kind)
+{
+    switch (kind) {
+        case ValueKind::INTEGER:
+            if (value.isBool()) {
+                return static_cast<int64_t>(value.asBool() ? 1 : 0);
+            }
+            return value.isInt64() ? std::optional<IndexedValue>(int64_t{value.asInt64()}) : std::nullopt;
+        case ValueKind::REAL:
+            return value.isNumeric() ? std::optional<IndexedValue>(value.asDouble()) : std::nullopt;
+        case ValueKind::TEXT:
+            if (value.isString()) {
+                return value.asString();
+            }
+            // A reference is compared by the id that it names.
+            if (value.isObject() && value["recordId"].isString()) {
+                return value["recordId"].asString();
+            }
+            return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+void Append(std::vector<IndexRow> &rows, const IndexedField &field, int64_t position, const Json::Value &value)
+{
+    std::optional<IndexedValue> indexed = ToIndexedValue(value, field.kind);
+    if (indexed) {
+        rows.push_back({field.name, position, std::move(*indexed)});
+    }
+}
+
+} // namespace
+
+std::vector<IndexRow> MakeIndexRows(const Json::Value &data, const std::vector<IndexedField> &fields)
+{
+    std::vector<IndexRow> rows;
+    if (!data.isObject()) {
+        return rows;
+    }
+    for (const IndexedField &field : fields) {
+        const Json::Value *value = data.find(field.name.data(), field.name.data() + field.name.size());
+        if (value == nullptr) {
+            continue;
+        }
+        if (!field.list) {
+            Append(rows, field, 0, *value);
+        } else if (value->isArray()) {
+            for (Json::ArrayIndex i = 0; i < value->size(); ++i) {
+                Append(rows, field, i, (*value)[i]);
+            }
+        }
+    }
+    return rows;
+}
+
+} // namespace DriveService

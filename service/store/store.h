@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_SERVICE_STORE_STORE_H
+#define NUBIS_SERVICE_STORE_STORE_H
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include <json/json.h>
+
+#include "store/store_types.h"
+
+namespace DriveService {
+
+// The database could not be opened, read or written. The session it came from is of no further use.
+class StoreError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// One consistent view of everything that was committed when it began. Used by one thread at a time; lets others read
+// and write meanwhile. Every operation may throw StoreError.
+class ReadSession {
+public:
+    virtual ~ReadSession() = default;
+
+    virtual std::optional<DatabaseInfo> FindDatabase(const DatabaseKey &key) = 0;
+
+    // Also finds deleted records (as tombstones).
+    virtual std::optional<StoredRecord> FindRecord(int64_t databaseId, const std::string &recordId) = 0;
+
+    // The id of a live record, other than `exceptId`, that has all of these values; empty when there is none. Fields
+    // must be indexed.
+    virtual std::string FindByValues(int64_t databaseId, const std::string &recordType,
+        const std::vector<IndexRow> &values, const std::string &exceptId) = 0;
+
+    // Conditions and order may name indexed fields only.
+    virtual QueryPage Query(const RecordQuery &query) = 0;
+
+    virtual ChangesPage Changes(const ChangesQuery &query) = 0;
+
+    // Whether the values of exactly these fields are indexed for the type.
+    virtual bool IsIndexed(
+        int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields) = 0;
+
+    virtual std::optional<std::string> Setting(const std::string &name) = 0;
+};
+
+// The one writer. Sees what it has written itself. What was not committed when it ends is undone.
+class WriteSession {
+public:
+    virtual ~WriteSession() = default;
+
+    // The view that includes the session's own writes; lives as long as the session.
+    virtual ReadSession &View() = 0;
+
+    // Finds the database, or makes it.
+    virtual DatabaseInfo EnsureDatabase(const DatabaseKey &key) = 0;
+
+    // Makes IsIndexed true, at the cost of going through all records of the type when it was not.
+    virtual void EnsureIndexed(
+        int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields) = 0;
+
+    // Inserts or replaces the record and its indexed values, and gives it the next number of the change sequence.
+    virtual void Put(int64_t databaseId, StoredRecord &record, const std::vector<IndexRow> &values) = 0;
+
+    virtual void SetSetting(const std::string &name, const std::string &value) = 0;
+
+    // On disk when it returns.
+    virtual void Commit() = 0;
+};
+
+// All data of one user. Any thread may begin sessions; BeginWrite waits for the writer before, BeginRead only when
+// very many readers are busy. Sessions must end before the store does.
+class Store {
+public:
+    virtual ~Store() = default;
+    virtual std::unique_ptr<ReadSession> BeginRead() = 0;
+    virtual std::unique_ptr<WriteSession> BeginWrite() = 0;
+};
+
+// The indexed values of a record's data, a JSON object. Values that do not fit a field's kind are left out.
+std::vector<IndexRow> MakeIndexRows(const Json::Value &data, const std::vector<IndexedField> &fields);
+
+} // namespace DriveService
+
+#endif // NUBIS_SERVICE_STORE_STORE_H

@@ -1,0 +1,111 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "util/json_util.h"
+
+#include <algorithm>
+#include <memory>
+#include <sstream>
+
+#include "util/encoding.h"
+
+namespace DriveService {
+
+namespace {
+
+constexpr int MAX_DEPTH = 128;
+constexpr size_t EXCERPT_BYTES = 80;
+
+const Json::CharReaderBuilder &ReaderBuilder()
+{
+    static const auto *builder = [] {
+        auto *made = new Json::CharReaderBuilder;
+        Json::CharReaderBuilder::strictMode(&made->settings_);
+        made->settings_["stackLimit"] = MAX_DEPTH;
+        return made;
+    }();
+    return *builder;
+}
+
+// Replies of up to 128 MiB are written; escaping every character outside ASCII would triple some of them.
+const Json::StreamWriterBuilder &WriterBuilder()
+{
+    static const auto *builder = [] {
+        auto *made = new Json::StreamWriterBuilder;
+        made->settings_["indentation"] = "";
+        made->settings_["emitUTF8"] = true;
+        return made;
+    }();
+    return *builder;
+}
+
+} // namespace
+
+bool ParseJson(const std::string &text, Json::Value &value, std::string &error)
+{
+    if (!IsUtf8(text)) {
+        error = "the text is not valid UTF-8";
+        return false;
+    }
+    try {
+        std::unique_ptr<Json::CharReader> reader(ReaderBuilder().newCharReader());
+        if (reader->parse(text.data(), text.data() + text.size(), &value, &error)) {
+            return true;
+        }
+    } catch (const std::exception &failure) {
+        error = failure.what();
+    }
+    std::replace(error.begin(), error.end(), '\n', ' ');
+    error.erase(error.find_last_not_of(' ') + 1);
+    value = Json::Value();
+    return false;
+}
+
+std::string WriteJson(const Json::Value &value)
+{
+    return Json::writeString(WriterBuilder(), value);
+}
+
+std::string DescribeJson(const Json::Value &value)
+{
+    switch (value.type()) {
+        case Json::nullValue:
+            return "null";
+        case Json::intValue:
+        case Json::uintValue:
+            return "integer " + value.asString();
+        case Json::realValue:
+            return "number " + value.asString();
+        case Json::stringValue:
+            return "text \"" + Excerpt(value.asString()) + "\"";
+        case Json::booleanValue:
+            return value.asBool() ? "true" : "false";
+        case Json::arrayValue:
+            return "an array";
+        case Json::objectValue:
+            return "an object";
+    }
+    return "an unknown value";
+}
+
+std::string Excerpt(const std::string &text)
+{
+    if (text.size() <= EXCERPT_BYTES) {
+        return text;
+    }
+    size_t end = EXCERPT_BYTES;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
+        --end;
+    }
+    return text.substr(0, end) + "...";
+}
+
+std::string TextMember(const Json::Value &value, const char *name, const std::string &missing)
+{
+    if (!value.isObject() || !value[name].isString()) {
+        return missing;
+    }
+    return value[name].asString();
+}
+
+} // namespace DriveService
