@@ -26,8 +26,8 @@ public:
     // Connecting again with the same `connect` is harmless: it hears OnAbilityConnectDone again if it is connected.
     ErrCode ConnectServiceExtensionAbility(const Want &want, const sptr<IRemoteObject> &connect, int32_t userId);
     // `callerToken` is not used here.
-    ErrCode ConnectServiceExtensionAbility(const Want &want, const sptr<IRemoteObject> &connect,
-        const sptr<IRemoteObject> &callerToken, int32_t userId);
+    ErrCode ConnectServiceExtensionAbility(
+        const Want &want, const sptr<IRemoteObject> &connect, const sptr<IRemoteObject> &callerToken, int32_t userId);
     // OnAbilityDisconnectDone with 0 follows on an IPC thread. ERR_INVALID_VALUE when `connect` is not connected.
     ErrCode DisconnectAbility(const sptr<IRemoteObject> &connect);
 

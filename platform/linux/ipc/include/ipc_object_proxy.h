@@ -24,8 +24,8 @@ namespace OHOS {
 class IPCObjectProxy : public IRemoteObject {
 public:
     // A proxy made by hand has no process behind it and counts as dead; living ones come out of parcels and connections.
-    explicit IPCObjectProxy(int handle, std::u16string descriptor = std::u16string(),
-        int proto = IRemoteObject::IF_PROT_DEFAULT);
+    explicit IPCObjectProxy(
+        int handle, std::u16string descriptor = std::u16string(), int proto = IRemoteObject::IF_PROT_DEFAULT);
     ~IPCObjectProxy() override;
 
     bool IsProxyObject() const override;

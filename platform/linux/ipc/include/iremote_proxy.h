@@ -14,8 +14,7 @@ template <typename INTERFACE>
 class IRemoteProxy : public PeerHolder, public INTERFACE {
 public:
     explicit IRemoteProxy(const sptr<IRemoteObject> &object) : PeerHolder(object)
-    {
-    }
+    {}
     ~IRemoteProxy() override = default;
 
 protected:

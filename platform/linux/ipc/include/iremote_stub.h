@@ -14,8 +14,7 @@ template <typename INTERFACE>
 class IRemoteStub : public IPCObjectStub, public INTERFACE {
 public:
     IRemoteStub(bool serialInvokeFlag = false) : IPCObjectStub(INTERFACE::GetDescriptor(), serialInvokeFlag)
-    {
-    }
+    {}
     ~IRemoteStub() override = default;
 
     sptr<IRemoteObject> AsObject() override

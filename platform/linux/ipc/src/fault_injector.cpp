@@ -113,8 +113,9 @@ void FaultInjector::Spoil(const FaultDraw &draw, WireParcel &reply)
         return;
     }
     if (reply.block.size != 0) {
-        reply.block = draw.kind == Fault::CUT_REPLY ? RawBlock::CopyOf(reply.block.data, draw.noise % reply.block.size + 1)
-                                                    : RawBlock::CopyOf(reply.block.data, reply.block.size);
+        reply.block = draw.kind == Fault::CUT_REPLY
+                          ? RawBlock::CopyOf(reply.block.data, draw.noise % reply.block.size + 1)
+                          : RawBlock::CopyOf(reply.block.data, reply.block.size);
     }
     if (reply.values.empty()) {
         return;

@@ -13,13 +13,11 @@
 namespace OHOS {
 
 IPCObjectProxy::IPCObjectProxy(int, std::u16string descriptor, int) : IRemoteObject(std::move(descriptor)), dead_(true)
-{
-}
+{}
 
 IPCObjectProxy::IPCObjectProxy(std::unique_ptr<Host::Ipc::ProxyTarget> target, std::u16string descriptor)
     : IRemoteObject(std::move(descriptor)), target_(std::move(target)), dead_(false)
-{
-}
+{}
 
 IPCObjectProxy::~IPCObjectProxy()
 {

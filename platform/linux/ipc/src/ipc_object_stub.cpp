@@ -12,8 +12,7 @@ namespace OHOS {
 
 IPCObjectStub::IPCObjectStub(std::u16string descriptor, bool serialInvokeFlag)
     : IRemoteObject(std::move(descriptor)), serialInvokeFlag_(serialInvokeFlag)
-{
-}
+{}
 
 IPCObjectStub::~IPCObjectStub() = default;
 

@@ -10,8 +10,7 @@
 namespace OHOS {
 
 IRemoteObject::IRemoteObject(std::u16string descriptor) : descriptor_(std::move(descriptor))
-{
-}
+{}
 
 bool IRemoteObject::IsProxyObject() const
 {

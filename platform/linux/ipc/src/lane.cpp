@@ -32,8 +32,7 @@ std::shared_ptr<Lane> Lane::Start(
 
 Lane::Lane(LaneKind kind, std::weak_ptr<WireSession> session, std::shared_ptr<LaneHost> host, UniqueFd wake)
     : host_(std::move(host)), wake_(std::move(wake)), kind_(kind), session_(std::move(session))
-{
-}
+{}
 
 bool Lane::Post(Job job)
 {

@@ -21,7 +21,10 @@ class LaneLoop;
 class WireSession;
 
 // Which parcels a connection carries.
-enum class LaneKind : uint16_t { SMALL = 0, BIG = 1 };
+enum class LaneKind : uint16_t {
+    SMALL = 0,
+    BIG = 1
+};
 
 // What the accepting end does for a peer that has just connected. Called on the lane's thread; must not block.
 class LaneHost {

@@ -78,8 +78,7 @@ void LaneLoop::Decode(Wire::Parcel::Reader reader, WireParcel &parcel, kj::Vecto
     }
 }
 
-void LaneLoop::DecodeEntry(
-    Wire::Entry::Reader reader, WireObject &object, kj::Vector<kj::Promise<void>> &waits)
+void LaneLoop::DecodeEntry(Wire::Entry::Reader reader, WireObject &object, kj::Vector<kj::Promise<void>> &waits)
 {
     auto session = Session();
     KJ_REQUIRE(session != nullptr, "not joined");
@@ -107,7 +106,7 @@ void LaneLoop::DecodeEntry(
             object.fd = std::make_shared<UniqueFd>();
             auto client = reader.getObject();
             auto taken = client.getFd().then([fd = object.fd](kj::Maybe<int> found) {
-                KJ_IF_MAYBE(number, found) {
+                KJ_IF_MAYBE (number, found) {
                     fd->Reset(fcntl(*number, F_DUPFD_CLOEXEC, 0));
                 }
                 KJ_REQUIRE(static_cast<bool>(*fd), "a file descriptor got lost");

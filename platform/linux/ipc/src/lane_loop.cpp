@@ -208,9 +208,8 @@ void LaneLoop::Finish(capnp::Response<Results> &&response, int result, const std
     Decode(reader, *parcel, waits);
     if (auto block = reader.getBlock(); block.size() != 0) {
         uint64_t key = nextKey_++;
-        auto drop = [lane = lane_, key](const void *) {
-            lane->Post([key](LaneLoop &loop) { loop.responses_.erase(key); });
-        };
+        auto drop = [lane = lane_, key](
+                        const void *) { lane->Post([key](LaneLoop &loop) { loop.responses_.erase(key); }); };
         parcel->block = RawBlock{block.begin(), block.size(), std::shared_ptr<const void>(block.begin(), drop)};
         responses_.emplace(key, std::make_shared<capnp::Response<Results>>(kj::mv(response)));
     }
@@ -290,8 +289,7 @@ Wire::RemoteObject::Client LaneLoop::ClientFor(const std::shared_ptr<WireReferen
     return client;
 }
 
-kj::Promise<void> LaneLoop::HandleRequest(
-    uint64_t exportId, SendContext context)
+kj::Promise<void> LaneLoop::HandleRequest(uint64_t exportId, SendContext context)
 {
     auto session = Session();
     KJ_REQUIRE(session != nullptr, "not joined");
@@ -310,10 +308,11 @@ kj::Promise<void> LaneLoop::HandleRequest(
     uint64_t key = nextKey_++;
     handlers_.emplace(key, Handler{context, kj::mv(paf.fulfiller)});
     auto dispatch = [lane = lane_, session, target = std::move(target), code, flags, data, key]() mutable {
-        session->Dispatch(std::move(target), code, flags, std::move(*data), [lane, key](int result, WireParcel &&reply) {
-            auto shared = std::make_shared<WireParcel>(std::move(reply));
-            lane->Post([key, result, shared](LaneLoop &loop) { loop.Answer(key, result, std::move(*shared)); });
-        });
+        session->Dispatch(
+            std::move(target), code, flags, std::move(*data), [lane, key](int result, WireParcel &&reply) {
+                auto shared = std::make_shared<WireParcel>(std::move(reply));
+                lane->Post([key, result, shared](LaneLoop &loop) { loop.Answer(key, result, std::move(*shared)); });
+            });
     };
     if (waits.empty()) {
         dispatch();
@@ -338,7 +337,7 @@ void LaneLoop::Answer(uint64_t key, int result, WireParcel &&reply)
     try {
         auto session = Session();
         bool toOther = session != nullptr && lane_->Kind() == LaneKind::SMALL &&
-            reply.Weight() > WireSession::BIG_PARCEL && session->GetLane(LaneKind::BIG) != nullptr;
+                       reply.Weight() > WireSession::BIG_PARCEL && session->GetLane(LaneKind::BIG) != nullptr;
         auto results = handler.context.getResults(toOther ? SizeHint(WireParcel()) : SizeHint(reply));
         results.setResult(result);
         if (toOther) {

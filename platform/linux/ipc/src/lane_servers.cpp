@@ -25,8 +25,7 @@ std::string ToName(capnp::Text::Reader text)
 
 RemoteObjectServer::RemoteObjectServer(LaneLoop &loop, uint64_t exportId, std::shared_ptr<void> hold)
     : loop_(loop), exportId_(exportId), hold_(std::move(hold))
-{
-}
+{}
 
 kj::Promise<void> RemoteObjectServer::sendRequest(SendRequestContext context)
 {
@@ -34,8 +33,7 @@ kj::Promise<void> RemoteObjectServer::sendRequest(SendRequestContext context)
 }
 
 DescriptorServer::DescriptorServer(std::shared_ptr<UniqueFd> fd) : fd_(std::move(fd))
-{
-}
+{}
 
 kj::Maybe<int> DescriptorServer::getFd()
 {
@@ -43,8 +41,7 @@ kj::Maybe<int> DescriptorServer::getFd()
 }
 
 BootstrapServer::BootstrapServer(LaneLoop &loop) : loop_(loop)
-{
-}
+{}
 
 kj::Promise<void> BootstrapServer::join(JoinContext context)
 {

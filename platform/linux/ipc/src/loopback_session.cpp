@@ -19,11 +19,16 @@ std::pair<std::shared_ptr<LoopbackSession>, std::shared_ptr<LoopbackSession>> Lo
 }
 
 LoopbackSession::LoopbackSession(CallingPeer peer, bool closeUnused) : Session(std::move(peer), closeUnused)
+{}
+
+WireObject LoopbackSession::ExportFarSide(const OHOS::sptr<OHOS::IRemoteObject> &object)
 {
+    auto other = other_.lock();
+    return other == nullptr ? WireObject() : other->Export(object);
 }
 
-void LoopbackSession::Send(const ProxyTarget &target, uint32_t code, int flags, WireParcel &&data,
-    const std::shared_ptr<PendingCall> &call)
+void LoopbackSession::Send(
+    const ProxyTarget &target, uint32_t code, int flags, WireParcel &&data, const std::shared_ptr<PendingCall> &call)
 {
     auto other = other_.lock();
     auto object = other == nullptr ? nullptr : other->FindExport(target.id);

@@ -20,6 +20,9 @@ public:
 
     LoopbackSession(CallingPeer peer, bool closeUnused);
 
+    // An object of the far end as this end would receive it; empty when the far end is gone.
+    WireObject ExportFarSide(const OHOS::sptr<OHOS::IRemoteObject> &object);
+
 protected:
     void Send(const ProxyTarget &target, uint32_t code, int flags, WireParcel &&data,
         const std::shared_ptr<PendingCall> &call) override;

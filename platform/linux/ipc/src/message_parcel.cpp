@@ -22,12 +22,10 @@ constexpr size_t MAX_RAW_SIZE = 128 * 1024 * 1024;
 } // namespace
 
 MessageParcel::MessageParcel() : attachments_(std::make_unique<Attachments>())
-{
-}
+{}
 
 MessageParcel::MessageParcel(Allocator *allocator) : Parcel(allocator), attachments_(std::make_unique<Attachments>())
-{
-}
+{}
 
 MessageParcel::~MessageParcel() = default;
 

@@ -6,8 +6,7 @@
 namespace OHOS {
 
 PeerHolder::PeerHolder(const sptr<IRemoteObject> &object) : remoteObject_(object)
-{
-}
+{}
 
 PeerHolder::~PeerHolder() = default;
 

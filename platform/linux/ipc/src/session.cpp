@@ -27,8 +27,7 @@ using OHOS::sptr;
 class Session::ExportHold {
 public:
     ExportHold(std::weak_ptr<Session> session, uint64_t id) : session_(std::move(session)), id_(id)
-    {
-    }
+    {}
     ~ExportHold()
     {
         if (auto session = session_.lock()) {
@@ -44,8 +43,7 @@ private:
 };
 
 Session::Session(CallingPeer peer, bool closeUnused) : peer_(std::move(peer)), closeUnused_(closeUnused)
-{
-}
+{}
 
 Session::~Session() = default;
 
@@ -123,8 +121,7 @@ std::shared_ptr<void> Session::AcquireUse()
     return use;
 }
 
-int Session::Transact(
-    const ProxyTarget &target, uint32_t code, MessageParcel &data, MessageParcel &reply, int flags)
+int Session::Transact(const ProxyTarget &target, uint32_t code, MessageParcel &data, MessageParcel &reply, int flags)
 {
     if (IsDead()) {
         return OHOS::ERR_DEAD_OBJECT;
@@ -194,22 +191,21 @@ void Session::Untrack(const std::shared_ptr<PendingCall> &call)
 void Session::Dispatch(sptr<IRemoteObject> target, uint32_t code, int flags, WireParcel &&data, Answer answer)
 {
     auto request = std::make_shared<WireParcel>(std::move(data));
-    WorkerPool::Get().Post(
-        [self = shared_from_this(), target = std::move(target), code, flags, request,
-            answer = std::move(answer)]() mutable {
-            int result = OHOS::ERR_TRANSACTION_FAILED;
-            WireParcel reply;
-            self->Handle(target, code, flags, std::move(*request), result, reply);
-            target.clear();
-            if ((flags & MessageOption::TF_ASYNC) != 0) {
-                reply = WireParcel();
-            }
-            answer(result, std::move(reply));
-        });
+    WorkerPool::Get().Post([self = shared_from_this(), target = std::move(target), code, flags, request,
+                               answer = std::move(answer)]() mutable {
+        int result = OHOS::ERR_TRANSACTION_FAILED;
+        WireParcel reply;
+        self->Handle(target, code, flags, std::move(*request), result, reply);
+        target.clear();
+        if ((flags & MessageOption::TF_ASYNC) != 0) {
+            reply = WireParcel();
+        }
+        answer(result, std::move(reply));
+    });
 }
 
-void Session::Handle(const sptr<IRemoteObject> &target, uint32_t code, int flags, WireParcel &&data, int &result,
-    WireParcel &reply)
+void Session::Handle(
+    const sptr<IRemoteObject> &target, uint32_t code, int flags, WireParcel &&data, int &result, WireParcel &reply)
 {
     MessageParcel dataParcel;
     MessageParcel replyParcel;

@@ -58,13 +58,12 @@ public:
     std::shared_ptr<void> AcquireUse();
 
     // The sender's side of a call: results as IRemoteObject::SendRequest describes.
-    int Transact(const ProxyTarget &target, uint32_t code, OHOS::MessageParcel &data, OHOS::MessageParcel &reply,
-        int flags);
+    int Transact(
+        const ProxyTarget &target, uint32_t code, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, int flags);
 
     using Answer = std::function<void(int result, WireParcel &&reply)>;
     // The receiver's side: handles the request on an IPC thread, then calls `answer` there, once.
-    void Dispatch(
-        OHOS::sptr<OHOS::IRemoteObject> target, uint32_t code, int flags, WireParcel &&data, Answer answer);
+    void Dispatch(OHOS::sptr<OHOS::IRemoteObject> target, uint32_t code, int flags, WireParcel &&data, Answer answer);
 
     // Tells the far end about an object: one hold on its export, or its own object coming home.
     WireObject Export(const OHOS::sptr<OHOS::IRemoteObject> &object);

@@ -13,15 +13,13 @@ namespace Host::Ipc {
 class UniqueFd {
 public:
     explicit UniqueFd(int fd = -1) : fd_(fd)
-    {
-    }
+    {}
     ~UniqueFd()
     {
         Reset();
     }
     UniqueFd(UniqueFd &&other) noexcept : fd_(other.Release())
-    {
-    }
+    {}
     UniqueFd &operator=(UniqueFd &&other) noexcept
     {
         if (this != &other) {

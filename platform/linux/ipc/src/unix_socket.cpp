@@ -21,7 +21,7 @@ bool FillAddress(const std::string &path, sockaddr_un &address, std::string &err
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof(address.sun_path)) {
         error = "the socket path " + path + " has " + std::to_string(path.size()) + " characters, at most " +
-            std::to_string(sizeof(address.sun_path) - 1) + " are possible: choose a shorter NUBIS_RUNTIME_DIR";
+                std::to_string(sizeof(address.sun_path) - 1) + " are possible: choose a shorter NUBIS_RUNTIME_DIR";
         return false;
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
@@ -35,14 +35,16 @@ std::string SystemError(const std::string &what, const std::string &path)
 
 } // namespace
 
-UniqueFd ConnectSocket(const std::string &path, std::string &error)
+UniqueFd ConnectSocket(const std::string &path, std::string &error, bool &nobody)
 {
     sockaddr_un address;
+    nobody = false;
     if (!FillAddress(path, address, error)) {
         return UniqueFd();
     }
     UniqueFd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!fd || connect(fd.Get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
+        nobody = errno == ENOENT || errno == ECONNREFUSED;
         error = SystemError("cannot connect to", path);
         return UniqueFd();
     }

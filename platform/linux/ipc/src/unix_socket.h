@@ -10,8 +10,9 @@
 
 namespace Host::Ipc {
 
-// Empty with a text in `error` when the path does not fit a socket address or the system refuses.
-UniqueFd ConnectSocket(const std::string &path, std::string &error);
+// Empty with a text in `error` when the path does not fit a socket address or the system refuses; `nobody` tells that no
+// process listens there.
+UniqueFd ConnectSocket(const std::string &path, std::string &error, bool &nobody);
 // Listens with mode 0600; the path must be free.
 UniqueFd ListenSocket(const std::string &path, std::string &error);
 // The process at the other end as the kernel knows it; false when it cannot tell.

@@ -14,12 +14,11 @@ namespace Host::Ipc {
 namespace {
 // Connections that have not said what they want; more than any honest set of clients has at one moment.
 constexpr size_t MAX_NEWCOMERS = 256;
-}
+} // namespace
 
 WireAcceptor::WireAcceptor(Finder finder, std::function<void()> onChange, int expectedUid)
     : finder_(std::move(finder)), onChange_(std::move(onChange)), expectedUid_(expectedUid)
-{
-}
+{}
 
 void WireAcceptor::Accept(UniqueFd socket)
 {

@@ -45,8 +45,7 @@ std::string RandomKey()
 
 WireReference::WireReference(std::weak_ptr<WireSession> session, uint64_t id)
     : session_(std::move(session)), id_(id), key_(NextKey())
-{
-}
+{}
 
 WireReference::~WireReference()
 {
@@ -61,9 +60,11 @@ WireReference::~WireReference()
     }
 }
 
-std::shared_ptr<WireSession> WireSession::Connect(const std::string &path, int expectedUid, std::string &error)
+std::shared_ptr<WireSession> WireSession::Connect(
+    const std::string &path, int expectedUid, std::string &error, bool &nobody)
 {
-    UniqueFd first = ConnectSocket(path, error);
+    nobody = false;
+    UniqueFd first = ConnectSocket(path, error, nobody);
     CallingPeer peer;
     if (!first) {
         return nullptr;
@@ -76,36 +77,45 @@ std::shared_ptr<WireSession> WireSession::Connect(const std::string &path, int e
     auto session = std::make_shared<WireSession>(peer, true);
     std::string key = RandomKey();
     for (LaneKind kind : LANES) {
-        UniqueFd socket = kind == LaneKind::SMALL ? std::move(first) : ConnectSocket(path, error);
-        int pid = -1;
-        int uid = -1;
-        if (!socket || !GetPeer(socket.Get(), pid, uid) || pid != peer.pid || uid != peer.uid) {
-            error = "the service at " + path + " went away while connecting";
-            session->Die();
-            return nullptr;
+        bool refused = false;
+        UniqueFd socket = kind == LaneKind::SMALL ? std::move(first) : ConnectSocket(path, error, refused);
+        if (socket && session->JoinLane(kind, std::move(socket), key, error)) {
+            continue;
         }
-        auto lane = Lane::Start(std::move(socket), kind, session, nullptr);
-        auto call = std::make_shared<PendingCall>();
-        int status = OHOS::BR_FAILED_REPLY;
-        WireParcel reply;
-        if (lane != nullptr) {
-            session->SetLane(kind, lane);
-        }
-        if (lane == nullptr || !session->Track(call) ||
-            !lane->Post([key, call](LaneLoop &loop) { loop.Join(key, DeviceName(), call); }) ||
-            !call->WaitFor(ANSWER_TIME, status, reply) || status != OHOS::ERR_NONE) {
-            error = "the service at " + path + " does not answer";
-            session->Die();
-            return nullptr;
-        }
-        session->Untrack(call);
+        // A service that ends just now takes its clients with it; the next attempt finds it gone.
+        nobody = refused || session->IsDead();
+        session->Die();
+        return nullptr;
     }
     return session;
 }
 
-WireSession::WireSession(CallingPeer peer, bool closeUnused) : Session(std::move(peer), closeUnused)
+bool WireSession::JoinLane(LaneKind kind, UniqueFd socket, const std::string &key, std::string &error)
 {
+    int pid = -1;
+    int uid = -1;
+    error = "process " + std::to_string(Peer().pid) + " does not answer";
+    if (!GetPeer(socket.Get(), pid, uid) || pid != Peer().pid || uid != Peer().uid) {
+        return false;
+    }
+    auto self = std::static_pointer_cast<WireSession>(shared_from_this());
+    auto lane = Lane::Start(std::move(socket), kind, self, nullptr);
+    if (lane == nullptr) {
+        return false;
+    }
+    SetLane(kind, lane);
+    auto call = std::make_shared<PendingCall>();
+    int status = OHOS::BR_FAILED_REPLY;
+    WireParcel reply;
+    std::string device = DeviceName();
+    bool joined = Track(call) && lane->Post([key, device, call](LaneLoop &loop) { loop.Join(key, device, call); }) &&
+                  call->WaitFor(ANSWER_TIME, status, reply) && status == OHOS::ERR_NONE;
+    Untrack(call);
+    return joined;
 }
+
+WireSession::WireSession(CallingPeer peer, bool closeUnused) : Session(std::move(peer), closeUnused)
+{}
 
 WireSession::~WireSession()
 {
@@ -164,8 +174,8 @@ bool WireSession::TakeDeferred(uint64_t ticket, WireParcel &reply)
     return true;
 }
 
-void WireSession::Send(const ProxyTarget &target, uint32_t code, int flags, WireParcel &&data,
-    const std::shared_ptr<PendingCall> &call)
+void WireSession::Send(
+    const ProxyTarget &target, uint32_t code, int flags, WireParcel &&data, const std::shared_ptr<PendingCall> &call)
 {
     if (data.Weight() > MAX_PARCEL) {
         call->Complete(OHOS::BR_FAILED_REPLY);
@@ -177,9 +187,8 @@ void WireSession::Send(const ProxyTarget &target, uint32_t code, int flags, Wire
     }
     auto reference = std::static_pointer_cast<WireReference>(target.reference);
     auto shared = std::make_shared<WireParcel>(std::move(data));
-    auto job = [reference, code, flags, shared, call](LaneLoop &loop) {
-        loop.Call(reference, code, flags, std::move(*shared), call);
-    };
+    auto job = [reference, code, flags, shared, call](
+                   LaneLoop &loop) { loop.Call(reference, code, flags, std::move(*shared), call); };
     if (lane == nullptr || !lane->Post(job)) {
         call->Complete(OHOS::BR_DEAD_REPLY);
     }

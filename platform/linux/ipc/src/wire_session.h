@@ -50,8 +50,9 @@ public:
     static constexpr size_t BIG_PARCEL = 64 * 1024;
 
     // Connects to the ability that listens at `path`, which a process of `expectedUid` must serve. Waits for the answer, a
-    // few seconds at most. On failure null with a text.
-    static std::shared_ptr<WireSession> Connect(const std::string &path, int expectedUid, std::string &error);
+    // few seconds at most. On failure null with a text; `nobody` tells that no process serves there (any more).
+    static std::shared_ptr<WireSession> Connect(
+        const std::string &path, int expectedUid, std::string &error, bool &nobody);
 
     WireSession(CallingPeer peer, bool closeUnused);
     ~WireSession() override;
@@ -74,6 +75,7 @@ protected:
     void CloseTransport() override;
 
 private:
+    bool JoinLane(LaneKind kind, UniqueFd socket, const std::string &key, std::string &error);
 
     mutable std::mutex mutex_;
     // Guarded by mutex_.

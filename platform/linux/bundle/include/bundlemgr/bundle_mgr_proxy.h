@@ -17,8 +17,8 @@ public:
     explicit BundleMgrProxy(const sptr<IRemoteObject> &impl);
     ~BundleMgrProxy() override;
 
-    bool GetApplicationInfo(const std::string &appName, const ApplicationFlag flag, const int userId,
-        ApplicationInfo &appInfo) override;
+    bool GetApplicationInfo(
+        const std::string &appName, const ApplicationFlag flag, const int userId, ApplicationInfo &appInfo) override;
     bool GetApplicationInfo(
         const std::string &appName, int32_t flags, int32_t userId, ApplicationInfo &appInfo) override;
     ErrCode GetApplicationInfoV9(

@@ -1,0 +1,210 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "host/ability_server.h"
+
+#include <atomic>
+#include <cerrno>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <utility>
+
+#include "file_lock.h"
+#include "host/paths.h"
+#include "ipc_log.h"
+#include "manifest.h"
+#include "unix_socket.h"
+#include "wire_acceptor.h"
+
+namespace Host {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// How long a service that is just ending may still hold the place.
+constexpr std::chrono::milliseconds TAKEOVER_TIME(2000);
+constexpr int RETRY_MILLISECONDS = 10;
+
+} // namespace
+
+class AbilityServer::Impl {
+public:
+    Impl(AbilityServerOptions options, OHOS::sptr<OHOS::IRemoteObject> ability)
+        : options_(std::move(options)), ability_(std::move(ability)),
+          path_(AbilitySocketPath(options_.bundleName, options_.abilityName, options_.userId)),
+          wake_(std::make_shared<Ipc::UniqueFd>(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)))
+    {}
+
+    ~Impl()
+    {
+        Close();
+    }
+
+    bool Start(std::string &error)
+    {
+        if (ability_ == nullptr || !IsSafeName(options_.bundleName) || !IsSafeName(options_.abilityName)) {
+            error = "no ability, or no valid name of one, is given";
+            return false;
+        }
+        if (!PrepareRuntimeDir(options_.userId, error) || !TakePlace(error)) {
+            return false;
+        }
+        // Only the holder of the place gets here, so whatever is at the path belongs to a dead process.
+        unlink(path_.c_str());
+        listener_ = Ipc::ListenSocket(path_, error);
+        if (!listener_) {
+            place_.Unlock();
+            return false;
+        }
+        auto find = [ability = ability_, options = options_](
+                        const std::string &bundleName, const std::string &abilityName, int32_t userId) {
+            bool mine =
+                bundleName == options.bundleName && abilityName == options.abilityName && userId == options.userId;
+            return mine ? ability : OHOS::sptr<OHOS::IRemoteObject>();
+        };
+        auto onChange = [wake = wake_] { eventfd_write(wake->Get(), 1); };
+        acceptor_ = std::make_shared<Ipc::WireAcceptor>(find, onChange, static_cast<int>(geteuid()));
+        return true;
+    }
+
+    void Run()
+    {
+        auto idleSince = Clock::now();
+        while (listener_ && !stopped_) {
+            pollfd fds[] = {{listener_.Get(), POLLIN, 0}, {wake_->Get(), POLLIN, 0}};
+            if (poll(fds, 2, TimeLeft(idleSince)) < 0 && errno != EINTR) {
+                IPC_LOGE("cannot wait for clients: %{public}d", errno);
+                break;
+            }
+            eventfd_t count = 0;
+            eventfd_read(wake_->Get(), &count);
+            bool came = AcceptAll();
+            if (came || acceptor_->SessionCount() > 0) {
+                idleSince = Clock::now();
+            } else if (TimeLeft(idleSince) == 0) {
+                break;
+            }
+        }
+        Close();
+    }
+
+    void Stop()
+    {
+        stopped_ = true;
+        eventfd_write(wake_->Get(), 1);
+    }
+
+    size_t SessionCount() const
+    {
+        return acceptor_ == nullptr ? 0 : acceptor_->SessionCount();
+    }
+
+    const std::string &SocketPath() const
+    {
+        return path_;
+    }
+
+private:
+    bool TakePlace(std::string &error)
+    {
+        auto deadline = Clock::now() + TAKEOVER_TIME;
+        while (!place_.TryLock(path_ + ".lock")) {
+            std::string reason;
+            bool nobody = false;
+            Ipc::UniqueFd other = Ipc::ConnectSocket(path_, reason, nobody);
+            if (other || Clock::now() >= deadline) {
+                int pid = -1;
+                int uid = -1;
+                error = "another process serves " + options_.bundleName + "/" + options_.abilityName + " for user " +
+                        std::to_string(options_.userId) + " already";
+                if (other && Ipc::GetPeer(other.Get(), pid, uid)) {
+                    error += " (process " + std::to_string(pid) + ")";
+                }
+                return false;
+            }
+            poll(nullptr, 0, RETRY_MILLISECONDS);
+        }
+        return true;
+    }
+
+    // In milliseconds as poll wants it; -1 while the server need not end.
+    int TimeLeft(Clock::time_point idleSince) const
+    {
+        if (options_.idleTimeout.count() <= 0 || acceptor_->SessionCount() > 0) {
+            return -1;
+        }
+        auto left = std::chrono::ceil<std::chrono::milliseconds>(idleSince + options_.idleTimeout - Clock::now());
+        return left.count() > 0 ? static_cast<int>(left.count()) : 0;
+    }
+
+    bool AcceptAll()
+    {
+        bool any = false;
+        while (true) {
+            Ipc::UniqueFd client(accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+            if (!client) {
+                return any;
+            }
+            any = true;
+            acceptor_->Accept(std::move(client));
+        }
+    }
+
+    void Close()
+    {
+        if (!listener_) {
+            return;
+        }
+        // The path goes first: clients in the queue of the closed socket fail, and find the place free.
+        unlink(path_.c_str());
+        listener_.Reset();
+        acceptor_->Close();
+        place_.Unlock();
+    }
+
+    const AbilityServerOptions options_;
+    const OHOS::sptr<OHOS::IRemoteObject> ability_;
+    const std::string path_;
+    // Shared with the acceptor's sessions, which may end later.
+    const std::shared_ptr<Ipc::UniqueFd> wake_;
+    std::atomic<bool> stopped_{false};
+    FileLock place_;
+    Ipc::UniqueFd listener_;
+    std::shared_ptr<Ipc::WireAcceptor> acceptor_;
+};
+
+AbilityServer::AbilityServer(AbilityServerOptions options, OHOS::sptr<OHOS::IRemoteObject> ability)
+    : impl_(std::make_unique<Impl>(std::move(options), std::move(ability)))
+{}
+
+AbilityServer::~AbilityServer() = default;
+
+bool AbilityServer::Start(std::string &error)
+{
+    return impl_->Start(error);
+}
+
+void AbilityServer::Run()
+{
+    impl_->Run();
+}
+
+void AbilityServer::Stop()
+{
+    impl_->Stop();
+}
+
+size_t AbilityServer::SessionCount() const
+{
+    return impl_->SessionCount();
+}
+
+const std::string &AbilityServer::SocketPath() const
+{
+    return impl_->SocketPath();
+}
+
+} // namespace Host

@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef HOST_SERVICE_LAUNCHER_H
+#define HOST_SERVICE_LAUNCHER_H
+
+#include <cstdint>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+#include "manifest.h"
+
+namespace Host {
+
+// A service program that this process has started. When the object ends, somebody still takes note of the program's exit,
+// so that no dead process stays behind.
+class ServiceLauncher {
+public:
+    ServiceLauncher() = default;
+    ~ServiceLauncher();
+    ServiceLauncher(const ServiceLauncher &) = delete;
+    ServiceLauncher &operator=(const ServiceLauncher &) = delete;
+
+    // Starts the ability's program in a session of its own, with its output going to <state>/log/<bundle>.log, or to ours
+    // if NUBIS_SERVICE_STDERR is "inherit". On failure false with a text.
+    bool Start(const Manifest &manifest, const Manifest::Ability &ability, const std::string &bundleName,
+        int32_t userId, std::string &error);
+    // True when the program has already ended; `how` tells in words.
+    bool HasExited(std::string &how);
+
+private:
+    pid_t pid_ = -1;
+    std::string program_;
+    std::string logFile_;
+};
+
+// Makes a command line of an ability's exec: placeholders filled in, the program found. On failure false with a text.
+bool BuildCommand(const Manifest &manifest, const Manifest::Ability &ability, int32_t userId,
+    std::vector<std::string> &command, std::string &error);
+
+} // namespace Host
+
+#endif // HOST_SERVICE_LAUNCHER_H
