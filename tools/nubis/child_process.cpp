@@ -5,15 +5,16 @@
 
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 
 #include "command_error.h"
@@ -274,12 +275,15 @@ bool WaitUntilGone(pid_t pid, std::chrono::milliseconds time)
     return gone;
 }
 
+std::string OwnProgram()
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).string();
+}
+
 std::string OwnFolder()
 {
-    std::array<char, PATH_MAX> path{};
-    ssize_t length = readlink("/proc/self/exe", path.data(), path.size() - 1);
-    std::string full(path.data(), length > 0 ? static_cast<size_t>(length) : 0);
-    return full.substr(0, full.rfind('/') == std::string::npos ? 0 : full.rfind('/'));
+    return std::filesystem::path(OwnProgram()).parent_path().string();
 }
 
 } // namespace NubisTool

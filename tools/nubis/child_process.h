@@ -66,7 +66,8 @@ private:
 // Whether a process, this one's child or not, was gone within the time.
 bool WaitUntilGone(pid_t pid, std::chrono::milliseconds time);
 
-// The folder that this program stands in.
+// This program, and the folder that it stands in.
+std::string OwnProgram();
 std::string OwnFolder();
 
 } // namespace NubisTool

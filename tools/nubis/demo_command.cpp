@@ -38,12 +38,6 @@ struct DemoOptions {
     bool json = false;
 };
 
-std::string OwnProgram()
-{
-    std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/exe", error).string();
-}
-
 void ThrowIfInterrupted()
 {
     if (Interrupted()) {

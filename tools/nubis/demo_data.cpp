@@ -32,7 +32,7 @@ constexpr const char *CATALOGUE = R"json({
       "version": 1,
       "recordTypes": [
         {"recordType": "Country", "tableName": "country", "fields": [
-          {"name": "code", "type": "String", "primary": true, "queryable": true, "sortable": true},
+          {"name": "isoCode", "type": "String", "primary": true, "queryable": true, "sortable": true},
           {"name": "alpha3", "type": "String", "queryable": true},
           {"name": "number", "type": "Integer", "queryable": true, "sortable": true},
           {"name": "name", "type": "String", "queryable": true, "sortable": true, "searchable": true},
@@ -40,14 +40,14 @@ constexpr const char *CATALOGUE = R"json({
           {"name": "flag", "type": "String"}
         ]},
         {"recordType": "Subdivision", "tableName": "subdivision", "fields": [
-          {"name": "code", "type": "String", "primary": true, "queryable": true, "sortable": true},
+          {"name": "isoCode", "type": "String", "primary": true, "queryable": true, "sortable": true},
           {"name": "name", "type": "String", "queryable": true, "sortable": true, "searchable": true},
           {"name": "kind", "type": "String", "queryable": true},
           {"name": "country", "type": "Reference", "reference": {"recordType": "Country"}, "queryable": true},
           {"name": "parent", "type": "Reference", "reference": {"recordType": "Subdivision"}, "nullable": true}
         ]},
         {"recordType": "Language", "tableName": "language", "fields": [
-          {"name": "code", "type": "String", "primary": true, "queryable": true, "sortable": true},
+          {"name": "isoCode", "type": "String", "primary": true, "queryable": true, "sortable": true},
           {"name": "name", "type": "String", "queryable": true, "sortable": true, "searchable": true},
           {"name": "names", "type": "List", "listType": "String"},
           {"name": "isLiving", "type": "Boolean", "queryable": true},
@@ -92,7 +92,7 @@ void SetIfThere(Json::Value &row, const char *field, const std::string &text)
 Json::Value CountryRow(const Json::Value &entry)
 {
     Json::Value row(Json::objectValue);
-    row["code"] = entry["alpha_2"];
+    row["isoCode"] = entry["alpha_2"];
     row["alpha3"] = entry["alpha_3"];
     std::string digits = Text(entry, "numeric");
     int number = 0;
@@ -109,7 +109,7 @@ Json::Value SubdivisionRow(const Json::Value &entry, const std::set<std::string>
     Json::Value row(Json::objectValue);
     std::string code = Text(entry, "code");
     std::string country = code.substr(0, code.find('-'));
-    row["code"] = code;
+    row["isoCode"] = code;
     row["name"] = entry["name"];
     row["kind"] = entry["type"];
     row["country"] = country;
@@ -122,7 +122,7 @@ Json::Value SubdivisionRow(const Json::Value &entry, const std::set<std::string>
 Json::Value LanguageRow(const Json::Value &entry)
 {
     Json::Value row(Json::objectValue);
-    row["code"] = entry["alpha_3"];
+    row["isoCode"] = entry["alpha_3"];
     row["name"] = entry["name"];
     row["names"] = Json::Value(Json::arrayValue);
     for (const char *member : {"name", "inverted_name", "common_name"}) {
@@ -140,7 +140,7 @@ Json::Value LanguageRow(const Json::Value &entry)
 template <typename MakeRow>
 DemoTable MakeTable(const std::string &recordType, const std::string &file, const Json::Value &list, MakeRow makeRow)
 {
-    DemoTable table{recordType, "code", {}};
+    DemoTable table{recordType, "isoCode", {}};
     size_t number = 0;
     for (const Json::Value &entry : list) {
         table.rows.push_back(

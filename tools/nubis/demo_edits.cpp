@@ -56,10 +56,10 @@ Json::Value ChangedRow(const LocalStore::Entry &entry)
 
 DemoTable NewLanguages(size_t count)
 {
-    DemoTable table{"Language", "code", {}};
+    DemoTable table{"Language", "isoCode", {}};
     for (size_t i = 0; i < count; ++i) {
         Json::Value row(Json::objectValue);
-        row["code"] = "demo-" + std::to_string(i + 1);
+        row["isoCode"] = "demo-" + std::to_string(i + 1);
         row["name"] = NEW_NAMES[i % NEW_NAMES.size()];
         row["names"].append(row["name"]);
         row["isLiving"] = true;
@@ -91,7 +91,7 @@ DemoEdits ChooseEdits(const LocalStore &store, const EditCounts &counts)
         const LocalStore::Entry &entry = store.Entries().at(id);
         DemoTable &table = changes[entry.recordType];
         table.recordType = entry.recordType;
-        table.idField = "code";
+        table.idField = "isoCode";
         table.rows.push_back({"edit", i + 1, ChangedRow(entry), false});
     }
     for (auto &[type, table] : changes) {

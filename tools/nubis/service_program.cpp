@@ -18,6 +18,7 @@
 #include "error_text.h"
 #include "host/ability_control.h"
 #include "host/paths.h"
+#include "interrupt.h"
 #include "row_reader.h"
 
 namespace NubisTool {
@@ -155,9 +156,15 @@ FreshService::FreshService(int user) : user_(user)
 {
     setenv("NUBIS_RUNTIME_DIR", folder_.Make("run").c_str(), 1);
     setenv("NUBIS_STATE_DIR", folder_.Make("state").c_str(), 1);
-    // The kit keeps its connection, so the service does not end for want of users while the object lives.
-    auto kit = Nubis::NubisNative::GetInstance(user, Nubis::NB_SYNC_DEMON_DATA);
-    status_ = StartService(*kit);
+    // A process of its own connects to it: this one would only see its connection break when the service is stopped.
+    ChildProcess start({{OwnProgram(), "service", "start", "--user", std::to_string(user)}, {}, true, false});
+    start.ReadAll();
+    status_ = start.WaitForwardingSignals() == EXIT_DONE ? FindService(user) : ServiceStatus();
+    if (!status_.running) {
+        throw CommandError("the fresh service could not be started",
+            Interrupted() ? "run the command again" : "see the message above",
+            Interrupted() ? EXIT_INTERRUPTED : EXIT_OPERATION_FAILED);
+    }
 }
 
 FreshService::~FreshService()

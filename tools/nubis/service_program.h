@@ -39,7 +39,7 @@ bool StopService(int user, std::chrono::milliseconds time);
 
 // A service of its own in fresh folders: the folders are put into this process's environment, where its children find
 // them, and the service is started. When the object goes, the service is stopped and the folders are removed. To be made
-// before the process uses the library for anything else.
+// under an InterruptGuard, by a process that does not use the library itself.
 class FreshService {
 public:
     explicit FreshService(int user);
