@@ -92,7 +92,7 @@ void LaneLoop::DecodeEntry(Wire::Entry::Reader reader, WireObject &object, kj::V
             object.descriptor = OHOS::Str8ToStr16(std::string(text.cStr(), text.size()));
             if (reader.hasObject()) {
                 auto reference = std::make_shared<WireReference>(session, object.id);
-                clients_.emplace(reference->Key(), reader.getObject());
+                clients_.emplace(reference->Key(), std::make_unique<Wire::RemoteObject::Client>(reader.getObject()));
                 object.hold = std::move(reference);
             }
             break;

@@ -277,7 +277,7 @@ Wire::RemoteObject::Client LaneLoop::ClientFor(const std::shared_ptr<WireReferen
 {
     auto found = clients_.find(reference->Key());
     if (found != clients_.end()) {
-        return found->second;
+        return *found->second;
     }
     // The object came over the other lane. Calls may follow at once; they wait at the far end for the answer.
     auto request = peer_.resolveRequest();
@@ -285,7 +285,7 @@ Wire::RemoteObject::Client LaneLoop::ClientFor(const std::shared_ptr<WireReferen
     auto promise = request.send();
     Wire::RemoteObject::Client client = promise.getObject();
     tasks_.add(promise.then([reference](capnp::Response<Wire::Bootstrap::ResolveResults> &&) {}));
-    clients_.emplace(reference->Key(), client);
+    clients_.emplace(reference->Key(), std::make_unique<Wire::RemoteObject::Client>(client));
     return client;
 }
 

@@ -95,7 +95,8 @@ private:
     capnp::TwoPartyVatNetwork network_;
     capnp::RpcSystem<capnp::rpc::twoparty::VatId> rpc_;
     Wire::Bootstrap::Client peer_;
-    std::unordered_map<uint64_t, Wire::RemoteObject::Client> clients_;
+    // By pointer: a pair cannot hold a client, which copies only from what is not constant.
+    std::unordered_map<uint64_t, std::unique_ptr<Wire::RemoteObject::Client>> clients_;
     std::unordered_map<uint64_t, Handler> handlers_;
     std::unordered_map<uint64_t, std::shared_ptr<void>> responses_;
     uint64_t nextKey_ = 1;
