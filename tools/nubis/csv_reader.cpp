@@ -44,10 +44,10 @@ int CsvReader::Take()
     return character;
 }
 
-void CsvReader::Append(CsvField &field, char character) const
+void CsvReader::Append(CsvField &field, char character, size_t line) const
 {
     if (field.text.size() >= limits_.maxFieldBytes) {
-        throw CsvError(line_,
+        throw CsvError(line,
             "a field is longer than " + std::to_string(limits_.maxFieldBytes) + " bytes; is a closing quote missing?");
     }
     field.text.push_back(character);
@@ -81,9 +81,9 @@ void CsvReader::ReadQuoted(CsvField &field)
             throw CsvError(startLine, "the quoted field that begins here is never closed");
         }
         if (character != '"') {
-            Append(field, static_cast<char>(character));
+            Append(field, static_cast<char>(character), startLine);
         } else if (Peek() == '"') {
-            Append(field, static_cast<char>(Take()));
+            Append(field, static_cast<char>(Take()), startLine);
         } else {
             break;
         }
@@ -109,7 +109,7 @@ CsvField CsvReader::ReadField()
         if (next == '"') {
             throw CsvError(line_, "a quote stands inside a field without quotes; put the whole field into quotes");
         }
-        Append(field, static_cast<char>(Take()));
+        Append(field, static_cast<char>(Take()), line_);
     }
 }
 

@@ -50,7 +50,8 @@ public:
 private:
     int Peek();
     int Take();
-    void Append(CsvField &field, char character) const;
+    // The line is where the field begins: a quote that is never closed runs on to anywhere.
+    void Append(CsvField &field, char character, size_t line) const;
     CsvField ReadField();
     void ReadQuoted(CsvField &field);
     bool TakeLineEnd();
