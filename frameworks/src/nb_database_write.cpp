@@ -140,8 +140,8 @@ void NBDatabase::InnerSaveRecords(std::shared_ptr<NBContext> context, Json::Valu
     }
 }
 
-int NBDatabase::DeleteRecords(std::shared_ptr<NBContext> context, std::vector<NBRecord> &&records,
-    NBSavePolicy policy, NBRecordsCallback callback)
+int NBDatabase::DeleteRecords(std::shared_ptr<NBContext> context, std::vector<NBRecord> &&records, NBSavePolicy policy,
+    NBRecordsCallback callback)
 {
     StartWorker(&NBDatabase::InnerDeleteRecords, std::move(context), std::make_shared<NBResultMap>(),
         GroupByType(std::move(records)), policy, std::move(callback));
