@@ -1,0 +1,145 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <fstream>
+
+#include <openssl/evp.h>
+#include <openssl/x509.h>
+#include <sys/stat.h>
+
+#include "account/record_id_rules.h"
+#include "service_fixture.h"
+#include "util/encoding.h"
+
+namespace DriveService {
+
+namespace {
+
+using testing::MatchesRegex;
+using testing::SizeIs;
+
+class AccountTest : public ServiceTest {};
+
+std::string FromHex(const std::string &hex)
+{
+    std::string bytes;
+    for (size_t i = 0; i + 1 < hex.size(); i += 2) {
+        bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+    }
+    return bytes;
+}
+
+TEST_F(AccountTest, TheUserHasAStableAccountAndAKeyOf3072Bits)
+{
+    Json::Value reply = Ask("GetCloudUserInfo", J("{'needSpaceInfo': true, 'signVersion': 2}"));
+    Json::Value info = reply["userInfo"];
+    EXPECT_EQ(info["cloudStatus"], 1);
+    EXPECT_GT(info["totalSpace"].asUInt64(), 0u);
+    EXPECT_LE(info["remainSpace"].asUInt64(), info["totalSpace"].asUInt64());
+    std::string der = FromHex(info["pushKeyValue"].asString());
+    const auto *bytes = reinterpret_cast<const unsigned char *>(der.data());
+    EVP_PKEY *key = d2i_PUBKEY(nullptr, &bytes, static_cast<long>(der.size()));
+    ASSERT_NE(key, nullptr);
+    EXPECT_EQ(EVP_PKEY_get_bits(key), 3072);
+    EXPECT_EQ(EVP_PKEY_get_base_id(key), EVP_PKEY_RSA);
+    EVP_PKEY_free(key);
+    struct stat file {};
+    ASSERT_EQ(stat(DataPaths(folder_.Path(), 100).pushKey.c_str(), &file), 0);
+    EXPECT_EQ(file.st_mode & 0777, 0600u);
+
+    Restart();
+    Json::Value again = Ask("GetCloudUserInfo")["userInfo"];
+    EXPECT_FALSE(again.isMember("totalSpace"));
+    info.removeMember("totalSpace");
+    info.removeMember("remainSpace");
+    EXPECT_EQ(again, info);
+
+    std::ofstream(DataPaths(folder_.Path(), 100).pushKey) << "no key";
+    Restart();
+    EXPECT_THAT(Ask("GetCloudUserInfo"), FailsWith(ErrorCode::INTERNAL_ERROR, "cannot be read", ""));
+}
+
+TEST_F(AccountTest, SmallAnswersHaveTheirForms)
+{
+    EXPECT_EQ(Ask("getAppState"), J("{'code': 0, 'checkAlive': 1}"));
+    EXPECT_EQ(Ask("getSysParameters")["parameters"], J(R"([{'key': 'enableQuicDomainList', 'value': []},
+        {'key': 'flowControl', 'value': {'flowSpeedLimit': 0, 'flowThreshold': 0}},
+        {'key': 'flowControlWhiteList', 'value': []}, {'key': 'ohNubisUseAsyncIPC', 'value': 0}])"));
+    Json::Value report = Ask("getReportInfo");
+    EXPECT_NE(report["reportUrl"].asString(), "");
+    EXPECT_TRUE(report["reportParam"].isObject());
+}
+
+TEST_F(AccountTest, SettingsThatWereChangedAreServed)
+{
+    Ask("getSysParameters");
+    std::unique_ptr<WriteSession> session = service_->GetStore().BeginWrite();
+    session->SetSetting("parameter/flowControlWhiteList", "{\"key\":\"flowControlWhiteList\",\"value\":[\"a\"]}");
+    session->SetSetting("reportInfo", "{\"reportUrl\":\"https://r\",\"reportParam\":{\"k\":\"v\"}}");
+    session->SetSetting("parameter/flowControl", "broken");
+    session->Commit();
+    session.reset();
+    Json::Value parameters = Ask("getSysParameters")["parameters"];
+    EXPECT_EQ(parameters[2]["value"], J("['a']"));
+    EXPECT_EQ(parameters[1]["value"]["flowThreshold"], 0) << "a broken setting counts as not there";
+    EXPECT_EQ(Ask("getReportInfo")["reportUrl"], "https://r");
+}
+
+TEST_F(AccountTest, ServiceKeysAreMadeOnceAndCarryTheirDigest)
+{
+    Json::Value keys = Ask("getServiceKey")["keys"];
+    ASSERT_EQ(keys.size(), 2u);
+    const size_t lengths[] = {17, 33};
+    for (int i : {0, 1}) {
+        std::string bytes = FromHex(keys[i]["key"].asString());
+        EXPECT_THAT(bytes, SizeIs(lengths[i]));
+        EXPECT_EQ(keys[i]["keyType"], i == 0 ? 1 : 3);
+        EXPECT_THAT(keys[i]["userKeyGuid"].asString(), SizeIs(32));
+        EXPECT_THAT(keys[i]["userKeySHA256"].asString(), SizeIs(88));
+        EXPECT_EQ(keys[i]["userKeySHA256"], Base64Encode(HexEncode(Sha256(bytes))));
+    }
+    EXPECT_NE(keys[0]["userKeyGuid"], keys[1]["userKeyGuid"]);
+    Restart();
+    EXPECT_EQ(Ask("getServiceKey")["keys"], keys);
+}
+
+TEST_F(AccountTest, RecordIdRulesAreKeptOrComeFromTheCatalogue)
+{
+    Json::Value made = Ask("getRecordIdRules");
+    EXPECT_EQ(made["ruleId"], 5);
+    EXPECT_EQ(made["localRule"], "");
+    EXPECT_THAT(made["upid"].asString(), MatchesRegex("[0-9]+"));
+    EXPECT_THAT(made["rootId"].asString(), SizeIs(33));
+    Restart();
+    EXPECT_EQ(Ask("getRecordIdRules"), made);
+    Json::Value entry = PeopleEntry();
+    entry["defaultContainer"]["recordIdRule"] =
+        J("{'ruleId': 1, 'upid': '18446744073709551615', 'localRule': 'UUID', 'rootId': 'root'}");
+    Install(entry);
+    EXPECT_EQ(Ask("getRecordIdRules"),
+        J("{'code': 0, 'ruleId': 1, 'upid': '18446744073709551615', 'localRule': 'UUID', 'rootId': 'root'}"));
+}
+
+TEST_F(AccountTest, MadeIdsFollowTheRule)
+{
+    EffectiveIdRule rule;
+    rule.upid = 0x0123456789abcdef;
+    for (unsigned ruleId : {1u, 5u}) {
+        rule.ruleId = ruleId;
+        std::string id = MakeRecordId(rule);
+        ASSERT_THAT(id, SizeIs(33));
+        EXPECT_EQ(id[0], ruleId == 1 ? 'B' : 'F');
+        std::string bytes = Base64UrlDecode(id.substr(1)).value();
+        ASSERT_THAT(bytes, SizeIs(24));
+        EXPECT_EQ(ReadBigEndian64(bytes) ^ ReadBigEndian64(bytes.substr(16)), rule.upid);
+        EXPECT_NE(MakeRecordId(rule), id);
+    }
+    rule.ruleId = 3;
+    EXPECT_THAT(MakeRecordId(rule), SizeIs(32));
+    rule.localRule = "UUID";
+    EXPECT_THAT(MakeRecordId(rule), SizeIs(64));
+}
+
+} // namespace
+
+} // namespace DriveService

@@ -1,0 +1,207 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "service_fixture.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include <rapidcheck/gtest.h>
+
+namespace DriveService {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+class FetchTest : public ServiceTest {
+protected:
+    void SavePeople()
+    {
+        Json::Value records(Json::arrayValue);
+        records.append(
+            NewPerson("a", "{'name': 'Ann', 'age': 30, 'height': 1.5, 'active': true, 'tags': ['x', 'yz']}"));
+        records.append(NewPerson("b", "{'name': 'Bob', 'age': 4, 'height': 2, 'active': false, 'scores': [1, 20]}"));
+        records.append(NewPerson("c", "{'name': 'ann & co%', 'age': -5, 'tags': ['y'],"
+                                      " 'friend': {'recordId': 'a', 'recordType': 'person'}}"));
+        records.append(NewPerson("d", "{'name': 'Dörte', 'height': 10.25}"));
+        for (const Json::Value &result : Save(records)) {
+            EXPECT_THAT(result, Succeeds());
+        }
+    }
+};
+
+TEST_F(FetchTest, ConditionsCompareByTheFieldsType)
+{
+    SavePeople();
+    EXPECT_THAT(Find(""), ElementsAre("a", "b", "c", "d"));
+    EXPECT_THAT(Find("name=Ann"), ElementsAre("a"));
+    EXPECT_THAT(Find("name~nn"), ElementsAre("a", "c"));
+    EXPECT_THAT(Find("name~"), ElementsAre("a", "b", "c", "d"));
+    EXPECT_THAT(Find("name=ann %26 co%25"), ElementsAre("c"));
+    EXPECT_THAT(Find("name~ö"), ElementsAre("d"));
+    EXPECT_THAT(Find("name<B"), ElementsAre("a"));
+    EXPECT_THAT(Find("age>4"), ElementsAre("a")) << "30 is more than 4, though \"30\" sorts before \"4\"";
+    EXPECT_THAT(Find("age>=4&age<=30"), ElementsAre("a", "b"));
+    EXPECT_THAT(Find("age<0"), ElementsAre("c"));
+    EXPECT_THAT(Find("height>1.5"), ElementsAre("b", "d"));
+    EXPECT_THAT(Find("height=2"), ElementsAre("b"));
+    EXPECT_THAT(Find("active=false"), ElementsAre("b"));
+    EXPECT_THAT(Find("tags~y"), ElementsAre("c")) << "an element, not a part of one";
+    EXPECT_THAT(Find("scores~20"), ElementsAre("b"));
+    EXPECT_THAT(Find("friend=a"), ElementsAre("c"));
+}
+
+TEST_F(FetchTest, AnAbsentValueMeetsOnlyNotEqual)
+{
+    SavePeople();
+    EXPECT_THAT(Find("age!=30"), ElementsAre("b", "c", "d"));
+    EXPECT_THAT(Find("active!=true"), ElementsAre("b", "c", "d"));
+    EXPECT_THAT(Find("age<100"), ElementsAre("a", "b", "c"));
+    SaveOne(Changed("a", 1, "{'age': null}"));
+    EXPECT_THAT(Find("age=30"), IsEmpty());
+    EXPECT_THAT(Find("age!=30"), ElementsAre("a", "b", "c", "d"));
+}
+
+TEST_F(FetchTest, OrderingsSortByTypeWithAbsentValuesLeast)
+{
+    SavePeople();
+    EXPECT_THAT(Find("orderBy=age"), ElementsAre("d", "c", "b", "a"));
+    EXPECT_THAT(Find("orderBy=age desc"), ElementsAre("a", "b", "c", "d"));
+    EXPECT_THAT(Find("orderBy=height desc"), ElementsAre("d", "b", "a", "c"));
+    EXPECT_THAT(Find("name!=Bob&orderBy=active desc,name asc"), ElementsAre("a", "d", "c"));
+    Ask("deleteRecords", J("{'recordType': 'person', 'savePolicy': 2, 'records': [{'recordId': 'b'}]}"));
+    EXPECT_THAT(Find("orderBy=age"), ElementsAre("d", "c", "a"));
+}
+
+TEST_F(FetchTest, FieldsNarrowWhatIsReturned)
+{
+    SavePeople();
+    Json::Value members = J("{'recordType': 'person', 'queryParam': 'name=Ann', 'fields': 'age,height'}");
+    EXPECT_EQ(Ask("fetchRecordsWithQuery", members)["records"][0]["record"], J("{'age': 30, 'height': 1.5}"));
+    members["recordId"] = "a";
+    EXPECT_EQ(Ask("fetchRecordWithId", members)["record"], J("{'age': 30, 'height': 1.5}"));
+    members["fields"] = "age,shoe";
+    for (const char *function : {"fetchRecordsWithQuery", "fetchRecordWithId", "fetchDatabaseChanges"}) {
+        EXPECT_THAT(Ask(function, members), FailsWith(ErrorCode::UNKNOWN_FIELD, "no field \"shoe\" to fetch", "shoe"));
+    }
+}
+
+TEST_F(FetchTest, RecordsAreFetchedByTheirIds)
+{
+    SavePeople();
+    SaveOne(J("{'recordId': 'g', 'recordType': 'group', 'isNew': true}"));
+    Ask("deleteRecords", J("{'recordType': 'person', 'savePolicy': 2, 'records': [{'recordId': 'b'}]}"));
+    Json::Value reply = Ask("fetchRecordWithIds", J(R"({'recordType': 'person', 'fields': 'name',
+        'records': [{'recordId': 'd', 'ownerId': ''}, {'recordId': 'none'}, {'recordId': 'b'}, {'recordId': 'g'}, {}]})"));
+    EXPECT_EQ(reply["records"][0]["record"], J("{'name': 'Dörte'}"));
+    EXPECT_THAT(reply["records"][1], FailsWith(ErrorCode::RECORD_NOT_FOUND, "\"none\" does not exist", "recordId"));
+    EXPECT_EQ(reply["records"][1]["recordId"], "none");
+    EXPECT_THAT(reply["records"][2], FailsWith(ErrorCode::RECORD_DELETED, "was deleted (version 2)", "recordId"));
+    EXPECT_THAT(reply["records"][3], FailsWith(ErrorCode::RECORD_TYPE_MISMATCH, "is of type \"group\"", "recordType"));
+    EXPECT_THAT(reply["records"][4], FailsWith(ErrorCode::INVALID_RECORD, "record to fetch is an object", "recordId"));
+    EXPECT_THAT(Fetch("none"), FailsWith(ErrorCode::RECORD_NOT_FOUND, "\"none\" does not exist", "recordId"));
+    EXPECT_THAT(
+        Fetch("a", "nobody"), FailsWith(ErrorCode::UNKNOWN_RECORD_TYPE, "has no record type \"nobody\"", "recordType"));
+    Json::Value many = J("{'recordType': 'person', 'records': []}");
+    many["records"].resize(1001);
+    EXPECT_THAT(Ask("fetchRecordWithIds", many), FailsWith(ErrorCode::BATCH_TOO_LARGE, "at most 1000", "records"));
+}
+
+TEST_F(FetchTest, PagesStayWithinTheirBounds)
+{
+    Json::Value records(Json::arrayValue);
+    for (int i = 0; i < 1002; ++i) {
+        records.append(NewPerson("p" + std::to_string(1000 + i), "{'name': 'N'}"));
+    }
+    Save(records);
+    Json::Value members = J("{'recordType': 'person', 'pageSize': 0}");
+    for (int pageSize : {0, -1, 5000}) {
+        members["pageSize"] = pageSize;
+        EXPECT_EQ(Ask("fetchRecordsWithQuery", members)["records"].size(), 1000u);
+        EXPECT_EQ(Ask("fetchDatabaseChanges", members)["changes"].size(), 1000u);
+    }
+    Json::Value large(Json::arrayValue);
+    for (const char *id : {"x1", "x2", "x3"}) {
+        large.append(NewPerson(id));
+        large[large.size() - 1]["name"] = std::string(3 * 1024 * 1024, 'L');
+    }
+    Save(large);
+    members = J("{'recordType': 'person', 'queryParam': 'name~L'}");
+    Json::Value page = Ask("fetchRecordsWithQuery", members);
+    EXPECT_EQ(page["records"].size(), 2u) << "a third record would make the page larger than 8 MiB";
+    members["cursor"] = page["nextCursor"];
+    page = Ask("fetchRecordsWithQuery", members);
+    EXPECT_EQ(page["records"].size(), 1u);
+    EXPECT_EQ(page["nextCursor"], "");
+    Json::Value wanted = J("{'recordType': 'person', 'records': []}");
+    for (int i = 0; i < 11; ++i) {
+        wanted["records"].append(J("{'recordId': 'x1'}"));
+    }
+    EXPECT_THAT(Ask("fetchRecordWithIds", wanted)["records"][10],
+        FailsWith(ErrorCode::REPLY_TOO_LARGE, "\"x1\" does not fit into this reply", "records"));
+}
+
+TEST_F(FetchTest, PagingIsStableWhileRecordsComeAndGo)
+{
+    SavePeople();
+    Json::Value members = J("{'recordType': 'person', 'queryParam': 'orderBy=age', 'pageSize': 2}");
+    Json::Value page = Ask("fetchRecordsWithQuery", members);
+    EXPECT_EQ(page["records"][1]["recordId"], "c");
+    Ask("deleteRecords",
+        J("{'recordType': 'person', 'savePolicy': 2, 'records': [{'recordId': 'c'}, {'recordId': 'd'}]}"));
+    SaveOne(NewPerson("e", "{'name': 'E', 'age': -100}"));
+    members["cursor"] = page["nextCursor"];
+    page = Ask("fetchRecordsWithQuery", members);
+    ASSERT_EQ(page["records"].size(), 2u);
+    EXPECT_EQ(page["records"][0]["recordId"], "b");
+    EXPECT_EQ(page["records"][1]["recordId"], "a");
+    EXPECT_EQ(page["nextCursor"], "");
+}
+
+TEST_F(FetchTest, AQueryOverAFieldThatBecameQueryableFindsOlderRecords)
+{
+    Json::Value entry = PeopleEntry();
+    Json::Value &title = entry["defaultContainer"]["schema"]["recordTypes"][1]["fields"][0];
+    SaveOne(J("{'recordId': 'g', 'recordType': 'group', 'isNew': true, 'title': 'T'}"));
+    Json::Value members = J("{'recordType': 'group', 'queryParam': 'title=T'}");
+    EXPECT_THAT(Ask("fetchRecordsWithQuery", members), FailsWith(ErrorCode::INVALID_QUERY, "not queryable", "title"));
+    title["queryable"] = true;
+    Install(entry);
+    EXPECT_EQ(Ask("fetchRecordsWithQuery", members)["records"].size(), 1u);
+}
+
+// Whatever the values, sorting in the service agrees with sorting in the test, and pages of any size join to the whole.
+RC_GTEST_FIXTURE_PROP(FetchTest, PagesOfAnySizeJoinToTheSortedWhole, (std::vector<int8_t> ages, bool descending))
+{
+    Json::Value records(Json::arrayValue);
+    std::vector<std::pair<int, std::string>> expected;
+    for (size_t i = 0; i < ages.size(); ++i) {
+        std::string id = "p" + std::to_string(1000 + i);
+        Json::Value record = NewPerson(id, "{}");
+        record["name"] = id;
+        if (ages[i] % 3 != 0) {
+            record["age"] = ages[i];
+        }
+        expected.emplace_back(ages[i] % 3 != 0 ? ages[i] : -1000, id);
+        records.append(record);
+    }
+    Save(records);
+    std::sort(expected.begin(), expected.end(), [descending](const auto &left, const auto &right) {
+        return left.first != right.first ? (left.first < right.first) != descending : left.second < right.second;
+    });
+    std::vector<std::string> ids;
+    for (const auto &[age, id] : expected) {
+        ids.push_back(id);
+    }
+    std::string query = descending ? "orderBy=age desc" : "orderBy=age";
+    for (int pageSize : {1, 3, 0}) {
+        RC_ASSERT(Find(query, pageSize) == ids);
+    }
+}
+
+} // namespace
+
+} // namespace DriveService

@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "service_fixture.h"
+
+namespace DriveService {
+
+namespace {
+
+class ReferenceTest : public ServiceTest {
+protected:
+    static Json::Value PersonWithFriend(const std::string &id, const std::string &friendId)
+    {
+        Json::Value person = NewPerson(id, "{'name': 'N'}");
+        person["friend"] = J("{'recordType': 'person'}");
+        person["friend"]["recordId"] = friendId;
+        return person;
+    }
+
+    static Json::Value GroupOf(
+        const std::string &member, const std::string &relation = "members", const std::string &type = "person")
+    {
+        Json::Value group = J("{'recordId': 'g', 'recordType': 'group', 'isNew': true, 'relations': [{}]}");
+        group["relations"][0]["relationName"] = relation;
+        group["relations"][0]["recordType"] = type;
+        group["relations"][0]["recordId"] = member;
+        return group;
+    }
+
+    static Json::Value Records(const std::vector<Json::Value> &records)
+    {
+        Json::Value array(Json::arrayValue);
+        for (const Json::Value &record : records) {
+            array.append(record);
+        }
+        return array;
+    }
+};
+
+TEST_F(ReferenceTest, RecordsOfOneRequestMayPointToEachOther)
+{
+    for (const Json::Value &result : Save(Records({PersonWithFriend("a", "b"), PersonWithFriend("b", "c"),
+             PersonWithFriend("c", "a"), PersonWithFriend("self", "self"), GroupOf("a")}))) {
+        EXPECT_THAT(result, Succeeds());
+    }
+    EXPECT_EQ(
+        Fetch("g", "group")["relations"], J("[{'relationName': 'members', 'recordType': 'person', 'recordId': 'a'}]"));
+}
+
+TEST_F(ReferenceTest, UnknownDeletedAndWronglyTypedTargetsAreRefused)
+{
+    Json::Value list = NewPerson("l", "{'name': 'L', 'friends': [{'recordId': 'l', 'recordType': 'person'}, "
+                                      "{'recordId': 'none', 'recordType': 'person'}]}");
+    Json::Value results = Save(Records({PersonWithFriend("a", "none"), list, GroupOf("none")}));
+    EXPECT_THAT(
+        results[0], FailsWith(ErrorCode::UNKNOWN_REFERENCE,
+                        "\"friend\" points to record \"none\" of type \"person\", which does not exist", "friend"));
+    EXPECT_THAT(results[1], FailsWith(ErrorCode::UNKNOWN_REFERENCE, "record \"none\"", "friends[1]"));
+    EXPECT_THAT(results[2], FailsWith(ErrorCode::UNKNOWN_RELATION, "record \"none\"", "relations[0]"));
+
+    SaveOne(J("{'recordId': 'g2', 'recordType': 'group', 'isNew': true}"));
+    SaveOne(NewPerson("gone"));
+    Ask("deleteRecords", J("{'recordType': 'person', 'savePolicy': 2, 'records': [{'recordId': 'gone'}]}"));
+    results = Save(Records({PersonWithFriend("a", "g2"), PersonWithFriend("b", "gone")}));
+    EXPECT_THAT(results[0], FailsWith(ErrorCode::UNKNOWN_REFERENCE, "record \"g2\" of type \"person\"", "friend"));
+    EXPECT_THAT(results[1], FailsWith(ErrorCode::UNKNOWN_REFERENCE, "record \"gone\"", "friend"));
+}
+
+TEST_F(ReferenceTest, ARefusedRecordTakesThoseThatPointToItAlong)
+{
+    Json::Value wrong = NewPerson("d", "{'name': 7}");
+    SaveOne(NewPerson("first", "{'name': 'Dup', 'age': 1}"));
+    Json::Value duplicate = NewPerson("dup", "{'name': 'Dup', 'age': 1}");
+    Json::Value results = Save(Records({PersonWithFriend("a", "b"), PersonWithFriend("b", "c"),
+        PersonWithFriend("c", "d"), wrong, PersonWithFriend("e", "dup"), duplicate, PersonWithFriend("f", "first")}));
+    for (int i : {0, 1, 2, 4}) {
+        EXPECT_THAT(results[i], FailsWith(ErrorCode::UNKNOWN_REFERENCE, "which does not exist", "friend")) << i;
+    }
+    EXPECT_EQ(results[3]["code"], static_cast<int>(ErrorCode::INVALID_FIELD));
+    EXPECT_EQ(results[5]["code"], static_cast<int>(ErrorCode::DUPLICATE_RECORD));
+    EXPECT_THAT(results[6], Succeeds());
+    EXPECT_EQ(Find("").size(), 2u);
+}
+
+TEST_F(ReferenceTest, RelationsMustBeOfTheSchema)
+{
+    SaveOne(NewPerson("p"));
+    EXPECT_THAT(Save(Records({GroupOf("p", "owners")}))[0],
+        FailsWith(
+            ErrorCode::UNKNOWN_RELATION, "has no relation \"owners\" to records of type \"person\"", "relations[0]"));
+    EXPECT_THAT(Save(Records({GroupOf("p", "members", "media")}))[0],
+        FailsWith(ErrorCode::UNKNOWN_RELATION, "to records of type \"media\"", "relations[0]"));
+    EXPECT_THAT(Save(Records({GroupOf("")}))[0],
+        FailsWith(ErrorCode::INVALID_RECORD, "expected an object with the texts", "relations[0]"));
+}
+
+TEST_F(ReferenceTest, OnlyOverwritingClearsRelationsThatAreNotSent)
+{
+    SaveOne(NewPerson("p"));
+    SaveOne(GroupOf("p"));
+    Json::Value change = J("{'recordId': 'g', 'recordType': 'group', 'title': 'T', 'baseVersion': 1}");
+    EXPECT_EQ(SaveOne(change, 0)["relations"].size(), 1u);
+    EXPECT_EQ(SaveOne(change, 2)["relations"].size(), 0u);
+}
+
+} // namespace
+
+} // namespace DriveService

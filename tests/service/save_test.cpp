@@ -1,0 +1,279 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "service_fixture.h"
+
+namespace DriveService {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::SizeIs;
+
+class SaveTest : public ServiceTest {};
+
+TEST_F(SaveTest, ANewRecordComesBackWithItsBookkeeping)
+{
+    nowMs_ = 5000;
+    Json::Value result = SaveOne(NewPerson("p1", "{'name': 'Ann', 'height': 2, 'tags': ['x', 'y']}"));
+    EXPECT_EQ(result["recordId"], "p1");
+    EXPECT_EQ(result["localRecordId"], "p1");
+    EXPECT_EQ(result["version"], 1);
+    EXPECT_EQ(result["createdTime"], 5000);
+    EXPECT_EQ(result["createInfo"], J("{'time': 5000, 'deviceName': 'tablet', 'appId': 'app-7'}"));
+    EXPECT_EQ(result["modifiedInfo"], result["createInfo"]);
+    EXPECT_EQ(result["record"], J("{'name': 'Ann', 'height': 2.0, 'tags': ['x', 'y']}"));
+    EXPECT_EQ(result["record"]["height"].type(), Json::realValue);
+    EXPECT_EQ(result["deleted"], false);
+    EXPECT_THAT(result["ownerId"].asString(), testing::StartsWith("local-"));
+
+    nowMs_ = 6000;
+    SaveOne(Changed("p1", 1, "{'age': 30, 'tags': null}"));
+    Restart();
+    Json::Value fetched = Fetch("p1");
+    EXPECT_EQ(fetched["version"], 2);
+    EXPECT_EQ(fetched["createdTime"], 5000);
+    EXPECT_EQ(fetched["editedTime"], 6000);
+    EXPECT_EQ(fetched["createInfo"]["time"], 5000);
+    EXPECT_EQ(fetched["modifiedInfo"]["time"], 6000);
+    EXPECT_EQ(fetched["record"], J("{'name': 'Ann', 'height': 2.0, 'age': 30}"));
+}
+
+TEST_F(SaveTest, OnlyANewRecordMayComeWithoutAnId)
+{
+    Json::Value result = SaveOne(NewPerson(""));
+    EXPECT_EQ(result["localRecordId"], "");
+    EXPECT_THAT(result["recordId"].asString(), testing::MatchesRegex("F[A-Za-z0-9_-]*"));
+    EXPECT_THAT(result["recordId"].asString(), SizeIs(33));
+    EXPECT_THAT(Fetch(result["recordId"].asString()), Succeeds());
+
+    Json::Value records(Json::arrayValue);
+    records.append(Changed("", 1, "{'name': 'Bob'}"));
+    EXPECT_THAT(Save(records)[0], FailsWith(ErrorCode::INVALID_RECORD, "has no recordId", "recordId"));
+}
+
+TEST_F(SaveTest, PolicyIfUnchangedRefusesWhatIsBasedOnAnotherVersion)
+{
+    SaveOne(NewPerson("p1"));
+    SaveOne(Changed("p1", 1, "{'age': 1}"));
+    Json::Value results = Save(J("[]"));
+    Json::Value records(Json::arrayValue);
+    records.append(Changed("p1", 1, "{'age': 2}"));
+    records.append(NewPerson("p1"));
+    records.append(NewPerson("p2"));
+    results = Save(records);
+    EXPECT_THAT(results[0],
+        FailsWith(ErrorCode::VERSION_CONFLICT, "has version 2, the change is based on version 1", "baseVersion"));
+    EXPECT_EQ(results[0]["localRecordId"], "p1");
+    EXPECT_EQ(results[0]["currentRecord"]["record"]["age"], 1);
+    EXPECT_EQ(results[0]["error"]["errorType"], static_cast<int>(ErrorType::STATE));
+    EXPECT_THAT(results[1], FailsWith(ErrorCode::RECORD_EXISTS, "exists already, with version 2", "recordId"));
+    EXPECT_THAT(results[2], Succeeds()) << "one refused record must not hinder the others";
+    EXPECT_EQ(Fetch("p1")["record"]["age"], 1);
+}
+
+TEST_F(SaveTest, TheOtherPoliciesMergeOrOverwriteWhateverTheVersion)
+{
+    SaveOne(NewPerson("p1", "{'name': 'Ann', 'age': 1, 'active': true}"));
+    SaveOne(Changed("p1", 77, "{'age': 2, 'active': null}"), 1);
+    EXPECT_EQ(Fetch("p1")["record"], J("{'name': 'Ann', 'age': 2}"));
+    SaveOne(Changed("p1", 77, "{'name': 'Eve'}"), 2);
+    EXPECT_EQ(Fetch("p1")["record"], J("{'name': 'Eve'}"));
+    EXPECT_EQ(Fetch("p1")["version"], 3);
+    SaveOne(NewPerson("p1", "{'name': 'New'}"), 1);
+    EXPECT_EQ(Fetch("p1")["version"], 4);
+}
+
+TEST_F(SaveTest, DeletedAndUnknownRecordsCanOnlyBeCreated)
+{
+    SaveOne(NewPerson("p1", "{'name': 'Ann', 'age': 9}"));
+    Json::Value deletion =
+        J("{'recordType': 'person', 'savePolicy': 0, 'records': [{'recordId': 'p1', 'baseVersion': 1}]}");
+    EXPECT_EQ(Ask("deleteRecords", deletion)["records"][0]["version"], 2);
+    Json::Value records(Json::arrayValue);
+    records.append(Changed("p1", 2, "{'age': 2}"));
+    records.append(Changed("p9", 1, "{'age': 2}"));
+    Json::Value results = Save(records, 2);
+    EXPECT_THAT(results[0], FailsWith(ErrorCode::RECORD_DELETED, "was deleted (version 2)", "recordId"));
+    EXPECT_THAT(results[1], FailsWith(ErrorCode::RECORD_NOT_FOUND, "\"p9\" does not exist", "recordId"));
+    Json::Value again = SaveOne(NewPerson("p1", "{'name': 'Back'}"));
+    EXPECT_EQ(again["version"], 3);
+    EXPECT_EQ(again["record"], J("{'name': 'Back'}"));
+}
+
+TEST_F(SaveTest, DeletionFollowsThePolicyAndCanBeRepeated)
+{
+    SaveOne(NewPerson("p1"));
+    SaveOne(NewPerson("p2", "{'name': 'Bob'}"));
+    Json::Value deletion = J(R"({'recordType': 'person', 'savePolicy': 0, 'records': [
+        {'recordId': 'p1', 'baseVersion': 7}, {'recordId': 'p9'}, {'recordType': 'person'},
+        {'recordId': 'p2', 'baseVersion': 'x'}]})");
+    Json::Value results = Ask("deleteRecords", deletion)["records"];
+    EXPECT_THAT(results[0],
+        FailsWith(ErrorCode::VERSION_CONFLICT, "has version 1, the deletion is based on version 7", "baseVersion"));
+    EXPECT_THAT(results[1], FailsWith(ErrorCode::RECORD_NOT_FOUND, "\"p9\" does not exist", "recordId"));
+    EXPECT_THAT(results[2], FailsWith(ErrorCode::INVALID_RECORD, "record to delete is an object", "recordId"));
+    EXPECT_THAT(results[3], FailsWith(ErrorCode::INVALID_RECORD, "came text \"x\"", "baseVersion"));
+    deletion["savePolicy"] = 1;
+    for (int round = 0; round < 2; ++round) {
+        Json::Value done = Ask("deleteRecords", deletion)["records"][0];
+        EXPECT_THAT(done, Succeeds());
+        EXPECT_EQ(done["version"], 2);
+        EXPECT_EQ(done["deleted"], true);
+        EXPECT_FALSE(done.isMember("record"));
+    }
+    deletion["recordType"] = "group";
+    EXPECT_THAT(Ask("deleteRecords", deletion)["records"][3],
+        FailsWith(ErrorCode::RECORD_TYPE_MISMATCH, "is of type \"person\", not \"group\"", "recordType"));
+}
+
+struct FieldCase {
+    const char *fields;
+    const char *text;
+    const char *position;
+};
+
+TEST_F(SaveTest, EachFieldIsCheckedAgainstItsTypeAndNamed)
+{
+    const FieldCase cases[] = {
+        {"{'name': 5}", "field \"name\": expected String, came integer 5", "name"},
+        {"{'name': 'A', 'age': 1.5}", "expected Integer, came number 1.5", "age"},
+        {"{'name': 'A', 'age': 9223372036854775808}", "expected Integer, came integer 9223372036854775808", "age"},
+        {"{'name': 'A', 'height': 'x'}", "expected Double, came text \"x\"", "height"},
+        {"{'name': 'A', 'active': 1}", "expected Boolean, came integer 1", "active"},
+        {"{'name': 'A', 'photo': 'abc'}", "expected Blob (a Base64 text), came text \"abc\"", "photo"},
+        {"{'name': 'A', 'tags': 'x'}", "expected List of String, came text \"x\"", "tags"},
+        {"{'name': 'A', 'tags': ['x', 3]}", "expected String, came integer 3", "tags[1]"},
+        {"{'name': 'A', 'props': []}", "expected Map, came an array", "props"},
+        {"{'name': 'A', 'props': {'a': {}}}", "within a Map, came an object", "props.a"},
+        {"{'name': 'A', 'avatar': 7}", "expected Asset, came integer 7", "avatar"},
+        {"{'name': 'A', 'avatar': {'size': -1}}", "integer that is not negative, came integer -1", "avatar.size"},
+        {"{'name': 'A', 'avatar': {'uri': 1}}", "expected a text, came integer 1", "avatar.uri"},
+        {"{'name': 'A', 'avatar': {'assetOperType': 4}}", "from 0 to 3, came integer 4", "avatar.assetOperType"},
+        {"{'name': 'A', 'friend': {'recordId': 'x'}}", "expected Reference (an object", "friend"},
+        {"{'name': 'A', 'friend': {'recordId': 'x', 'recordType': 'group'}}",
+            "a Reference to a record of type \"person\", came text \"group\"", "friend"},
+        {"{'name': 'A', 'shoe': 1}", "record type \"person\" has no field \"shoe\"", "shoe"},
+        {"{'age': 1}", "expected String because the field is primary, came no value", "name"},
+        {"{'name': null}", "because the field is primary", "name"},
+    };
+    for (const FieldCase &test : cases) {
+        Json::Value records(Json::arrayValue);
+        records.append(NewPerson("p", test.fields));
+        EXPECT_THAT(Save(records)[0], FailsWith(ErrorCode::INVALID_FIELD, test.text, test.position)) << test.fields;
+    }
+    EXPECT_THAT(Fetch("p"), FailsWith(ErrorCode::RECORD_NOT_FOUND, "does not exist", "recordId"));
+    Json::Value entry = PeopleEntry();
+    entry["defaultContainer"]["schema"]["recordTypes"][1]["fields"][0]["nullable"] = false;
+    Install(entry);
+    EXPECT_THAT(Save(J("[{'recordId': 'g', 'recordType': 'group', 'isNew': true}]"))[0],
+        FailsWith(ErrorCode::INVALID_FIELD, "because the field is not nullable", "title"));
+}
+
+TEST_F(SaveTest, EveryKindOfValueIsKeptAsItWasSent)
+{
+    const char *fields = R"({'name': 'Zoë \u0000 \\ 漢字', 'age': -9223372036854775808, 'height': 0.1, 'active': false,
+        'tags': ['', 'a,b&c'], 'scores': [1, -2], 'photo': 'AAEC/w==', 'props': {'i': 1, 'd': 1.5, 's': 't', 'b': true},
+        'avatar': {'uri': 'file://x', 'assetName': 'x', 'assetOperType': 1, 'sha256': '', 'version': 18446744073709551615,
+        'assetId': '', 'subPath': '', 'exCheckInfo': '', 'size': 3}, 'friend': {'recordId': 'p1', 'recordType': 'person'}})";
+    SaveOne(NewPerson("p1", fields));
+    EXPECT_EQ(Fetch("p1")["record"], J(fields));
+
+    SaveOne(J("{'recordId': 'm', 'recordType': 'media', 'isNew': true, 'attachments': [{'asset': {'uri': 'a'}}, "
+              "{'uri': 'b'}]}"));
+    EXPECT_EQ(Fetch("m", "media")["record"]["attachments"], J("[{'uri': 'a'}, {'uri': 'b'}]"));
+}
+
+TEST_F(SaveTest, BookkeepingMembersAreChecked)
+{
+    Json::Value results = Save(J(R"([
+        5, {'recordId': 3, 'recordType': 'person'}, {'recordId': 'a', 'recordType': 'person', 'isNew': 'yes'},
+        {'recordId': 'a', 'recordType': 'person', 'baseVersion': -1}, {'recordId': 'a', 'recordType': 'person', 'deleted': true},
+        {'recordId': 'a', 'recordType': 'nobody'}, {'recordId': 'a', 'recordType': 'person', 'relations': 5}])"));
+    EXPECT_THAT(results[0], FailsWith(ErrorCode::INVALID_RECORD, "a record is an object, came integer 5", "records"));
+    EXPECT_THAT(results[1], FailsWith(ErrorCode::INVALID_RECORD, "expected a text, came integer 3", "recordId"));
+    EXPECT_THAT(results[2], FailsWith(ErrorCode::INVALID_RECORD, "expected true or false, came text", "isNew"));
+    EXPECT_THAT(results[3], FailsWith(ErrorCode::INVALID_RECORD, "not negative, came integer -1", "baseVersion"));
+    EXPECT_THAT(results[4], FailsWith(ErrorCode::INVALID_RECORD, "a deleted record cannot be saved", "deleted"));
+    EXPECT_THAT(results[5], FailsWith(ErrorCode::UNKNOWN_RECORD_TYPE, "has no record type \"nobody\"", "recordType"));
+    EXPECT_THAT(results[6], FailsWith(ErrorCode::INVALID_RECORD, "expected an array, came integer 5", "relations"));
+    SaveOne(J("{'recordId': 'g', 'recordType': 'group', 'isNew': true}"));
+    EXPECT_THAT(Save(J("[{'recordId': 'g', 'recordType': 'person', 'name': 'A'}]"))[0],
+        FailsWith(ErrorCode::RECORD_TYPE_MISMATCH, "\"g\" is of type \"group\", not \"person\"", "recordType"));
+    Json::Value huge(Json::arrayValue);
+    huge.append(NewPerson("h"));
+    huge[0]["name"] = std::string(8 * 1024 * 1024, 'x');
+    EXPECT_THAT(Save(huge)[0], FailsWith(ErrorCode::INVALID_RECORD, "at most 8388608 are allowed", "records"));
+    huge[0] = NewPerson(std::string(513, 'i'));
+    EXPECT_THAT(Save(huge)[0], FailsWith(ErrorCode::INVALID_RECORD, "at most 512 bytes", "recordId"));
+}
+
+TEST_F(SaveTest, ACreateThatMeetsAnotherInTheDuplicateCheckFieldsReportsIt)
+{
+    SaveOne(NewPerson("p1", "{'name': 'Ann', 'age': 30}"));
+    Json::Value records(Json::arrayValue);
+    records.append(NewPerson("p2", "{'name': 'Ann', 'age': 30}"));
+    records.append(NewPerson("p3", "{'name': 'Ann', 'age': 31}"));
+    records.append(NewPerson("p4", "{'name': 'Ann', 'age': 31}"));
+    records.append(NewPerson("p5", "{'name': 'Ann'}"));
+    records.append(NewPerson("p6", "{'name': 'Ann'}"));
+    Json::Value results = Save(records, 2);
+    EXPECT_THAT(results[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\" has the same values", "age,name"));
+    EXPECT_EQ(results[0]["currentRecord"]["recordId"], "p1");
+    EXPECT_THAT(results[1], Succeeds());
+    EXPECT_THAT(results[2], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p3\" has the same values", "age,name"));
+    EXPECT_THAT(results[3], Succeeds());
+    EXPECT_THAT(results[4], Succeeds()) << "records without one of the values are like no other";
+    records = Json::Value(Json::arrayValue);
+    records.append(Changed("p1", 0, "{'age': 40}"));
+    records.append(NewPerson("p7", "{'name': 'Ann', 'age': 30}"));
+    EXPECT_THAT(Save(records, 1)[1], Succeeds()) << "the same request has made the values free";
+}
+
+TEST_F(SaveTest, AnIdTwiceInOneRequestIsSavedTwice)
+{
+    Json::Value records(Json::arrayValue);
+    records.append(NewPerson("p1"));
+    records.append(Changed("p1", 1, "{'age': 5}"));
+    records.append(Changed("p1", 1, "{'age': 6}"));
+    Json::Value results = Save(records);
+    EXPECT_EQ(results[1]["version"], 2);
+    EXPECT_THAT(results[2], FailsWith(ErrorCode::VERSION_CONFLICT, "has version 2", "baseVersion"));
+}
+
+TEST_F(SaveTest, WrongRequestsAreRefusedAsAWhole)
+{
+    Json::Value entry = PeopleEntry();
+    entry["defaultContainer"]["maxBatchNumber"] = 1;
+    Install(entry);
+    Json::Value members = J("{'records': [{}, {}], 'savePolicy': 0}");
+    EXPECT_THAT(
+        Ask("saveRecords", members), FailsWith(ErrorCode::BATCH_TOO_LARGE, "takes at most 1 at once", "records"));
+    members = J("{'records': [], 'savePolicy': 3}");
+    EXPECT_THAT(Ask("saveRecords", members),
+        FailsWith(ErrorCode::INVALID_ARGUMENT, "an integer from 0 to 2, came integer 3", "savePolicy"));
+    members = J("{'records': {}, 'savePolicy': 0}");
+    EXPECT_THAT(Ask("saveRecords", members), FailsWith(ErrorCode::INVALID_ARGUMENT, "expected an array", "records"));
+    members = J("{'records': [], 'savePolicy': 0, 'databaseType': 3}");
+    EXPECT_THAT(Ask("saveRecords", members), FailsWith(ErrorCode::INVALID_ARGUMENT, "from 0 to 2", "databaseType"));
+    members = J("{'records': [], 'savePolicy': 0, 'containerName': 'x'}");
+    EXPECT_THAT(Ask("saveRecords", members),
+        FailsWith(ErrorCode::UNKNOWN_CONTAINER, "has no container \"x\"", "containerName"));
+    members = J("{'records': [], 'savePolicy': 0, 'bundleName': '../x'}");
+    EXPECT_THAT(
+        Ask("saveRecords", members), FailsWith(ErrorCode::UNKNOWN_BUNDLE, "has no bundle \"../x\"", "bundleName"));
+}
+
+TEST_F(SaveTest, TheThreeDatabasesOfAContainerAreApart)
+{
+    SaveOne(NewPerson("p1"));
+    for (int type : {0, 2}) {
+        Json::Value members = J("{'recordType': 'person', 'recordId': 'p1'}");
+        members["databaseType"] = type;
+        EXPECT_THAT(Ask("fetchRecordWithId", members), FailsWith(ErrorCode::RECORD_NOT_FOUND, "p1", "recordId"));
+    }
+}
+
+} // namespace
+
+} // namespace DriveService

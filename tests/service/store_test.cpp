@@ -1,0 +1,154 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "store/sqlite_store.h"
+
+#include <sys/stat.h>
+
+#include "service_fixture.h"
+
+namespace DriveService {
+
+namespace {
+
+class StoreTest : public testing::Test {
+protected:
+    StoreTest() : path_(folder_.Path() + "/drive.db"), store_(std::make_unique<SqliteStore>(path_))
+    {}
+
+    static StoredRecord Record(const std::string &id)
+    {
+        StoredRecord record;
+        record.recordId = id;
+        record.recordType = "t";
+        record.version = 1;
+        return record;
+    }
+
+    int64_t Put(const std::string &id)
+    {
+        std::unique_ptr<WriteSession> session = store_->BeginWrite();
+        DatabaseInfo database = session->EnsureDatabase({"b", "c", 1});
+        StoredRecord record = Record(id);
+        session->Put(database.id, record, {});
+        session->Commit();
+        return record.sequence;
+    }
+
+    TempFolder folder_;
+    std::string path_;
+    std::unique_ptr<SqliteStore> store_;
+};
+
+TEST_F(StoreTest, TheFilesAreTheOwnersAlone)
+{
+    Put("a");
+    for (const char *ending : {"", "-wal", "-shm"}) {
+        struct stat info {};
+        ASSERT_EQ(stat((path_ + ending).c_str(), &info), 0) << ending;
+        EXPECT_EQ(info.st_mode & 0777, 0600u) << ending;
+    }
+}
+
+TEST_F(StoreTest, WhatWasNotCommittedIsUndone)
+{
+    EXPECT_EQ(Put("a"), 1);
+    {
+        std::unique_ptr<WriteSession> session = store_->BeginWrite();
+        int64_t id = session->EnsureDatabase({"b", "c", 1}).id;
+        StoredRecord record = Record("lost");
+        session->Put(id, record, {});
+        EXPECT_EQ(record.sequence, 2);
+        EXPECT_TRUE(session->View().FindRecord(id, "lost"));
+        EXPECT_FALSE(store_->BeginRead()->FindRecord(id, "lost")) << "others see only what was committed";
+    }
+    EXPECT_EQ(Put("b"), 2) << "an undone change leaves no gap in the sequence";
+    store_.reset();
+    store_ = std::make_unique<SqliteStore>(path_);
+    DatabaseInfo database = store_->BeginRead()->FindDatabase({"b", "c", 1}).value();
+    EXPECT_EQ(database.lastSequence, 2);
+    EXPECT_FALSE(store_->BeginRead()->FindRecord(database.id, "lost"));
+    EXPECT_TRUE(store_->BeginRead()->FindRecord(database.id, "a"));
+}
+
+TEST_F(StoreTest, AReadSessionKeepsItsViewWhileOthersWrite)
+{
+    Put("a");
+    std::unique_ptr<ReadSession> session = store_->BeginRead();
+    int64_t id = session->FindDatabase({"b", "c", 1})->id;
+    Put("b");
+    EXPECT_FALSE(session->FindRecord(id, "b"));
+    EXPECT_EQ(session->FindDatabase({"b", "c", 1})->lastSequence, 1);
+    EXPECT_TRUE(store_->BeginRead()->FindRecord(id, "b"));
+}
+
+TEST_F(StoreTest, DatabasesAreToldApartAndNumberedEach)
+{
+    std::unique_ptr<WriteSession> session = store_->BeginWrite();
+    DatabaseInfo first = session->EnsureDatabase({"b", "c", 1});
+    DatabaseInfo second = session->EnsureDatabase({"b", "c", 2});
+    EXPECT_NE(first.id, second.id);
+    EXPECT_NE(first.uid, second.uid);
+    EXPECT_EQ(session->EnsureDatabase({"b", "c", 1}).uid, first.uid);
+    StoredRecord record = Record("r");
+    session->Put(first.id, record, {});
+    session->Put(second.id, record, {});
+    EXPECT_EQ(record.sequence, 1);
+    EXPECT_THROW(session->Put(99, record, {}), StoreError);
+}
+
+TEST_F(StoreTest, ReplacingARecordReplacesItsIndexedValues)
+{
+    std::unique_ptr<WriteSession> session = store_->BeginWrite();
+    int64_t id = session->EnsureDatabase({"b", "c", 1}).id;
+    StoredRecord record = Record("r");
+    IndexRow old{"f", 0, std::string("old")};
+    IndexRow number{"n", 0, int64_t{4}};
+    session->Put(id, record, {old, number});
+    EXPECT_EQ(session->View().FindByValues(id, "t", {old, number}, "other"), "r");
+    EXPECT_EQ(session->View().FindByValues(id, "t", {old, number}, "r"), "") << "a record is no duplicate of itself";
+    EXPECT_EQ(session->View().FindByValues(id, "t", {old, {"n", 0, int64_t{5}}}, "other"), "");
+    session->Put(id, record, {number});
+    EXPECT_EQ(session->View().FindByValues(id, "t", {old}, "other"), "");
+    record.deleted = true;
+    session->Put(id, record, {number});
+    EXPECT_EQ(session->View().FindByValues(id, "t", {number}, "other"), "");
+}
+
+TEST_F(StoreTest, DatabasesOfNewerProgramsAndOtherFilesAreRefused)
+{
+    store_.reset();
+    {
+        SqliteConnection connection(path_);
+        connection.Execute("UPDATE schema_info SET version = 99");
+    }
+    auto open = [](const std::string &path) -> std::string {
+        try {
+            SqliteStore store(path);
+        } catch (const StoreError &error) {
+            return error.what();
+        }
+        return "opened";
+    };
+    EXPECT_THAT(open(path_), testing::HasSubstr("has schema version 99, this program knows versions up to 1"));
+    EXPECT_THAT(open(folder_.Path()), testing::HasSubstr("cannot open " + folder_.Path()));
+    std::string other = folder_.Path() + "/other";
+    FILE *file = fopen(other.c_str(), "w");
+    fputs("this is no database, it only has many characters in it", file);
+    fclose(file);
+    EXPECT_THAT(open(other), testing::HasSubstr("file is not a database"));
+}
+
+TEST_F(StoreTest, SettingsAreKept)
+{
+    EXPECT_EQ(store_->BeginRead()->Setting("a"), std::nullopt);
+    std::unique_ptr<WriteSession> session = store_->BeginWrite();
+    session->SetSetting("a", "1");
+    session->SetSetting("a", "2");
+    session->Commit();
+    EXPECT_EQ(store_->BeginRead()->Setting("a"), "2");
+}
+
+} // namespace
+
+} // namespace DriveService
