@@ -69,13 +69,14 @@ void Print(const std::vector<Nubis::NBRecord> &records, const ChangesOptions &op
 std::string PrintUntilUpToDate(
     Nubis::NBDatabase &database, std::string cursor, const ChangesOptions &options, const Console &console)
 {
+    const std::string start = cursor;
     bool hasMore = true;
     while (hasMore && !Interrupted()) {
         PageOutcome page = Wait(StartChanges(database, options.type, options.fields, options.pageSize, cursor));
         if (page.error.HasError()) {
             // Whatever was printed is behind this cursor, so nothing need be read twice.
             throw CommandError("reading changes failed: " + ErrorText(page.error),
-                ErrorAdvice(page.error) + (cursor.empty() ? "" : "; go on with --since " + cursor));
+                ErrorAdvice(page.error) + (cursor == start ? "" : "; go on with --since " + cursor));
         }
         Print(page.records, options, console);
         hasMore = page.hasMore;

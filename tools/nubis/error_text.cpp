@@ -3,6 +3,8 @@
 
 #include "error_text.h"
 
+#include <map>
+
 #include "command_error.h"
 
 namespace NubisTool {
@@ -32,13 +34,9 @@ std::string LocalText(Nubis::NBLocalErrorCode code)
     }
 }
 
-std::string DetailText(const Nubis::NBErrorDetail &detail, const std::string &message)
+std::string ReasonOf(const NBError &error)
 {
-    std::string text = detail.description == message ? "" : detail.description;
-    if (!detail.errorPos.empty()) {
-        text = detail.errorPos + (text.empty() ? "" : ": ") + text;
-    }
-    return text;
+    return error.GetErrorDetails().empty() ? "" : error.GetErrorDetails().front().reason;
 }
 
 std::string ServerText(const NBError &error)
@@ -46,20 +44,32 @@ std::string ServerText(const NBError &error)
     std::string text = error.GetErrorMsg().empty() ? "the drive service refused it" : error.GetErrorMsg();
     std::string details;
     for (const Nubis::NBErrorDetail &detail : error.GetErrorDetails()) {
-        std::string one = DetailText(detail, error.GetErrorMsg());
-        // A position that the message names already would only be said twice.
-        if (!one.empty() && text.find(one) == std::string::npos) {
-            details += (details.empty() ? "" : "; ") + one;
+        // The first one is often the message itself, which should not be said twice.
+        if (!detail.description.empty() && text.find(detail.description) == std::string::npos) {
+            details += (details.empty() ? "" : "; ") + (detail.errorPos.empty() ? "" : detail.errorPos + ": ") +
+                       detail.description;
         }
     }
     if (!details.empty()) {
         text += " [" + details + "]";
     }
-    std::string code = "code " + std::to_string(error.GetServerErrorCode());
-    if (!error.GetErrorDetails().empty() && !error.GetErrorDetails().front().reason.empty()) {
-        code = error.GetErrorDetails().front().reason + ", " + code;
-    }
-    return text + " (" + code + ")";
+    std::string reason = ReasonOf(error);
+    return text + " (" + (reason.empty() ? "" : reason + ", ") + "code " + std::to_string(error.GetServerErrorCode()) +
+           ")";
+}
+
+// For failures that people meet often and whose way out depends on more than their class.
+std::string AdviceForReason(const std::string &reason)
+{
+    static const std::map<std::string, std::string> ADVICE = {
+        {"RECORD_EXISTS",
+            "overwrite records that are there with --existing (import), or change them without --new (save)"},
+        {"RECORD_NOT_FOUND", "see with `nubis record query` which records there are; --new creates one"},
+        {"VERSION_CONFLICT", "read it with `nubis record get`, and save it with the version that it has now"},
+        {"UNKNOWN_REFERENCE", "save the record that it refers to first"},
+        {"INVALID_CURSOR", "begin again without --since"}};
+    auto advice = ADVICE.find(reason);
+    return advice == ADVICE.end() ? "" : advice->second;
 }
 
 } // namespace
@@ -74,6 +84,9 @@ std::string ErrorText(const NBError &error)
 
 std::string ErrorAdvice(const NBError &error)
 {
+    if (std::string advice = AdviceForReason(ReasonOf(error)); error.IsServerError() && !advice.empty()) {
+        return advice;
+    }
     if (error.IsServerError()) {
         switch (error.GetErrorType()) {
             case TYPE_STATE:

@@ -20,12 +20,24 @@ Json::Value ChangeToJson(const Nubis::NBRecordsResponse &change)
     return json;
 }
 
-std::string Write(const Json::Value &value, const char *indentation)
+void WriteIndented(const Json::Value &value, const std::string &indent, std::string &text)
 {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = indentation;
-    builder["emitUTF8"] = true;
-    return Json::writeString(builder, value);
+    bool isObject = value.isObject();
+    if ((!isObject && !value.isArray()) || value.empty()) {
+        text += CompactText(value);
+        return;
+    }
+    std::string inner = indent + "  ";
+    const char *separator = isObject ? "{\n" : "[\n";
+    for (auto member = value.begin(); member != value.end(); ++member) {
+        text += separator + inner;
+        if (isObject) {
+            text += CompactText(member.key()) + ": ";
+        }
+        WriteIndented(*member, inner, text);
+        separator = ",\n";
+    }
+    text += "\n" + indent + (isObject ? "}" : "]");
 }
 
 } // namespace
@@ -84,12 +96,17 @@ Json::Value RecordToJson(const Nubis::NBRecord &record)
 
 std::string CompactText(const Json::Value &value)
 {
-    return Write(value, "");
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    return Json::writeString(builder, value);
 }
 
 std::string PrettyText(const Json::Value &value)
 {
-    return Write(value, "  ");
+    std::string text;
+    WriteIndented(value, "", text);
+    return text;
 }
 
 std::string FieldToCell(const Nubis::NBRecordField &field)
