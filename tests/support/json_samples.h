@@ -25,6 +25,14 @@ inline Json::Value ParseJson(const std::string &text)
     return json;
 }
 
+// The compact text of a value, of any depth that the stack carries.
+inline std::string JsonText(const Json::Value &json)
+{
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    return Json::writeString(builder, json);
+}
+
 // Objects and arrays in turn, so many levels deep.
 inline Json::Value NestJson(int depth)
 {

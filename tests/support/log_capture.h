@@ -4,6 +4,8 @@
 #ifndef NUBIS_TEST_LOG_CAPTURE_H
 #define NUBIS_TEST_LOG_CAPTURE_H
 
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -54,9 +56,26 @@ public:
         return Take(LOG_ERROR);
     }
 
+    // Waits until a text that ends like this was logged since the last Take; false when it does not come.
+    bool WaitFor(const std::string &end)
+    {
+        Sink &sink = GetSink();
+        std::unique_lock<std::mutex> lock(sink.mutex);
+        return sink.added.wait_for(lock, std::chrono::seconds(30), [&]() {
+            for (const auto &line : sink.lines) {
+                const std::string &text = line.second;
+                if (text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0) {
+                    return true;
+                }
+            }
+            return false;
+        });
+    }
+
 private:
     struct Sink {
         std::mutex mutex;
+        std::condition_variable added;
         std::vector<std::pair<LogLevel, std::string>> lines;
     };
 
@@ -71,6 +90,7 @@ private:
         Sink &sink = GetSink();
         std::lock_guard<std::mutex> lock(sink.mutex);
         sink.lines.emplace_back(level, message);
+        sink.added.notify_all();
     }
 
     static std::string WithoutPlace(const std::string &text)

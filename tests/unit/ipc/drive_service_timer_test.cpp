@@ -1,0 +1,139 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/manual_clock.h"
+#include "log_capture.h"
+#include "proxy_fixture.h"
+#include "wall_clock.h"
+
+namespace {
+using namespace Nubis;
+using std::chrono::seconds;
+using testing::Contains;
+using testing::Not;
+
+constexpr seconds TICK(5);
+
+// Time is the test's: FFRT and the wall clock stand on one manual clock.
+class TimerTest : public NubisTest::ProxyTest {
+protected:
+    TimerTest()
+    {
+        WallClock::SetSource([this]() {
+            return std::chrono::duration_cast<std::chrono::milliseconds>(clock_.Now().time_since_epoch()).count();
+        });
+    }
+    ~TimerTest() override
+    {
+        WallClock::SetSource(nullptr);
+    }
+
+    // Connects and lets the greeting and the start of the timer come to rest.
+    std::unique_ptr<NubisTest::TestProxy> ConnectAndRest(const std::string &greetingReply = R"({"code": 0})")
+    {
+        service_ = NubisTest::FakeDriveService::Offer(userId_);
+        service_->Answer("getAppState", greetingReply);
+        auto proxy = std::make_unique<NubisTest::TestProxy>(userId_, std::nullopt);
+        service_->WaitFor("getAppState", 1);
+        EXPECT_TRUE(log_.WaitFor(" ms,"));
+        clock_.Advance(seconds(0));
+        log_.Take(LOG_INFO);
+        return proxy;
+    }
+
+    // A request that stays in flight until the future of the result is let go by Open.
+    std::future<NubisTest::SendOutcome> HoldRequest(NubisTest::TestProxy &proxy, int timeout)
+    {
+        service_->AnswerWith("getLock", [opened = gate_.get_future().share()](const Json::Value &) {
+            opened.wait();
+            return std::string("{}");
+        });
+        auto sent = SendAside(proxy, "getLock", timeout);
+        service_->WaitFor("getLock", 1);
+        return sent;
+    }
+
+    Host::ManualClock clock_;
+    NubisTest::LogCapture log_;
+    std::promise<void> gate_;
+};
+
+TEST_F(TimerTest, AnIdleServiceIsDisconnectedAndTheTimerStops)
+{
+    const auto proxy = ConnectAndRest();
+    clock_.Advance(12 * TICK);
+    EXPECT_THAT(log_.Take(LOG_INFO), Not(Contains("disconnect ability")));
+    clock_.Advance(TICK);
+    ASSERT_TRUE(log_.WaitFor(" ability disconnect"));
+    clock_.Advance(22 * TICK);
+    EXPECT_THAT(log_.Take(LOG_INFO), Not(Contains("stop timer")));
+    clock_.Advance(TICK);
+    EXPECT_THAT(log_.Take(LOG_INFO), Contains("stop timer").Times(1));
+
+    // The next request brings both back.
+    EXPECT_EQ(Send(*proxy, "deleteLock").status, 0);
+    const auto infos = log_.Take(LOG_INFO);
+    EXPECT_THAT(infos, Contains("connect extension ability").Times(1));
+    EXPECT_THAT(infos, Contains("start timer").Times(1));
+}
+
+TEST_F(TimerTest, RequestsBeginTheIdleTimeAnew)
+{
+    const auto proxy = ConnectAndRest();
+    for (int i = 0; i < 3; ++i) {
+        clock_.Advance(12 * TICK);
+        EXPECT_EQ(Send(*proxy, "deleteLock").status, 0);
+    }
+    EXPECT_THAT(log_.Take(LOG_INFO), Not(Contains("disconnect ability")));
+}
+
+TEST_F(TimerTest, ARequestInFlightKeepsTheServiceAndAsksHowItIs)
+{
+    const auto proxy = ConnectAndRest(R"({"code": 0, "checkAlive": 1})");
+    clock_.Advance(TICK);
+    EXPECT_EQ(service_->Requests("getAppState").size(), 1U);
+    auto sent = HoldRequest(*proxy, 600);
+    clock_.Advance(2 * TICK);
+    EXPECT_EQ(service_->Requests("getAppState").size(), 3U);
+    // A failure tells nothing new, a success without the member turns the asking off.
+    service_->Answer("getAppState", R"({"code": 3, "error": {}})");
+    clock_.Advance(TICK);
+    service_->Answer("getAppState", R"([])");
+    clock_.Advance(TICK);
+    service_->Answer("getAppState", R"({"code": 0, "checkAlive": true})");
+    clock_.Advance(TICK);
+    EXPECT_EQ(service_->Requests("getAppState").size(), 6U);
+    clock_.Advance(20 * TICK);
+    EXPECT_EQ(service_->Requests("getAppState").size(), 6U);
+    const auto infos = log_.Take(LOG_INFO);
+    EXPECT_THAT(infos, Not(Contains("disconnect ability")));
+    gate_.set_value();
+    EXPECT_EQ(sent.get().status, 0);
+}
+
+TEST_F(TimerTest, ALateRequestIsLoggedOnceAndStopsTheAsking)
+{
+    const auto proxy = ConnectAndRest(R"({"code": 0, "checkAlive": 1})");
+    // Without a time of its own a request has 180 s.
+    auto sent = HoldRequest(*proxy, 0);
+    clock_.Advance(seconds(180));
+    EXPECT_THAT(log_.TakeErrors(), testing::IsEmpty());
+    const size_t asked = service_->Requests("getAppState").size();
+    clock_.Advance(10 * TICK);
+    EXPECT_EQ(service_->Requests("getAppState").size(), asked);
+    EXPECT_THAT(log_.TakeErrors(), testing::ElementsAre("request id:t1 is timeout, timeout:180"));
+    gate_.set_value();
+    EXPECT_EQ(sent.get().status, 0);
+}
+
+TEST_F(TimerTest, TheTimerEndsWithItsProxy)
+{
+    ConnectAndRest().reset();
+    clock_.Advance(2 * TICK);
+    EXPECT_THAT(log_.TakeErrors(), testing::IsEmpty());
+    EXPECT_FALSE(clock_.WaitForPending(1, seconds(0)));
+}
+} // namespace

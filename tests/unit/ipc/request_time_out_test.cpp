@@ -1,0 +1,70 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "log_capture.h"
+#include "request_time_out.h"
+#include "wall_clock.h"
+
+namespace {
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class RequestTimeOutTest : public testing::Test {
+protected:
+    RequestTimeOutTest()
+    {
+        Nubis::WallClock::SetSource([this]() { return nowSeconds_ * 1000; });
+    }
+    ~RequestTimeOutTest() override
+    {
+        Nubis::WallClock::SetSource(nullptr);
+    }
+
+    std::atomic<int64_t> nowSeconds_{1000};
+    Nubis::RequestTimeOut requests_;
+};
+
+TEST_F(RequestTimeOutTest, ARequestIsLateOnlyAfterItsWholeTimeAndLoggedOnce)
+{
+    NubisTest::LogCapture log;
+    requests_.AddRequest("a", 10);
+    nowSeconds_ = 1010;
+    EXPECT_FALSE(requests_.HasRequestTimeOut());
+    nowSeconds_ = 1011;
+    EXPECT_TRUE(requests_.HasRequestTimeOut());
+    EXPECT_TRUE(requests_.HasRequestTimeOut());
+    EXPECT_THAT(log.TakeErrors(), ElementsAre("request id:a is timeout, timeout:10"));
+
+    requests_.AddRequest("a", 10);
+    EXPECT_FALSE(requests_.HasRequestTimeOut());
+    nowSeconds_ = 1022;
+    EXPECT_TRUE(requests_.HasRequestTimeOut());
+    EXPECT_THAT(log.TakeErrors(), ElementsAre("request id:a is timeout, timeout:10"));
+}
+
+TEST_F(RequestTimeOutTest, TheFirstLateRequestHidesThoseBehindIt)
+{
+    NubisTest::LogCapture log;
+    requests_.AddRequest("b", 1);
+    requests_.AddRequest("a", 1);
+    nowSeconds_ = 1002;
+    EXPECT_TRUE(requests_.HasRequestTimeOut());
+    EXPECT_TRUE(requests_.HasRequestTimeOut());
+    EXPECT_THAT(log.TakeErrors(), ElementsAre("request id:a is timeout, timeout:1"));
+    requests_.RemoveRequest("a");
+    EXPECT_TRUE(requests_.HasRequestTimeOut());
+    EXPECT_THAT(log.TakeErrors(), ElementsAre("request id:b is timeout, timeout:1"));
+    requests_.Clear();
+    EXPECT_FALSE(requests_.HasRequestTimeOut());
+}
+
+TEST_F(RequestTimeOutTest, RequestsWithoutIdAreNotWatched)
+{
+    requests_.AddRequest("", 1);
+    nowSeconds_ = 5000;
+    EXPECT_FALSE(requests_.HasRequestTimeOut());
+}
+} // namespace
