@@ -145,6 +145,25 @@ TEST(FfrtCondition, WithoutTimeLeftItDoesNotWait)
     EXPECT_TRUE(guard.owns_lock());
 }
 
+TEST(FfrtCondition, EveryWaitHoweverShortGivesOthersTheirTurn)
+{
+    ffrt::mutex lock;
+    ffrt::condition_variable never;
+    bool set = false;
+    std::unique_lock<ffrt::mutex> guard(lock);
+    ffrt::submit([&]() {
+        std::lock_guard<ffrt::mutex> otherGuard(lock);
+        set = true;
+    });
+    const auto end = std::chrono::steady_clock::now() + GENEROUS;
+    while (!set && std::chrono::steady_clock::now() < end) {
+        never.wait_for(guard, std::chrono::nanoseconds(1));
+    }
+    EXPECT_TRUE(set);
+    guard.unlock();
+    ffrt::wait();
+}
+
 TEST(FfrtCondition, RealTimeRunsOut)
 {
     ffrt::mutex lock;

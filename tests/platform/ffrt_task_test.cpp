@@ -148,6 +148,32 @@ TEST(FfrtPool, GivesATaskTheStackThatItAsksFor)
     EXPECT_EQ(result, 1);
 }
 
+struct LateSubmitter {
+    Counter *submitted;
+    Counter *waited;
+    ~LateSubmitter()
+    {
+        ffrt::submit([counter = submitted]() { counter->Add(); });
+        ffrt::wait();
+        ffrt_usleep(1);
+        waited->Add();
+    }
+};
+
+TEST(FfrtPool, ThreadLocalObjectsMayUseFfrtAtTheirEnd)
+{
+    Counter submitted;
+    Counter waited;
+    // A thread with a stack of its own size serves one task only, so that it ends now.
+    ffrt::submit(
+        [&]() {
+            static thread_local LateSubmitter late{&submitted, &waited};
+        },
+        ffrt::task_attr().stack_size(32 << 20));
+    EXPECT_TRUE(waited.WaitFor(1));
+    EXPECT_EQ(submitted.Get(), 1);
+}
+
 TEST(FfrtTask, WhatItCapturedIsGoneWhenItHasEnded)
 {
     auto held = std::make_shared<int>(1);

@@ -144,8 +144,11 @@ struct Held {
 TEST(FfrtTimer, StopWaitsForTheRunningCallback)
 {
     for (const bool repeat : {false, true}) {
+        // Between the opening of the gate and the stops no further period can pass.
+        Host::ManualClock clock(milliseconds(1));
         Held held;
-        const auto timer = ffrt_timer_start(ffrt_qos_default, 0, &held, Held::Run, repeat);
+        const auto timer = ffrt_timer_start(ffrt_qos_default, 1, &held, Held::Run, repeat);
+        clock.Advance(milliseconds(1));
         ASSERT_TRUE(held.entered.WaitFor(1));
         Counter stopping;
         std::atomic<int> early{0};
@@ -160,6 +163,7 @@ TEST(FfrtTimer, StopWaitsForTheRunningCallback)
         held.gate.Add();
         ffrt::wait();
         EXPECT_EQ(early, 0);
+        clock.Advance(seconds(1));
         EXPECT_EQ(held.entered.Get(), 1);
     }
 }
@@ -203,7 +207,7 @@ struct StoppingInside {
     {
         auto *self = static_cast<StoppingInside *>(data);
         self->entered.Add();
-        ffrt_timer_stop(ffrt_qos_default, self->timer);
+        ffrt_timer_stop(ffrt_qos_deadline_request, self->timer);
         self->returned.Add();
     }
 };
@@ -212,11 +216,12 @@ struct StoppingInside {
 TEST(FfrtTimer, StopInsideTheCallbackNeverReturns)
 {
     Host::ManualClock clock(GENEROUS);
+    constexpr auto lost = ffrt_qos_deadline_request; // left alone by the other tests
     // Never freed, for the callback never ends.
     static auto *state = new StoppingInside;
     static auto *later = new Counter;
-    state->timer = ffrt_timer_start(ffrt_qos_default, 10, state, StoppingInside::Run, true);
-    ffrt_timer_start(ffrt_qos_default, 20, later, AddTo, false);
+    state->timer = ffrt_timer_start(lost, 10, state, StoppingInside::Run, true);
+    ffrt_timer_start(lost, 20, later, AddTo, false);
     clock.Advance(seconds(10));
     EXPECT_EQ(state->entered.Get(), 1);
     EXPECT_EQ(state->returned.Get(), 0);

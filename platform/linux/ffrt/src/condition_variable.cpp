@@ -15,7 +15,7 @@ using Host::Ffrt::GetCore;
 using Host::Ffrt::Moment;
 using Host::Ffrt::ParkingLot;
 
-// False when the time has passed, which does not unlock if it had passed before.
+// False when the time has passed.
 bool WaitOnce(std::unique_lock<ffrt::mutex> &lk, const void *condition, Moment due)
 {
     bool released = false;
@@ -27,9 +27,11 @@ bool WaitOnce(std::unique_lock<ffrt::mutex> &lk, const void *condition, Moment d
             released = true;
         });
     }
-    if (released) {
-        lk.lock();
+    if (!released) {
+        // The time had passed before: others get their turn even so, or a loop of very short waits would keep them out.
+        lk.unlock();
     }
+    lk.lock();
     return notified;
 }
 

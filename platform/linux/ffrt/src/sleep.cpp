@@ -19,8 +19,10 @@ void Sleep(int64_t nanoseconds)
     }
     Core &core = GetCore();
     CoreLock lock(core.mutex);
-    // Its own variable is a thing that nobody else can wake.
-    core.parking.Park(lock, &nanoseconds, core.timeLine.After(nanoseconds));
+    const Moment due = core.timeLine.After(nanoseconds);
+    // Nobody else knows its own variable, but something that stood at this address before may still be told of.
+    while (core.parking.Park(lock, &nanoseconds, due)) {
+    }
 }
 } // namespace
 

@@ -109,6 +109,8 @@ void *WorkerPool::ThreadMain(void *worker)
     auto *self = static_cast<Worker *>(worker);
     g_current = self;
     GetCore().pool.Work(*self);
+    // The thread-local objects of what ran here are destroyed later, and may submit and wait: as in any other thread.
+    g_current = nullptr;
     delete self;
     return nullptr;
 }
