@@ -106,7 +106,8 @@ FieldType SchemaParser::ParseTypeWord(MemberCheck &check, const char *member)
     if (!type && !word.empty()) {
         check.Report(member, "expected one of " + AllFieldTypeWords() + ", found text \"" + word + "\"");
     }
-    return type.value_or(FieldType::NOTHING);
+    // A type that allows everything, so that one wrong word is one problem.
+    return type.value_or(FieldType::STRING);
 }
 
 void SchemaParser::ParseListType(MemberCheck &check, FieldRule &field)
