@@ -219,6 +219,7 @@ TEST(Crypto, ReadsPublicKeysInTheirOneForm)
 
 RC_GTEST_PROP(Crypto, ChangedKeysAreHarmless, ())
 {
+    constexpr size_t NUMBERS = 33;
     static const std::string original = Openssl::Get().PublicKey();
     static const std::string signature = Openssl::Get().SignPss("32");
     std::string key = original;
@@ -238,7 +239,9 @@ RC_GTEST_PROP(Crypto, ChangedKeysAreHarmless, ())
         HcfBlob data = Blob(MESSAGE);
         HcfBlob signatureBlob = Blob(signature);
         verifier->init(verifier.get(), nullptr, pair->pubKey);
-        RC_ASSERT(!verifier->verify(verifier.get(), &data, &signatureBlob));
+        bool valid = verifier->verify(verifier.get(), &data, &signatureBlob);
+        // What stands around the key's numbers says no more than that it is an RSA key, in more ways than one.
+        RC_ASSERT(!valid || key.substr(NUMBERS) == original.substr(NUMBERS));
     }
 }
 

@@ -116,9 +116,9 @@ TEST_F(HiLog, FormatsAsPrintfDoes)
     EXPECT_EQ(Text("[%{public}5d] [%{public}-5d] [%{public}05d] [%{public}+d] [%{public}#x] [%{public}o]", 1, 2, 3, 4,
                   255, 8),
         "[    1] [2    ] [00003] [+4] [0xff] [10]");
-    EXPECT_EQ(Text("[%{public}*d] [%{public}*d] [%{public}.*s] [%{public}.2s] [%{public}.*s]", 4, 1, -4, 2, 1, "ab",
-                  "cde", -1, "fg"),
-        "[   1] [2   ] [a] [cd] [fg]");
+    EXPECT_EQ(Text("[%{public}*d] [%{public}*d] [%{public}.*s] [%{public}.2s] [%{public}.*s] [%{public}*s]", 4, 1, -4,
+                  2, 1, "ab", "cde", -1, "fg", -1, ""),
+        "[   1] [2   ] [a] [cd] [fg] [ ]");
     EXPECT_EQ(Text("%{public}.3f %{public}g %{public}Le %{public}08.2f", 1.0, 0.5, 2.5L, -1.5),
         "1.000 0.5 2.500000e+00 -0001.50");
     EXPECT_EQ(
@@ -145,7 +145,7 @@ TEST_F(HiLog, CutsTextsAndTags)
     constexpr size_t LIMIT = 4095;
     const std::string text(LIMIT + 100, 'x');
     EXPECT_EQ(Text("%{public}s", text.c_str()), text.substr(0, LIMIT));
-    EXPECT_EQ(Text(text.c_str()), text.substr(0, LIMIT));
+    EXPECT_EQ(Text(text.c_str(), 0), text.substr(0, LIMIT));
     EXPECT_EQ(Text("%{public}999999999d%{public}d", 1, 2), std::string(LIMIT, ' '));
     EXPECT_EQ(Text("%{public}*d", INT32_MAX, 1), std::string(LIMIT, ' '));
     EXPECT_EQ(Text("%{public}*d", INT32_MIN, 1), "1" + std::string(LIMIT - 1, ' '));
