@@ -155,7 +155,7 @@ ErrCode ConnectionTable::Connect(
     if (!Host::ConnectToRegistered(element.GetBundleName(), element.GetAbilityName(), userId, link)) {
         result = Host::ConnectToService(element.GetBundleName(), element.GetAbilityName(), userId, link, error);
     }
-    Host::SetLastConnectError(error);
+    Host::SetLastConnectError(result == ERR_OK ? std::string() : error);
     if (result != ERR_OK) {
         IPC_LOGE("cannot connect to %{public}s/%{public}s: %{public}s", element.GetBundleName().c_str(),
             element.GetAbilityName().c_str(), error.c_str());

@@ -73,6 +73,7 @@ public:
     void Run()
     {
         auto idleSince = Clock::now();
+        bool wasBusy = false;
         while (listener_ && !stopped_) {
             pollfd fds[] = {{listener_.Get(), POLLIN, 0}, {wake_->Get(), POLLIN, 0}};
             if (poll(fds, 2, TimeLeft(idleSince)) < 0 && errno != EINTR) {
@@ -81,12 +82,15 @@ public:
             }
             eventfd_t count = 0;
             eventfd_read(wake_->Get(), &count);
-            bool came = AcceptAll();
-            if (came || acceptor_->SessionCount() > 0) {
+            AcceptAll();
+            // Only sessions count: whoever just looks whether the service runs does not keep it.
+            bool isBusy = acceptor_->SessionCount() > 0;
+            if (isBusy || wasBusy) {
                 idleSince = Clock::now();
             } else if (TimeLeft(idleSince) == 0) {
                 break;
             }
+            wasBusy = isBusy;
         }
         Close();
     }
@@ -140,15 +144,13 @@ private:
         return left.count() > 0 ? static_cast<int>(left.count()) : 0;
     }
 
-    bool AcceptAll()
+    void AcceptAll()
     {
-        bool any = false;
         while (true) {
             Ipc::UniqueFd client(accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC));
             if (!client) {
-                return any;
+                return;
             }
-            any = true;
             acceptor_->Accept(std::move(client));
         }
     }

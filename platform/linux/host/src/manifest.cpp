@@ -3,6 +3,7 @@
 
 #include "manifest.h"
 
+#include <algorithm>
 #include <exception>
 #include <fstream>
 #include <json/json.h>
@@ -150,6 +151,7 @@ bool ParseManifest(const std::string &bundleName, Manifest &manifest, std::strin
     Json::Value root;
     std::string complaint;
     if (!reader->parse(text.data(), text.data() + text.size(), &root, &complaint)) {
+        std::replace(complaint.begin(), complaint.end(), '\n', ' ');
         error = manifest.file + ": is not JSON: " + complaint;
         return false;
     }

@@ -63,6 +63,8 @@ private:
 
     struct Attachments;
 
+    // Asked before writing in several steps, so that nothing half written stays behind.
+    bool HasRoomFor(size_t size);
     bool WriteMark(uint32_t mark);
     // False, with nothing read, when something else comes next.
     bool ReadMark(uint32_t mark);

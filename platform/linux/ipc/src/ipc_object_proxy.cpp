@@ -33,6 +33,10 @@ bool IPCObjectProxy::IsProxyObject() const
 
 bool IPCObjectProxy::IsObjectDead() const
 {
+    if (target_ != nullptr && target_->session->IsDead()) {
+        // The proxy itself may still have to hear of it.
+        return true;
+    }
     std::lock_guard<std::mutex> lock(mutex_);
     return dead_;
 }

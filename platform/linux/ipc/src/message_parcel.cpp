@@ -59,14 +59,14 @@ std::u16string MessageParcel::GetInterfaceToken() const
     return attachments_->token;
 }
 
+bool MessageParcel::HasRoomFor(size_t size)
+{
+    return size <= GetMaxCapacity() && GetWritePosition() <= GetMaxCapacity() - size;
+}
+
 bool MessageParcel::WriteMark(uint32_t mark)
 {
-    size_t start = GetWritePosition();
-    if (!WriteUint32(mark) || !WriteUint32(0)) {
-        RewindWrite(start);
-        return false;
-    }
-    return true;
+    return HasRoomFor(2 * sizeof(uint32_t)) && WriteUint32(mark) && WriteUint32(0);
 }
 
 bool MessageParcel::ReadMark(uint32_t mark)
@@ -108,11 +108,8 @@ bool MessageParcel::WriteRawData(const void *data, size_t size)
     size_t start = GetWritePosition();
     bool beside = size > MAX_INLINE_RAW_SIZE;
     Host::Ipc::RawBlock block = beside ? Host::Ipc::RawBlock::CopyOf(data, size) : Host::Ipc::RawBlock();
-    if ((beside && block.data == nullptr) || !WriteInt32(static_cast<int32_t>(size))) {
-        return false;
-    }
-    if (!beside && !WriteUnpadBuffer(data, size)) {
-        RewindWrite(start);
+    if ((beside && block.data == nullptr) || !HasRoomFor(beside ? sizeof(int32_t) : sizeof(int32_t) + size) ||
+        !WriteInt32(static_cast<int32_t>(size)) || (!beside && !WriteUnpadBuffer(data, size))) {
         return false;
     }
     attachments_->block = std::move(block);

@@ -157,6 +157,9 @@ int Session::Transact(const ProxyTarget &target, uint32_t code, MessageParcel &d
     Untrack(call);
     if (fault.kind == Fault::DEATH_AFTER) {
         Die();
+    } else if (fault.kind == Fault::DEATH_DURING) {
+        // Also when the reply was faster.
+        return OHOS::BR_DEAD_REPLY;
     }
     if (status != 0) {
         return status;

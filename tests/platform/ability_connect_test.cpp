@@ -1,0 +1,248 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "errors.h"
+#include "extension_manager_client.h"
+#include "host/ability_control.h"
+#include "host/ability_registry.h"
+#include "host/ability_server.h"
+#include "host/paths.h"
+#include "ipc_test_support.h"
+#include "unix_socket.h"
+
+using namespace IpcTest;
+using OHOS::IRemoteObject;
+using OHOS::MessageParcel;
+using OHOS::sptr;
+using testing::HasSubstr;
+
+namespace {
+
+auto &Manager()
+{
+    return OHOS::AAFwk::ExtensionManagerClient::GetInstance();
+}
+
+// A client program under way, and what it printed.
+class Client {
+public:
+    Client(const std::string &bundleName, const std::string &mode)
+        : pipe_(popen((IPC_TEST_CLIENT " " + bundleName + " " + mode).c_str(), "r"))
+    {}
+    // The exit status.
+    int Await(std::string &output)
+    {
+        char line[256];
+        while (fgets(line, sizeof(line), pipe_) != nullptr) {
+            output += line;
+        }
+        int status = pclose(pipe_);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+private:
+    FILE *pipe_;
+};
+
+bool AwaitEnd(const std::string &bundleName)
+{
+    auto deadline = std::chrono::steady_clock::now() + GENEROUS;
+    while (Host::FindAbility(bundleName, ABILITY, 100).running) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+std::string ManifestWith(const std::string &bundleName, const std::string &exec)
+{
+    return "{\"bundleName\": \"" + bundleName + "\", \"abilities\": [{\"name\": \"TestAbility\", \"exec\": " + exec +
+           "}]}";
+}
+
+} // namespace
+
+TEST(AbilityConnectTest, ManyProcessesStartOneService)
+{
+    std::string starts = TestHost::Get().OfferService("test.many");
+    std::vector<Client> clients;
+    std::set<std::string> services;
+    for (int i = 0; i < 8; ++i) {
+        clients.emplace_back("test.many", "who");
+    }
+    for (Client &client : clients) {
+        std::string output;
+        EXPECT_EQ(client.Await(output), 0) << output;
+        services.insert(output);
+    }
+    EXPECT_EQ(services.size(), 1U) << testing::PrintToString(services);
+    EXPECT_EQ(TestHost::Lines(starts), 1U);
+}
+
+TEST(AbilityConnectTest, ProcessMayExitWithCallsUnderWay)
+{
+    TestHost::Get().OfferService("test.exit");
+    for (int i = 0; i < 5; ++i) {
+        std::string output;
+        EXPECT_EQ(Client("test.exit", "exit").Await(output), 0) << output;
+    }
+}
+
+TEST(AbilityConnectTest, ConnectionsOfOneProcessShareOneSession)
+{
+    std::string starts = TestHost::Get().OfferService("test.shared", 50);
+    sptr<TestConnection> first = new TestConnection();
+    sptr<TestConnection> second = new TestConnection();
+    ASSERT_EQ(Connect(first, "test.shared"), 0);
+    ASSERT_EQ(Connect(second, "test.shared"), 0);
+    sptr<IRemoteObject> ability = first->AwaitAbility();
+    EXPECT_EQ(ability, second->AwaitAbility());
+    // Again with the same object: harmless, and answered again.
+    ASSERT_EQ(Connect(first, "test.shared"), 0);
+    EXPECT_EQ(first->AwaitAbility(2), ability);
+    EXPECT_EQ(TestHost::Lines(starts), 1U);
+
+    EXPECT_EQ(Manager().DisconnectAbility(first->AsObject()), 0);
+    EXPECT_THAT(first->AwaitDisconnects(), testing::ElementsAre(0));
+    EXPECT_NE(Manager().DisconnectAbility(first->AsObject()), 0);
+    EXPECT_EQ(Call(ability, RESULT), 0);
+    // A proxy in use keeps the session, the last one to go closes it; then the service ends for want of clients.
+    EXPECT_EQ(Manager().DisconnectAbility(second->AsObject()), 0);
+    EXPECT_THAT(second->AwaitDisconnects(), testing::ElementsAre(0));
+    EXPECT_EQ(Call(ability, RESULT), 0);
+    first->DropAbility();
+    second->DropAbility();
+    ability = nullptr;
+    EXPECT_TRUE(AwaitEnd("test.shared"));
+    EXPECT_NE(access(Host::AbilitySocketPath("test.shared", ABILITY, 100).c_str(), F_OK), 0);
+
+    ASSERT_EQ(Connect(first, "test.shared"), 0);
+    EXPECT_EQ(Call(first->AwaitAbility(3), RESULT), 0);
+    EXPECT_EQ(TestHost::Lines(starts), 2U);
+    Manager().DisconnectAbility(first->AsObject());
+}
+
+TEST(AbilityConnectTest, StaleSocketIsReplacedAndAPlaceIsTakenOnce)
+{
+    TestHost::Get().OfferService("test.stale");
+    std::string error;
+    ASSERT_TRUE(Host::PrepareRuntimeDir(100, error)) << error;
+    std::string path = Host::AbilitySocketPath("test.stale", ABILITY, 100);
+    Host::Ipc::ListenSocket(path, error);
+    ASSERT_EQ(access(path.c_str(), F_OK), 0);
+    EXPECT_FALSE(Host::FindAbility("test.stale", ABILITY, 100).running);
+    sptr<TestConnection> connection = new TestConnection();
+    ASSERT_EQ(Connect(connection, "test.stale"), 0) << Host::LastConnectError();
+    EXPECT_EQ(Call(connection->AwaitAbility(), RESULT), 0);
+    EXPECT_EQ(Host::LastConnectError(), "");
+
+    auto status = Host::FindAbility("test.stale", ABILITY, 100);
+    EXPECT_TRUE(status.running);
+    Host::AbilityServerOptions options;
+    options.bundleName = "test.stale";
+    options.abilityName = ABILITY;
+    Host::AbilityServer server(options, new TestAbility());
+    EXPECT_FALSE(server.Start(error));
+    EXPECT_THAT(error, HasSubstr("process " + std::to_string(status.pid)));
+    EXPECT_EQ(Call(connection->AwaitAbility(), RESULT), 0);
+    Manager().DisconnectAbility(connection->AsObject());
+}
+
+TEST(AbilityConnectTest, FailuresAreToldInWords)
+{
+    struct {
+        const char *bundle;
+        std::string manifest;
+        const char *expected;
+    } const cases[] = {
+        {"test.none", "", "no manifest test.none.json"},
+        {"test/../evil", "", "is not the name"},
+        {"test.text", "{", "is not JSON"},
+        {"test.deep", std::string(5000, '['), "not usable JSON"},
+        {"test.list", "[]", "expected a JSON object"},
+        {"test.name", "{\"bundleName\": 5, \"abilities\": []}", "member \"bundleName\": expected a string"},
+        {"test.other", ManifestWith("test.another", "[\"x\"]"), "expected \"test.other\""},
+        {"test.abilities", "{\"bundleName\": \"test.abilities\", \"abilities\": {}}", "member \"abilities\""},
+        {"test.noability", "{\"bundleName\": \"test.noability\", \"abilities\": []}", "no ability \"TestAbility\""},
+        {"test.exec", ManifestWith("test.exec", "[1]"), "member \"abilities[0].exec\""},
+        {"test.metadata", ManifestWith("test.metadata", "[\"x\"], \"metadata\": [{\"name\": \"n\", \"value\": 1}]"),
+            "member \"abilities[0].metadata[0].value\": expected a string"},
+        {"test.holder", ManifestWith("test.holder", "[\"/bin/true\", \"${nothing}\"]"), "${nothing}"},
+        {"test.program", ManifestWith("test.program", "[\"no-such-program\"]"), "no-such-program"},
+        {"test.ends", ManifestWith("test.ends", "[\"/bin/sh\", \"-c\", \"exit 9\"]"), "ended at once, with status 9"},
+    };
+    for (const auto &item : cases) {
+        SCOPED_TRACE(item.bundle);
+        if (!item.manifest.empty()) {
+            TestHost::Get().WriteManifest(item.bundle, item.manifest);
+        }
+        sptr<TestConnection> connection = new TestConnection();
+        EXPECT_NE(Connect(connection, item.bundle), 0);
+        EXPECT_THAT(Host::LastConnectError(), HasSubstr(item.expected));
+        EXPECT_NE(Manager().DisconnectAbility(connection->AsObject()), 0);
+    }
+    OHOS::AAFwk::ExtensionManagerClient &manager = Manager();
+    EXPECT_NE(manager.DisconnectAbility(nullptr), 0);
+}
+
+TEST(AbilityConnectTest, UnsafeRuntimeFolderIsRefused)
+{
+    std::string folder = TestHost::Get().RuntimeDir();
+    std::string error;
+    ASSERT_TRUE(Host::PrepareRuntimeDir(100, error)) << error;
+    ASSERT_EQ(chmod((folder + "/100").c_str(), 0750), 0);
+    EXPECT_FALSE(Host::PrepareRuntimeDir(100, error));
+    EXPECT_THAT(error, HasSubstr("has mode 0750"));
+    ASSERT_EQ(chmod((folder + "/100").c_str(), 0700), 0);
+    ASSERT_EQ(symlink("/tmp", (folder + "/101").c_str()), 0);
+    EXPECT_FALSE(Host::PrepareRuntimeDir(101, error));
+    EXPECT_THAT(error, HasSubstr("is not a folder"));
+
+    setenv("NUBIS_RUNTIME_DIR", (folder + "/" + std::string(100, 'x')).c_str(), 1);
+    Host::AbilityServerOptions options;
+    options.bundleName = "test.long";
+    options.abilityName = ABILITY;
+    Host::AbilityServer server(options, new TestAbility());
+    EXPECT_FALSE(server.Start(error));
+    EXPECT_THAT(error, HasSubstr("choose a shorter NUBIS_RUNTIME_DIR"));
+    setenv("NUBIS_RUNTIME_DIR", folder.c_str(), 1);
+}
+
+TEST(AbilityConnectTest, RegisteredAbilitiesComeFirstAndCanBeWithdrawn)
+{
+    std::string starts = TestHost::Get().OfferService("test.first");
+    EXPECT_FALSE(Host::AbilityRegistry::Offer("test.first", ABILITY, 100, nullptr));
+    EXPECT_TRUE(Host::AbilityRegistry::Offer("test.first", ABILITY, 100, new TestAbility()));
+    sptr<TestConnection> connection = new TestConnection();
+    ASSERT_EQ(Connect(connection, "test.first"), 0);
+    sptr<IRemoteObject> ability = connection->AwaitAbility();
+    EXPECT_TRUE(ability->IsProxyObject());
+    EXPECT_EQ(TestHost::Lines(starts), 0U);
+    EXPECT_TRUE(Host::AbilityRegistry::Withdraw("test.first", ABILITY, 100));
+    EXPECT_FALSE(Host::AbilityRegistry::Withdraw("test.first", ABILITY, 100));
+    EXPECT_EQ(Call(ability, RESULT), 0);
+    Manager().DisconnectAbility(connection->AsObject());
+    sptr<TestConnection> next = new TestConnection();
+    ASSERT_EQ(Connect(next, "test.first"), 0);
+    EXPECT_EQ(TestHost::Lines(starts), 1U);
+    // Another user has another service.
+    EXPECT_EQ(Host::FindAbility("test.first", ABILITY, 101).running, false);
+    Manager().DisconnectAbility(next->AsObject());
+}

@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "errors.h"
+#include "host/ability_registry.h"
+#include "host/faults.h"
+#include "ipc_test_support.h"
+
+using namespace IpcTest;
+using Host::Fault;
+using Host::FaultPlan;
+using Host::FaultScope;
+using OHOS::IRemoteObject;
+using OHOS::MessageParcel;
+using OHOS::sptr;
+
+namespace {
+
+constexpr int FAILED_REPLY = 29201;
+constexpr int DEAD_REPLY = 29189;
+constexpr uint32_t ALWAYS = 1000;
+
+sptr<IRemoteObject> Fresh()
+{
+    Host::AbilityRegistry::Kill(BUNDLE, ABILITY, 100);
+    Host::AbilityRegistry::Offer(BUNDLE, ABILITY, 100, new TestAbility());
+    sptr<TestConnection> connection = new TestConnection();
+    EXPECT_EQ(Connect(connection, BUNDLE), 0);
+    return connection->AwaitAbility();
+}
+
+struct Outcome {
+    std::vector<Fault> faults;
+    std::vector<int> results;
+    std::vector<std::string> replies;
+};
+
+Outcome Play(const FaultPlan &plan, int requests)
+{
+    Outcome outcome;
+    FaultScope scope(plan);
+    sptr<IRemoteObject> ability = Fresh();
+    for (int i = 0; i < requests; ++i) {
+        if (ability->IsObjectDead()) {
+            ability = Fresh();
+        }
+        MessageParcel reply;
+        outcome.results.push_back(Call(
+            ability, ECHO,
+            [i](MessageParcel &data) {
+                data.WriteInterfaceToken(u"token");
+                data.WriteInt32(i);
+            },
+            reply));
+        const uint8_t *bytes = reply.ReadUnpadBuffer(reply.GetDataSize());
+        outcome.replies.emplace_back(bytes, bytes + reply.GetDataSize());
+    }
+    outcome.faults = scope.History();
+    return outcome;
+}
+
+} // namespace
+
+TEST(HostFaultsTest, OneSeedIsOneSequence)
+{
+    FaultPlan plan;
+    plan.delay = 20;
+    plan.sendFailure = plan.lostReply = plan.cutReply = plan.garbledReply = 100;
+    plan.deathBefore = plan.deathDuring = plan.deathAfter = 30;
+    plan.maxDelay = std::chrono::milliseconds(2);
+    plan.onlyCode = ECHO;
+    plan.seed = 42;
+    Outcome first = Play(plan, 150);
+    Outcome second = Play(plan, 150);
+    EXPECT_TRUE(first.faults == second.faults);
+    EXPECT_TRUE(first.results == second.results);
+    EXPECT_TRUE(first.replies == second.replies);
+    EXPECT_THAT(first.faults, testing::IsSupersetOf({Fault::NONE, Fault::SEND_FAILURE, Fault::LOST_REPLY,
+                                  Fault::CUT_REPLY, Fault::GARBLED_REPLY}));
+    plan.seed = 43;
+    EXPECT_NE(Play(plan, 150).faults, first.faults);
+}
+
+TEST(HostFaultsTest, EachFaultDoesWhatItSays)
+{
+    struct {
+        uint32_t FaultPlan::*share;
+        int result;
+        bool handled;
+        bool dead;
+    } const cases[] = {
+        {&FaultPlan::delay, 0, true, false},
+        {&FaultPlan::sendFailure, FAILED_REPLY, false, false},
+        {&FaultPlan::lostReply, FAILED_REPLY, true, false},
+        {&FaultPlan::deathBefore, DEAD_REPLY, false, true},
+        {&FaultPlan::deathAfter, 0, true, true},
+    };
+    for (const auto &item : cases) {
+        sptr<TestAbility> stub = new TestAbility();
+        Host::AbilityRegistry::Kill(BUNDLE, ABILITY, 100);
+        Host::AbilityRegistry::Offer(BUNDLE, ABILITY, 100, stub);
+        sptr<TestConnection> connection = new TestConnection();
+        ASSERT_EQ(Connect(connection, BUNDLE), 0);
+        sptr<IRemoteObject> ability = connection->AwaitAbility();
+        {
+            FaultPlan plan;
+            plan.*item.share = ALWAYS;
+            FaultScope scope(plan);
+            EXPECT_EQ(Call(ability, KEEP,
+                          [&](MessageParcel &data) {
+                              data.WriteString("kept");
+                              data.WriteRemoteObject(stub);
+                          }),
+                item.result);
+            EXPECT_EQ(scope.History().size(), 1U);
+        }
+        MessageParcel reply;
+        EXPECT_EQ(Call(
+                      stub, GIVE, [](MessageParcel &data) { data.WriteString("kept"); }, reply),
+            0);
+        EXPECT_EQ(reply.ReadRemoteObject() != nullptr, item.handled);
+        EXPECT_EQ(Call(ability, RESULT) == OHOS::ERR_DEAD_OBJECT, item.dead);
+    }
+}

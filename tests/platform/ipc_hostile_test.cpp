@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <memory>
+#include <string>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "extension_manager_client.h"
+#include "host/ability_control.h"
+#include "ipc_test_support.h"
+#include "unix_socket.h"
+#include "wire_acceptor.h"
+
+using namespace IpcTest;
+using Host::Ipc::UniqueFd;
+using Host::Ipc::WireAcceptor;
+using Host::Ipc::WireSession;
+using OHOS::sptr;
+
+namespace {
+
+// Waits until the other end has closed the connection, whatever it sends before.
+bool AwaitClose(const UniqueFd &socket)
+{
+    char bytes[256];
+    ssize_t count = 0;
+    while ((count = read(socket.Get(), bytes, sizeof(bytes))) > 0) {
+    }
+    return count <= 0;
+}
+
+} // namespace
+
+TEST(IpcHostileTest, GarbageEndsOnlyItsOwnConnection)
+{
+    TestHost::Get().OfferService(BUNDLE);
+    sptr<TestConnection> connection = new TestConnection();
+    ASSERT_EQ(Connect(connection, BUNDLE), 0);
+    auto ability = connection->AwaitAbility();
+    const std::string inputs[] = {
+        std::string(4096, '\xff'),
+        // A message that claims to have 2 GiB.
+        std::string("\0\0\0\0\xff\xff\xff\x0f", 8),
+        // Many segments.
+        std::string("\xff\xff\0\0", 4) + std::string(1000, '\x01'),
+        "GET / HTTP/1.1\r\n\r\n",
+    };
+    for (const std::string &input : inputs) {
+        std::string error;
+        bool nobody = false;
+        UniqueFd socket = Host::Ipc::ConnectSocket(Host::FindAbility(BUNDLE, ABILITY, 100).socketPath, error, nobody);
+        ASSERT_TRUE(socket) << error;
+        ASSERT_EQ(write(socket.Get(), input.data(), input.size()), static_cast<ssize_t>(input.size()));
+        if (input.size() > 100) {
+            EXPECT_TRUE(AwaitClose(socket));
+        }
+        EXPECT_EQ(Call(ability, RESULT), 0);
+    }
+    OHOS::AAFwk::ExtensionManagerClient::GetInstance().DisconnectAbility(connection->AsObject());
+}
+
+TEST(IpcHostileTest, BothEndsRefuseAnotherUser)
+{
+    std::string path = TestHost::Get().RuntimeDir() + "/user.sock";
+    std::string error;
+    UniqueFd listener(Host::Ipc::ListenSocket(path, error));
+    ASSERT_TRUE(listener) << error;
+    int own = static_cast<int>(geteuid());
+    auto find = [](const std::string &, const std::string &, int32_t) { return sptr<OHOS::IRemoteObject>(); };
+    auto acceptor = std::make_shared<WireAcceptor>(
+        find, [] {}, own + 1);
+    bool nobody = false;
+    EXPECT_EQ(WireSession::Connect(path, own + 1, error, nobody), nullptr);
+    EXPECT_THAT(error, testing::HasSubstr("belongs to another user"));
+    EXPECT_FALSE(nobody);
+
+    UniqueFd client = Host::Ipc::ConnectSocket(path, error, nobody);
+    // The first one is the refused client from above.
+    for (int i = 0; i < 2; ++i) {
+        acceptor->Accept(UniqueFd(accept(listener.Get(), nullptr, nullptr)));
+    }
+    EXPECT_TRUE(AwaitClose(client));
+    EXPECT_EQ(acceptor->SessionCount(), 0U);
+    acceptor->Close();
+}
