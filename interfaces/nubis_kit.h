@@ -60,6 +60,15 @@ public:
     void ReleaseContainer(const std::string &bundleName, const std::string &containerName);
     void ReleaseFileContainer(const std::string &bundleName, const std::string &containerName);
 
+    // What the calls above do for the kind of the selector. None looks at the demon.
+    std::shared_ptr<NBContainer> InnerGetDefaultContainer(const std::string &bundleName, int syncType);
+    std::shared_ptr<NBContainer> InnerGetContainer(
+        const std::string &bundleName, const std::string &containerName, int syncType);
+    void InnerReleaseDefaultContainer(const std::string &bundleName, int syncType);
+    void InnerReleaseContainer(const std::string &bundleName, const std::string &containerName, int syncType);
+    // Whether the catalogue names the container; asks the service when it has no entry of the bundle yet.
+    bool CheckContainerName(const std::string &bundleName, const std::string &containerName, int syncType);
+
     // Asks who is signed in, and keeps the push key for the verification of notifications. Without needSpaceInfo the
     // service reports no space, which reads as full. On an error the output is as it was.
     NBError GetCloudUserInfo(NBUserInfo &userInfo, bool needSpaceInfo);
@@ -97,6 +106,11 @@ public:
         const std::vector<std::string> &bundleNames, std::map<std::string, NBAppSwitchStatus> &switches);
     NBError GetCloudFileAppSwitches(
         const std::vector<std::string> &bundleNames, std::map<std::string, NBAppSwitchStatus> &switches);
+    // The same for the kind of the selector.
+    NBError InnerGetCloudAppInfo(
+        const std::vector<std::string> &bundleNames, std::map<std::string, NBAppInfo> &appInfos, int syncType);
+    NBError InnerGetCloudAppSwitches(
+        const std::vector<std::string> &bundleNames, std::map<std::string, NBAppSwitchStatus> &switches, int syncType);
     // One page of all apps, appended to infos; start with index 0 and go on with nextIndex while hasMore.
     NBError GetCloudAppBriefInfo(
         int index, std::vector<NBAppBriefInfo> &infos, bool &hasMore, int &nextIndex, NBUploadSize &uploadSize);
@@ -154,20 +168,9 @@ private:
     static const NBContainerInfo *FindContainer(const NBAppInfo &appInfo, const std::string &containerName);
     Containers &ContainersOf(int syncType);
     AppInfos &AppInfosOf(int syncType);
-    std::shared_ptr<NBContainer> InnerGetDefaultContainer(const std::string &bundleName, int syncType);
-    std::shared_ptr<NBContainer> InnerGetContainer(
-        const std::string &bundleName, const std::string &containerName, int syncType);
-    bool CheckContainerName(const std::string &bundleName, const std::string &containerName, int syncType);
     std::shared_ptr<NBContainer> FindOrCreateContainer(
         const std::string &bundleName, const std::string &containerName, int syncType);
-    void InnerReleaseDefaultContainer(const std::string &bundleName, int syncType);
-    void InnerReleaseContainer(const std::string &bundleName, const std::string &containerName, int syncType);
     void DropContainer(const std::string &key, int syncType);
-
-    NBError InnerGetCloudAppInfo(
-        const std::vector<std::string> &bundleNames, std::map<std::string, NBAppInfo> &appInfos, int syncType);
-    NBError InnerGetCloudAppSwitches(
-        const std::vector<std::string> &bundleNames, std::map<std::string, NBAppSwitchStatus> &switches, int syncType);
 
     // SendDataToCloudSrv that leaves the envelope members in the request, for callers that need no copy of it.
     NBError SendInPlace(Json::Value &request, Json::Value &reply, int timeout);

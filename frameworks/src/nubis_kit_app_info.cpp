@@ -120,6 +120,7 @@ const NBContainerInfo *NubisNative::FindContainer(const NBAppInfo &appInfo, cons
     }
     return nullptr;
 }
+
 bool NubisNative::GetSchemaInfo(
     const std::string &bundleName, const std::string &containerName, NBSchema &schema, int syncType)
 {
