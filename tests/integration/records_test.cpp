@@ -178,19 +178,30 @@ TEST_F(RecordsTest, ManyIdsAreFetchedByTypeWithAResultForEach)
     EXPECT_EQ(missing.recordId, "gone");
 }
 
-TEST_F(RecordsTest, ALargeBlobTravelsWhole)
+TEST_F(RecordsTest, ALargeRequestTravelsWholeAndComesBackInBoundedPages)
 {
-    std::vector<uint8_t> bytes(24U << 20U);
+    constexpr size_t BLOB_BYTES = 5U << 20U;
+    constexpr size_t NOTES = 6;
+    std::vector<uint8_t> bytes(BLOB_BYTES);
     for (size_t i = 0; i < bytes.size(); ++i) {
         bytes[i] = static_cast<uint8_t>((i * 2654435761U) >> 13U);
     }
-    ASSERT_TRUE(AllSaved(Save(Database(), {Note("big").Id("big").With("thumbnail", NBRecordField(bytes))})));
+    std::vector<NBRecord> notes;
+    for (size_t i = 0; i < NOTES; ++i) {
+        notes.push_back(Note("big").Id(std::to_string(i)).With("thumbnail", NBRecordField(bytes)));
+    }
+    ASSERT_TRUE(AllSaved(Save(Database(), std::move(notes))));
 
-    NBFieldMap data;
-    FetchById(Database(), "note", "big").record.StealRecordData(data);
-    std::vector<uint8_t> back;
-    ASSERT_EQ(data["thumbnail"].GetBlob(back), NB_LOCAL_SUCCESS);
-    EXPECT_TRUE(back == bytes);
+    EXPECT_LT(Changes(Database(), "", 100).records.size(), NOTES);
+    const Page all = AllChanges(Database());
+    ASSERT_EQ(all.records.size(), NOTES);
+    for (const NBRecord &record : all.records) {
+        NBFieldMap data;
+        record.GetRecordData(data);
+        std::vector<uint8_t> back;
+        ASSERT_EQ(data["thumbnail"].GetBlob(back), NB_LOCAL_SUCCESS);
+        EXPECT_TRUE(back == bytes);
+    }
 }
 
 TEST_F(RecordsTest, DatabasesOfAContainerAreApart)

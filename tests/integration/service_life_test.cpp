@@ -93,7 +93,7 @@ TEST_F(ServiceLifeTest, AnotherDeviceSeesTheRecordsOfThisOne)
     ASSERT_EQ(RunCommand(nubis + "record get --bundle com.example.notes --type note n1 --json", output), 0) << output;
     EXPECT_THAT(output, testing::HasSubstr("from here"));
     output.clear();
-    ASSERT_EQ(RunCommand(nubis + "record save --bundle com.example.notes --type note "
+    ASSERT_EQ(RunCommand(nubis + "record save --bundle com.example.notes --type note --new "
                                  "'{\"recordId\": \"n2\", \"title\": \"from there\"}' 2>&1",
                   output),
         0)

@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include <gtest/gtest.h>
 #include <json/json.h>
 
 #include "blocking_calls.h"
@@ -50,14 +51,19 @@ inline Json::Value JsonOf(const Nubis::NBRecord &record)
     return json;
 }
 
-// Whether the call and each of its records succeeded.
-inline bool AllSaved(const Saved &saved)
+// Whether the call and each of its records succeeded; says which did not and why.
+inline testing::AssertionResult AllSaved(const Saved &saved)
 {
-    bool all = !saved.error.HasError();
-    for (const auto &entry : saved.results) {
-        all = all && !entry.second.HasError();
+    if (saved.error.HasError()) {
+        return testing::AssertionFailure() << saved.error.GetReportErrorCode() << ' ' << saved.error.GetErrorMsg();
     }
-    return all;
+    for (const auto &[id, result] : saved.results) {
+        if (result.HasError()) {
+            return testing::AssertionFailure()
+                   << id << ": " << result.GetReportErrorCode() << ' ' << result.GetErrorMsg();
+        }
+    }
+    return testing::AssertionSuccess();
 }
 } // namespace NubisTest
 
