@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
+#include <limits>
 #include <string_view>
 #include <sys/types.h>
 
@@ -17,7 +18,7 @@ namespace {
 
 // More would be cut anyway, and printf takes its time to pad to two thousand million characters.
 constexpr int MAX_WIDTH = 4096;
-constexpr int UNSET = -1;
+constexpr int UNSET = std::numeric_limits<int>::min();
 constexpr std::string_view PRIVATE_TEXT = "<private>";
 
 enum class Length {
@@ -122,14 +123,17 @@ private:
             AddFlag(conversion, *pos++);
         }
         conversion.width = ParseNumber(pos);
-        if (conversion.width < UNSET) {
+        if (conversion.width < 0 && conversion.width != UNSET) {
             AddFlag(conversion, '-');
-            conversion.width = -std::max(conversion.width, -MAX_WIDTH);
+            conversion.width = -conversion.width;
         }
         if (*pos == '.') {
             ++pos;
             bool given = *pos == '*' || (*pos >= '0' && *pos <= '9');
-            conversion.precision = given ? std::max(ParseNumber(pos), UNSET) : 0;
+            conversion.precision = given ? ParseNumber(pos) : 0;
+            if (conversion.precision < 0) {
+                conversion.precision = UNSET;
+            }
         }
         conversion.length = ParseLength(pos);
         conversion.letter = *pos;
@@ -164,7 +168,7 @@ private:
     {
         if (*pos == '*') {
             ++pos;
-            return std::min(args_.Next<int>(), MAX_WIDTH);
+            return std::clamp(args_.Next<int>(), -MAX_WIDTH, MAX_WIDTH);
         }
         int number = UNSET;
         while (*pos >= '0' && *pos <= '9') {
