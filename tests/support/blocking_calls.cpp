@@ -62,6 +62,12 @@ Saved Save(const Database &database, std::vector<Nubis::NBRecord> records, Nubis
     return saved;
 }
 
+Saved Delete(const Database &database, std::vector<Nubis::NBRecord> records, Nubis::NBSavePolicy policy)
+{
+    Pending<Saved> pending;
+    return pending.Wait(database->DeleteRecords(NewContext(), std::move(records), policy, ResultsInto(pending)));
+}
+
 Saved FetchByIds(const Database &database, std::vector<Nubis::NBRecord> records)
 {
     Pending<Saved> pending;

@@ -37,6 +37,8 @@ using Database = std::shared_ptr<Nubis::NBDatabase>;
 
 Saved Save(const Database &database, std::vector<Nubis::NBRecord> records,
     Nubis::NBSavePolicy policy = Nubis::NB_SAVE_OVERWRITE);
+Saved Delete(const Database &database, std::vector<Nubis::NBRecord> records,
+    Nubis::NBSavePolicy policy = Nubis::NB_SAVE_OVERWRITE);
 Saved FetchByIds(const Database &database, std::vector<Nubis::NBRecord> records);
 Fetched FetchById(const Database &database, const std::string &recordType, const std::string &recordId);
 Page Query(const Database &database, const Nubis::NBQuery &query, int pageSize = 100, const std::string &cursor = "");
