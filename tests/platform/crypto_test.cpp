@@ -8,6 +8,8 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -292,6 +294,31 @@ TEST(Crypto, CallsOutOfOrderAreRefused)
     EXPECT_EQ(verifier->init(verifier.get(), nullptr, pair->pubKey), HCF_SUCCESS);
     EXPECT_EQ(verifier->init(verifier.get(), nullptr, pair->pubKey), HCF_INVALID_PARAMS);
     EXPECT_FALSE(verifier->verify(nullptr, &data, &data));
+}
+
+const std::string *g_lateKey;
+const std::string *g_lateSignature;
+
+void VerifyAndLeave()
+{
+    _exit(Verify(PSS, *g_lateKey, MESSAGE, *g_lateSignature) ? 0 : 1);
+}
+
+// Threads may still verify while the process ends, so what exit runs must leave OpenSSL as it is.
+TEST(Crypto, VerifiesWhileTheProcessEnds)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    auto verifyThenExit = [] {
+        // Registered before the first use of OpenSSL, so called after all that such a use registers.
+        std::atexit(VerifyAndLeave);
+        g_lateKey = new std::string(Openssl::Get().PublicKey());
+        g_lateSignature = new std::string(Openssl::Get().SignPss("32"));
+        if (Verify(PSS, *g_lateKey, MESSAGE, *g_lateSignature)) {
+            std::exit(0);
+        }
+        _exit(2);
+    };
+    EXPECT_EXIT(verifyThenExit(), testing::ExitedWithCode(0), "");
 }
 
 TEST(Crypto, GeneratesPairs)
