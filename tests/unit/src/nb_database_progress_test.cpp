@@ -1,0 +1,125 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <future>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/manual_clock.h"
+#include "kit_fixture.h"
+#include "log_capture.h"
+#include "note_builder.h"
+
+namespace {
+using namespace Nubis;
+using std::chrono::seconds;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+constexpr seconds PERIOD(10);
+
+class ProgressTest : public testing::Test {
+protected:
+    void Add(const std::string &taskId)
+    {
+        auto progress = std::make_shared<NBProgressMap>();
+        (*progress)[taskId] = {};
+        NBDatabase::AddProgressCallBack(
+            taskId, [this](auto, std::shared_ptr<NBProgressMap> entries) { calls_.push_back(entries->begin()->first); },
+            nullptr, std::move(progress));
+    }
+
+    std::vector<std::string> CallsOfOnePeriod()
+    {
+        calls_.clear();
+        clock_.Advance(PERIOD);
+        return calls_;
+    }
+
+    Host::ManualClock clock_;
+    NubisTest::LogCapture log_;
+    std::vector<std::string> calls_;
+};
+
+TEST_F(ProgressTest, EnabledTasksAreToldEveryTenSeconds)
+{
+    Add("b");
+    Add("a");
+    EXPECT_THAT(log_.Take(LOG_INFO), Contains("start process timer").Times(1));
+    EXPECT_THAT(CallsOfOnePeriod(), ElementsAre());
+    NBDatabase::EnableProgressCallBack("a");
+    NBDatabase::EnableProgressCallBack("a");
+    NBDatabase::EnableProgressCallBack("b");
+    EXPECT_THAT(CallsOfOnePeriod(), ElementsAre("a", "b"));
+    NBDatabase::DisableProgressCallBack("a");
+    EXPECT_THAT(CallsOfOnePeriod(), ElementsAre("a", "b"));
+    NBDatabase::DisableProgressCallBack("a");
+    log_.Take(LOG_DEBUG);
+    NBDatabase::DisableProgressCallBack("a");
+    EXPECT_THAT(log_.Take(LOG_DEBUG), Contains("disable progress callback, taskid:a, count:0"));
+    NBDatabase::EnableProgressCallBack("a");
+    NBDatabase::DisableProgressCallBack("b");
+    EXPECT_THAT(CallsOfOnePeriod(), ElementsAre("a"));
+    NBDatabase::RemoveProgressCallBack("a");
+    NBDatabase::RemoveProgressCallBack("b");
+    NBDatabase::EnableProgressCallBack("a");
+    NBDatabase::DisableProgressCallBack("b");
+    EXPECT_THAT(log_.TakeErrors(), ElementsAre("enable progress callback failed, no callback taskid:a",
+                                       "disable progress callback failed, no callback taskid:b"));
+}
+
+TEST_F(ProgressTest, TheTimerLivesAsLongAsThereAreTasks)
+{
+    Add("a");
+    ASSERT_TRUE(clock_.WaitForPending(1, seconds(0)));
+    NBDatabase::RemoveProgressCallBack("a");
+    EXPECT_FALSE(clock_.WaitForPending(1, seconds(0)));
+    log_.TakeErrors();
+    Add("a");
+    EXPECT_THAT(log_.Take(LOG_INFO), Contains("start process timer"));
+    NBDatabase::EnableProgressCallBack("a");
+    EXPECT_THAT(CallsOfOnePeriod(), ElementsAre("a"));
+    NBDatabase::RemoveProgressCallBack("a");
+
+    // A timer that was started without a task ends with its first tick.
+    NBDatabase::StartProgressTimer();
+    clock_.Advance(PERIOD);
+    EXPECT_FALSE(clock_.WaitForPending(1, seconds(0)));
+    NBDatabase::StartProgressTimer();
+    NBDatabase::StopProgressTimer();
+    EXPECT_FALSE(clock_.WaitForPending(1, seconds(0)));
+}
+
+class SaveProgressTest : public NubisTest::DatabaseTest {};
+
+TEST_F(SaveProgressTest, ASaveIsATaskUntilItHasEnded)
+{
+    NubisTest::LogCapture log;
+    std::promise<void> gate;
+    service_->AnswerWith("saveRecords", [opened = gate.get_future().share()](const Json::Value &) {
+        opened.wait();
+        return std::string("{}");
+    });
+    std::promise<void> saved;
+    EXPECT_EQ(database_->SaveRecords(
+                  NubisTest::ContextOf("t", "p"), {NubisTest::Note("a").Id("r1")}, NB_SAVE_OVERWRITE,
+                  [&saved](auto...) {
+                      NBDatabase::EnableProgressCallBack("pt");
+                      saved.set_value();
+                  },
+                  [](auto...) {}),
+        0);
+    EXPECT_EQ(service_->WaitFor("saveRecords", 1)[0].request["taskId"], "pt");
+    NBDatabase::EnableProgressCallBack("pt");
+    EXPECT_THAT(log.TakeErrors(), Not(Contains("enable progress callback failed, no callback taskid:pt")));
+    gate.set_value();
+    saved.get_future().get();
+    EXPECT_THAT(log.TakeErrors(), Contains("enable progress callback failed, no callback taskid:pt"));
+
+    database_->SaveRecords(nullptr, {}, NB_SAVE_OVERWRITE, nullptr, [](auto...) {});
+    const std::string taskId = service_->WaitFor("saveRecords", 2)[1].request["taskId"].asString();
+    EXPECT_THAT(taskId, testing::MatchesRegex("[0-9a-f]{32}"));
+}
+} // namespace
