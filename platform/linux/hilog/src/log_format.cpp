@@ -239,8 +239,12 @@ private:
         }
     }
 
-    bool ConvertText(const Conversion &conversion)
+    bool ConvertText(Conversion conversion)
     {
+        // printf reads a text to its end, also when there is room for its beginning only.
+        if (conversion.letter == 's' && conversion.precision == UNSET) {
+            conversion.precision = MAX_WIDTH;
+        }
         bool wide = conversion.length == Length::LONG;
         switch (conversion.letter) {
             case 'c':
