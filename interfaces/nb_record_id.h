@@ -22,7 +22,7 @@ struct NBRecordId {
     std::string crid;
 };
 
-// Both are stateless and may be called from any thread. Nothing throws; a failure is logged and leaves `out` as it was.
+// Both are stateless and may be called from any thread. Nothing throws; a failure leaves `out` as it was.
 //
 // Takes a cloud record id of any version apart. False when it is malformed or of an unknown version. Version 10 loses
 // the first character of the record id: its form is in use as it is.
