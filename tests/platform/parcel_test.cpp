@@ -268,6 +268,8 @@ TEST(Parcel, KeepsToItsCapacity)
     EXPECT_EQ(parcel.GetDataSize() + parcel.GetReadPosition() + parcel.GetWritePosition(), 0u);
     EXPECT_TRUE(parcel.WriteInt64(7));
     EXPECT_EQ(parcel.ReadInt64(), 7);
+    EXPECT_TRUE(parcel.SetMaxCapacity(SIZE_MAX));
+    EXPECT_FALSE(parcel.WriteBuffer(most.data(), SIZE_MAX));
 }
 
 TEST(Parcel, PositionsCanBeMovedWithinTheData)

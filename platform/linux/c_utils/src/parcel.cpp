@@ -16,7 +16,7 @@ constexpr size_t DEFAULT_MAX_CAPACITY = 204800;
 constexpr size_t MIN_ALLOCATION = 128;
 constexpr size_t ALIGNMENT = 4;
 
-// For sizes that are known to be far from the largest one.
+// Wraps round to 0 for the very largest sizes.
 size_t Padded(size_t size)
 {
     return (size + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
@@ -180,7 +180,7 @@ bool Parcel::WriteString16(const std::u16string &value)
 
 bool Parcel::WriteBuffer(const void *data, size_t size)
 {
-    if (data == nullptr || size == 0 || size > maxCapacity_ || !HasRoom(Padded(size))) {
+    if (data == nullptr || size == 0 || Padded(size) < size || !HasRoom(Padded(size))) {
         return false;
     }
     Append(data, size, Padded(size));
