@@ -108,12 +108,12 @@ private:
         ImportReport report = RunImport(items, plan, send, options, console_);
         if (!report.refusals.empty()) {
             const Refusal &first = report.refusals.front();
-            throw CommandError(std::to_string(report.refusals.size()) + " records were refused, the first: " +
-                                   first.recordId + ": " + ErrorText(first.error),
+            throw CommandError(CountText(report.refusals.size(), "record") + " refused, the first: " + first.recordId +
+                                   ": " + ErrorText(first.error),
                 ErrorAdvice(first.error));
         }
         if (report.notSent > 0) {
-            throw CommandError(std::to_string(report.notSent) + " records were not sent", "");
+            throw CommandError("not sent: " + CountText(report.notSent, "record"), "");
         }
         return report;
     }

@@ -74,6 +74,11 @@ std::string AdviceForReason(const std::string &reason)
 
 } // namespace
 
+std::string CountText(size_t count, const std::string &noun)
+{
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 std::string ErrorText(const NBError &error)
 {
     if (error.IsServerError()) {

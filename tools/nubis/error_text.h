@@ -4,11 +4,15 @@
 #ifndef NUBIS_TOOL_ERROR_TEXT_H
 #define NUBIS_TOOL_ERROR_TEXT_H
 
+#include <cstddef>
 #include <string>
 
 #include "nb_error.h"
 
 namespace NubisTool {
+
+// "1 record", "2 records".
+std::string CountText(size_t count, const std::string &noun);
 
 // What happened, in one line: "the service refused it: ... (VERSION_CONFLICT, 1106)".
 std::string ErrorText(const Nubis::NBError &error);

@@ -40,8 +40,7 @@ struct ImportCommandOptions {
 
 [[noreturn]] void ThrowProblems(const std::vector<RowProblem> &problems, const ImportCommandOptions &options)
 {
-    std::string text = std::to_string(problems.size()) + (problems.size() == 1 ? " problem" : " problems") +
-                       " in the input; nothing was sent:";
+    std::string text = CountText(problems.size(), "problem") + " in the input; nothing was sent:";
     for (size_t i = 0; i < std::min(problems.size(), MOST_PROBLEMS_SHOWN); ++i) {
         text += "\n  " + ProblemText(problems[i]);
     }
@@ -94,14 +93,13 @@ void PrintReport(const ImportReport &report, size_t rows, const Console &console
 
 void ThrowUnlessWhole(const ImportReport &report)
 {
-    if (report.interrupted) {
-        throw CommandError("interrupted: " + std::to_string(report.saved) + " records are saved, " +
-                               std::to_string(report.notSent) + " were not sent",
+    std::string notSent = report.notSent == 0 ? "" : "; not sent: " + CountText(report.notSent, "record");
+    if (report.interrupted && report.notSent > 0) {
+        throw CommandError("interrupted; saved: " + CountText(report.saved, "record") + notSent,
             "run the same command with --existing to finish: it also takes records that are there", EXIT_INTERRUPTED);
     }
     if (!report.refusals.empty()) {
-        throw CommandError(std::to_string(report.refusals.size()) + " records were refused, " +
-                               std::to_string(report.notSent) + " were not sent",
+        throw CommandError("refused: " + CountText(report.refusals.size(), "record") + notSent,
             ErrorAdvice(report.refusals.front().error));
     }
 }

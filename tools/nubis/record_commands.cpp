@@ -197,8 +197,8 @@ int Query(const RecordOptions &options, const Console &console)
     }
     PrintRecords(records, schemaNode, options, console);
     if (hasMore) {
-        console.err << "nubis: these are the first " << records.size()
-                    << " records; --limit N shows more, --all all of them\n";
+        console.err << "nubis: there are more than " << CountText(records.size(), "record")
+                    << "; --limit N shows more of them, --all every one\n";
     }
     return EXIT_DONE;
 }

@@ -1,0 +1,208 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <json/json.h>
+
+#include "drive_service_process.h"
+#include "row_reader.h"
+#include "temp_dir.h"
+
+// The tool as people use it: the real program against a real service, which `service exec` starts for each test.
+namespace NubisTool {
+namespace {
+using testing::HasSubstr;
+
+constexpr const char *DATABASE = " --bundle com.example.notes --type note ";
+
+class EndToEndTest : public testing::Test {
+protected:
+    EndToEndTest()
+    {
+        setenv("PATH", (std::string(NUBIS_TEST_BIN) + ":" + std::getenv("PATH")).c_str(), 1);
+        setenv("NOTES", NUBIS_TEST_NOTES, 1);
+        std::filesystem::current_path(folder_.Path());
+    }
+
+    ~EndToEndTest() override
+    {
+        std::filesystem::current_path("/");
+    }
+
+    void Put(const std::string &name, const std::string &text)
+    {
+        std::ofstream(folder_.Path() + "/" + name) << text;
+    }
+
+    // Runs shell lines against a fresh service with the catalogue of the notes; stderr goes to the file "errors".
+    int RunLines(const std::string &lines)
+    {
+        Put("lines", "nubis catalogue apply \"$NOTES\" >/dev/null || exit 99\n" + lines);
+        out_.clear();
+        return NubisTest::RunCommand("nubis service exec -- sh lines 2>errors", out_);
+    }
+
+    std::string Errors() const
+    {
+        std::ifstream file(folder_.Path() + "/errors");
+        std::ostringstream text;
+        text << file.rdbuf();
+        return text.str();
+    }
+
+    Json::Value Out() const
+    {
+        Json::Value json;
+        std::string error;
+        EXPECT_TRUE(ParseJsonText(out_, json, error)) << out_ << error;
+        return json;
+    }
+
+    TempDir folder_;
+    std::string out_;
+};
+
+TEST_F(EndToEndTest, WhatIsImportedIsWhatIsReadBack)
+{
+    Put("notes.csv", "title,stars,tags,done\n\"Milk, \"\"fresh\"\"\",5,\"[\"\"a\"\",\"\"b\"\"]\",true\n日本語,,,0\n");
+    ASSERT_EQ(RunLines(std::string("nubis record import --id-field title notes.csv >/dev/null") + DATABASE +
+                       "&& nubis record query --json --order -stars" + DATABASE),
+        0)
+        << Errors();
+    Json::Value records = Out();
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(records[0]["recordId"].asString(), "Milk, \"fresh\"");
+    EXPECT_EQ(records[0]["fields"]["stars"].asInt(), 5);
+    EXPECT_EQ(records[0]["fields"]["tags"][1].asString(), "b");
+    EXPECT_TRUE(records[0]["fields"]["done"].asBool());
+    EXPECT_EQ(records[1]["recordId"].asString(), "日本語");
+    EXPECT_FALSE(records[1]["fields"].isMember("stars"));
+
+    // What one service shows, another takes.
+    Put("shown.json", out_);
+    ASSERT_EQ(RunLines(std::string("nubis record import shown.json >/dev/null") + DATABASE +
+                       "&& nubis record get 日本語 --json" + DATABASE),
+        0)
+        << Errors();
+    EXPECT_EQ(Out()[0]["fields"], records[1]["fields"]);
+}
+
+TEST_F(EndToEndTest, ReferencesFindTheirRecordsWhateverTheirOrder)
+{
+    std::string rows;
+    for (int i = 40; i > 0; --i) {
+        std::string number = std::to_string(i);
+        rows += "{\"recordId\": \"f" + number + "\", \"title\": \"t" + number + "\"" +
+                (i > 1 ? ", \"parent\": \"f" + std::to_string(i - 1) + "\"" : "") + "}\n";
+    }
+    Put("folders.jsonl", rows);
+    ASSERT_EQ(RunLines("nubis record import --bundle com.example.notes --type folder folders.jsonl --json"), 0)
+        << Errors();
+    EXPECT_EQ(Out()["saved"].asInt(), 40);
+    EXPECT_EQ(Out()["requests"].asInt(), 40);
+}
+
+TEST_F(EndToEndTest, BadRowsAreNamedAndNothingIsSent)
+{
+    Put("bad.jsonl", "{\"title\": \"good\"}\n{\"title\": 7}\n{\"stars\": 1}\n");
+    EXPECT_EQ(RunLines(std::string("nubis record import bad.jsonl") + DATABASE + "; s=$?; nubis record query --json" +
+                       DATABASE + "; exit $s"),
+        1);
+    EXPECT_EQ(Out().size(), 0U);
+    EXPECT_THAT(Errors(), HasSubstr("bad.jsonl:2: field title: expected a text"));
+    EXPECT_THAT(Errors(), HasSubstr("bad.jsonl:3: field title: expected a value"));
+}
+
+TEST_F(EndToEndTest, RefusedRecordsAreNamedAndTheOthersSaved)
+{
+    Put("notes.jsonl",
+        "{\"recordId\": \"a\", \"title\": \"x\"}\n{\"recordId\": \"b\", \"title\": \"y\", \"folder\": \"no\"}\n");
+    EXPECT_EQ(RunLines(std::string("nubis record import notes.jsonl --json") + DATABASE), 1);
+    EXPECT_EQ(Out()["saved"].asInt(), 1);
+    EXPECT_EQ(Out()["refused"][0]["recordId"].asString(), "b");
+    EXPECT_EQ(Out()["refused"][0]["line"].asInt(), 2);
+    EXPECT_THAT(Errors(), HasSubstr("next: save the record that it refers to first"));
+
+    EXPECT_EQ(RunLines(std::string("nubis record save --new --id a '{\"title\": \"1\"}' >/dev/null") + DATABASE +
+                       "&& nubis record import --existing notes.jsonl >/dev/null" + DATABASE +
+                       "; nubis record import notes.jsonl --json" + DATABASE),
+        1);
+    EXPECT_THAT(Errors(), HasSubstr("next: overwrite records that are there with --existing"));
+    ASSERT_EQ(Out()["refused"].size(), 2U);
+    EXPECT_THAT(Out()["refused"][0]["reason"].asString(), HasSubstr("RECORD_EXISTS"));
+}
+
+TEST_F(EndToEndTest, ChangesGoOnFromTheirCursorAndFollowUntilEnded)
+{
+    std::string lines = "B='--bundle com.example.notes'\n"
+                        "save() { nubis record save $B --type note \"$@\" >/dev/null || exit 98; }\n"
+                        "save '{\"recordId\": \"n\", \"title\": \"one\"}' --new\n"
+                        "cursor=$(nubis changes $B --json | sed -n 's/.*\"cursor\":\"\\([^\"]*\\)\".*/\\1/p')\n"
+                        "nubis changes $B --since \"$cursor\" --follow --interval 0.02 --json >followed & follower=$!\n"
+                        "save '{\"recordId\": \"n\", \"title\": \"two\"}'\n"
+                        "i=0; until grep -q two followed || [ $i -gt 5000 ]; do i=$((i+1)); done\n"
+                        "kill -TERM $follower; wait $follower || exit 97\n"
+                        "cat followed\n";
+    ASSERT_EQ(RunLines(lines), 0) << Errors();
+    std::istringstream followed(out_);
+    std::vector<Row> shown = ReadRows(followed, "followed", RowFormat::JSON);
+    ASSERT_EQ(shown.size(), 2U) << out_;
+    EXPECT_EQ(shown[0].values["fields"]["title"].asString(), "two");
+    EXPECT_EQ(shown[0].values["version"].asInt(), 2);
+    EXPECT_TRUE(shown[1].values["cursor"].isString());
+}
+
+TEST_F(EndToEndTest, SavePoliciesAreTheServices)
+{
+    std::string save = std::string("nubis record save --id n ") + DATABASE;
+    EXPECT_EQ(
+        RunLines(save + "--new '{\"title\": \"a\", \"stars\": 1}' && " + save + "'{\"stars\": 2}' && " + save +
+                 "--policy unchanged '{\"version\": 1, \"stars\": 3}' || " + save +
+                 "--policy overwrite '{\"title\": \"b\"}' --json >/dev/null && nubis record get n --json" + DATABASE),
+        0);
+    EXPECT_THAT(Errors(), HasSubstr("VERSION_CONFLICT"));
+    EXPECT_THAT(out_, testing::StartsWith("saved note n, version 1\nsaved note n, version 2\n["));
+    EXPECT_THAT(out_, testing::Not(HasSubstr("stars")));
+}
+
+TEST_F(EndToEndTest, CataloguesAreCheckedByTheServiceItself)
+{
+    Put("broken.json", R"({"bundleName": "x", "appId": 5})");
+    EXPECT_EQ(RunLines("nubis catalogue check broken.json; echo $?; nubis catalogue check \"$NOTES\" && "
+                       "nubis catalogue show com.example.notes --json >show && nubis catalogue list"),
+        0);
+    EXPECT_THAT(Errors(), HasSubstr("broken.json: appId"));
+    EXPECT_THAT(out_, testing::StartsWith("1\n"));
+    EXPECT_THAT(out_, HasSubstr("com.example.notes  notes-1"));
+    EXPECT_EQ(RunLines("nubis catalogue show unknown"), 1);
+    EXPECT_THAT(Errors(), HasSubstr("no bundle unknown"));
+}
+
+TEST_F(EndToEndTest, ExecGivesBackTheStatusAndLeavesNothing)
+{
+    EXPECT_EQ(RunLines("nubis service status --json; exit 7"), 7);
+    EXPECT_TRUE(Out()["running"].asBool());
+    EXPECT_FALSE(std::filesystem::exists(Out()["socket"].asString()));
+    EXPECT_FALSE(std::filesystem::exists(Out()["dataFolder"].asString()));
+    EXPECT_FALSE(std::filesystem::exists("/proc/" + Out()["pid"].asString() + "/exe"));
+    EXPECT_EQ(RunLines("nubis service stop && nubis service stop && nubis user info --json"), 0) << Errors();
+    EXPECT_THAT(out_, HasSubstr("the service has stopped\nthe service was not running\n{"));
+}
+
+TEST_F(EndToEndTest, TheDemoHolds)
+{
+    if (!std::filesystem::exists("/usr/share/iso-codes/json")) {
+        GTEST_SKIP() << "Debian's iso-codes package is not installed";
+    }
+    EXPECT_EQ(NubisTest::RunCommand("nubis demo --json 2>errors", out_), 0) << Errors();
+    EXPECT_TRUE(Out()["held"].asBool()) << out_;
+    EXPECT_EQ(Errors(), "");
+}
+} // namespace
+} // namespace NubisTool
