@@ -248,16 +248,29 @@ std::optional<ValueKind> ValueKindOf(FieldType type)
     }
 }
 
+IndexedField DupCheckKeyOf(const RecordTypeRule &rule)
+{
+    // No field can be called so.
+    IndexedField key{"=duplicateCheck", ValueKind::TEXT, false, {}};
+    for (const std::string &name : rule.dupCheckFields) {
+        const FieldRule &field = rule.fields.at(name);
+        key.parts.push_back({name, ValueKindOf(field.type).value_or(ValueKind::TEXT), false, {}});
+    }
+    return key;
+}
+
 std::vector<IndexedField> IndexedFieldsOf(const RecordTypeRule &rule)
 {
     std::vector<IndexedField> indexed;
     for (const auto &[name, field] : rule.fields) {
-        bool dupCheck = std::count(rule.dupCheckFields.begin(), rule.dupCheckFields.end(), name) > 0;
         bool list = field.type == FieldType::LIST;
         std::optional<ValueKind> kind = ValueKindOf(list ? field.listType : field.type);
-        if (kind && (field.queryable || field.sortable || dupCheck)) {
-            indexed.push_back({name, *kind, list});
+        if (kind && (field.queryable || field.sortable)) {
+            indexed.push_back({name, *kind, list, {}});
         }
+    }
+    if (!rule.dupCheckFields.empty()) {
+        indexed.push_back(DupCheckKeyOf(rule));
     }
     return indexed;
 }

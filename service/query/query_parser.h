@@ -30,8 +30,11 @@ struct ParsedQuery {
 // ones in orderings. Throws RequestError (INVALID_QUERY or UNKNOWN_FIELD) that names the field.
 ParsedQuery ParseQuery(const std::string &text, const RecordTypeRule &rule);
 
-// How the store indexes a type's fields: those that conditions, orderings and the duplicate check may use.
+// How the store indexes a type's fields: those that conditions and orderings may use, and the duplicate check's key.
 std::vector<IndexedField> IndexedFieldsOf(const RecordTypeRule &rule);
+
+// The key in which two records of the type are alike when they are duplicates; without parts when the type has none.
+IndexedField DupCheckKeyOf(const RecordTypeRule &rule);
 
 // The kind under which values of a type are compared; empty for those that cannot be.
 std::optional<ValueKind> ValueKindOf(FieldType type);

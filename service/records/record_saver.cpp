@@ -26,17 +26,6 @@ bool IsLive(const std::optional<StoredRecord> &record)
 
 } // namespace
 
-std::vector<IndexedField> DupCheckFieldsOf(const RecordTypeRule &rule)
-{
-    std::vector<IndexedField> fields;
-    for (const IndexedField &field : IndexedFieldsOf(rule)) {
-        if (std::count(rule.dupCheckFields.begin(), rule.dupCheckFields.end(), field.name) > 0) {
-            fields.push_back(field);
-        }
-    }
-    return fields;
-}
-
 RecordSaver::RecordSaver(WriteSession &session, SaveContext context) : session_(session), context_(std::move(context))
 {}
 
@@ -208,11 +197,7 @@ void RecordSaver::FillNext(Candidate &candidate, const std::optional<StoredRecor
             "records");
         return;
     }
-    std::vector<IndexRow> values = MakeIndexRows(candidate.data, DupCheckFieldsOf(*incoming.rule));
-    // A record without one of the values is like no other.
-    if (!values.empty() && values.size() == incoming.rule->dupCheckFields.size()) {
-        candidate.dupCheckValues = std::move(values);
-    }
+    candidate.dupCheckKey = MakeIndexRows(candidate.data, {DupCheckKeyOf(*incoming.rule)});
 }
 
 // Refusing one record can leave another's reference dangling, and the other way round leave a name free; so both
@@ -230,45 +215,44 @@ void RecordSaver::Settle(std::vector<Candidate *> &candidates)
 bool RecordSaver::RefuseDuplicates(const std::vector<Candidate *> &candidates, const Round &round)
 {
     bool refused = false;
-    std::map<std::pair<std::string, std::vector<IndexedValue>>, std::string> seen;
+    std::map<std::pair<std::string, IndexedValue>, std::string> seen;
     for (Candidate *candidate : candidates) {
-        if (candidate->outcome->failure || candidate->dupCheckValues.empty()) {
+        if (candidate->outcome->failure || candidate->dupCheckKey.empty()) {
             continue;
         }
         const std::string &id = candidate->incoming.recordId;
-        std::vector<IndexedValue> values;
-        for (const IndexRow &row : candidate->dupCheckValues) {
-            values.push_back(row.value);
-        }
-        auto [same, fresh] = seen.emplace(std::make_pair(candidate->incoming.recordType, std::move(values)), id);
-        if (!candidate->creates) {
+        auto [same, fresh] =
+            seen.emplace(std::make_pair(candidate->incoming.recordType, candidate->dupCheckKey[0].value), id);
+        std::string other = fresh ? StoredDuplicateOf(*candidate, round) : same->second;
+        if (!candidate->creates || other.empty()) {
             continue;
         }
-        std::string other = fresh ? "" : same->second;
-        if (other.empty()) {
-            other = session_.View().FindByValues(
-                context_.databaseId, candidate->incoming.recordType, candidate->dupCheckValues, id);
-            auto changing = round.find(other);
-            // What this request makes of the other record counts, and `seen` knows that.
-            if (changing != round.end() && !changing->second->outcome->failure) {
-                other.clear();
-            }
+        std::string names;
+        for (const std::string &name : candidate->incoming.rule->dupCheckFields) {
+            names += (names.empty() ? "" : ",") + name;
         }
-        if (!other.empty()) {
-            std::string names;
-            for (const IndexRow &row : candidate->dupCheckValues) {
-                names += (names.empty() ? "" : ",") + row.field;
-            }
-            candidate->outcome->failure = Failure(ErrorCode::DUPLICATE_RECORD,
-                "record " + Quoted(other) + " has the same values in the duplicate-check fields " + names, names);
-            candidate->outcome->record = session_.View().FindRecord(context_.databaseId, other);
-            if (fresh) {
-                seen.erase(same);
-            }
-            refused = true;
+        candidate->outcome->failure = Failure(ErrorCode::DUPLICATE_RECORD,
+            "record " + Quoted(other) + " has the same values in the duplicate-check fields " + names, names);
+        candidate->outcome->record = session_.View().FindRecord(context_.databaseId, other);
+        if (fresh) {
+            seen.erase(same);
         }
+        refused = true;
     }
     return refused;
+}
+
+// A stored record with the candidate's key, unless the request is giving that record another one.
+std::string RecordSaver::StoredDuplicateOf(const Candidate &candidate, const Round &round)
+{
+    std::string other = session_.View().FindByValues(
+        context_.databaseId, candidate.incoming.recordType, candidate.dupCheckKey, candidate.incoming.recordId);
+    auto changing = round.find(other);
+    if (changing == round.end() || changing->second->outcome->failure) {
+        return other;
+    }
+    const std::vector<IndexRow> &key = changing->second->dupCheckKey;
+    return !key.empty() && key[0].value == candidate.dupCheckKey[0].value ? other : "";
 }
 
 bool RecordSaver::IsThere(const RecordReference &reference, const Round &round)

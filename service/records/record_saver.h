@@ -59,7 +59,7 @@ private:
         bool creates = false;
         StoredRecord next;
         Json::Value data;
-        std::vector<IndexRow> dupCheckValues; // empty when the duplicate check does not apply
+        std::vector<IndexRow> dupCheckKey; // empty when the duplicate check does not apply
     };
     using Round = std::map<std::string, Candidate *>;
 
@@ -69,6 +69,7 @@ private:
     void FillNext(Candidate &candidate, const std::optional<StoredRecord> &existing);
     void Settle(std::vector<Candidate *> &candidates);
     bool RefuseDuplicates(const std::vector<Candidate *> &candidates, const Round &round);
+    std::string StoredDuplicateOf(const Candidate &candidate, const Round &round);
     bool RefuseDangling(const std::vector<Candidate *> &candidates, const Round &round);
     bool IsThere(const RecordReference &reference, const Round &round);
     void Write(Candidate &candidate);
@@ -77,9 +78,6 @@ private:
     SaveContext context_;
     std::map<std::string, std::vector<IndexedField>> indexedFields_; // by record type, of those met so far
 };
-
-// The fields in which two records of the type are alike when they are duplicates.
-std::vector<IndexedField> DupCheckFieldsOf(const RecordTypeRule &rule);
 
 } // namespace DriveService
 

@@ -3,6 +3,9 @@
 
 #include "store/store.h"
 
+#include "util/encoding.h"
+#include "util/json_util.h"
+
 namespace DriveService {
 
 namespace {
@@ -38,6 +41,25 @@ void Append(std::vector<IndexRow> &rows, const IndexedField &field, int64_t posi
     }
 }
 
+const Json::Value *FindValue(const Json::Value &data, const std::string &name)
+{
+    return data.find(name.data(), name.data() + name.size());
+}
+
+// A digest, so that keys of long texts stay short.
+void AppendKey(std::vector<IndexRow> &rows, const IndexedField &key, const Json::Value &data)
+{
+    Json::Value values(Json::arrayValue);
+    for (const IndexedField &part : key.parts) {
+        const Json::Value *value = FindValue(data, part.name);
+        if (value == nullptr || !ToIndexedValue(*value, part.kind)) {
+            return;
+        }
+        values.append(*value);
+    }
+    rows.push_back({key.name, 0, HexEncode(Sha256(WriteJson(values)))});
+}
+
 } // namespace
 
 std::vector<IndexRow> MakeIndexRows(const Json::Value &data, const std::vector<IndexedField> &fields)
@@ -47,7 +69,11 @@ std::vector<IndexRow> MakeIndexRows(const Json::Value &data, const std::vector<I
         return rows;
     }
     for (const IndexedField &field : fields) {
-        const Json::Value *value = data.find(field.name.data(), field.name.data() + field.name.size());
+        if (!field.parts.empty()) {
+            AppendKey(rows, field, data);
+            continue;
+        }
+        const Json::Value *value = FindValue(data, field.name);
         if (value == nullptr) {
             continue;
         }

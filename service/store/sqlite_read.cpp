@@ -93,7 +93,8 @@ std::string IndexedFieldsText(const std::vector<IndexedField> &fields)
 {
     std::string text;
     for (const IndexedField &field : fields) {
-        text += field.name + ":" + std::to_string(static_cast<int>(field.kind)) + (field.list ? "[]," : ",");
+        text += field.name + ":" + std::to_string(static_cast<int>(field.kind)) + (field.list ? "[]" : "") +
+                (field.parts.empty() ? "," : "(" + IndexedFieldsText(field.parts) + "),");
     }
     return text;
 }

@@ -58,11 +58,13 @@ enum class ValueKind {
     TEXT,
 };
 
-// A field that queries may use. Values of a list are kept element by element.
+// A field that queries may use. Values of a list are kept element by element. One with parts is no field of the record
+// but a key made of the values of several fields (not of lists); a record that lacks one of them has no key.
 struct IndexedField {
     std::string name;
     ValueKind kind = ValueKind::TEXT;
     bool list = false;
+    std::vector<IndexedField> parts = {};
 };
 
 struct IndexRow {

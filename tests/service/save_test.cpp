@@ -218,16 +218,21 @@ TEST_F(SaveTest, ACreateThatMeetsAnotherInTheDuplicateCheckFieldsReportsIt)
     records.append(NewPerson("p5", "{'name': 'Ann'}"));
     records.append(NewPerson("p6", "{'name': 'Ann'}"));
     Json::Value results = Save(records, 2);
-    EXPECT_THAT(results[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\" has the same values", "age,name"));
+    EXPECT_THAT(results[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\" has the same values", "name,age"));
     EXPECT_EQ(results[0]["currentRecord"]["recordId"], "p1");
     EXPECT_THAT(results[1], Succeeds());
-    EXPECT_THAT(results[2], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p3\" has the same values", "age,name"));
+    EXPECT_THAT(results[2], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p3\" has the same values", "name,age"));
     EXPECT_THAT(results[3], Succeeds());
     EXPECT_THAT(results[4], Succeeds()) << "records without one of the values are like no other";
     records = Json::Value(Json::arrayValue);
     records.append(Changed("p1", 0, "{'age': 40}"));
     records.append(NewPerson("p7", "{'name': 'Ann', 'age': 30}"));
     EXPECT_THAT(Save(records, 1)[1], Succeeds()) << "the same request has made the values free";
+    records = Json::Value(Json::arrayValue);
+    records.append(NewPerson("p8", "{'name': 'Ann', 'age': 40}"));
+    records.append(Changed("p1", 0, "{'height': 1}"));
+    EXPECT_THAT(Save(records, 1)[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\"", "name,age"))
+        << "a change of other fields leaves the values taken";
 }
 
 TEST_F(SaveTest, AnIdTwiceInOneRequestIsSavedTwice)
