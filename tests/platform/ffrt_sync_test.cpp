@@ -142,6 +142,8 @@ TEST(FfrtCondition, WithoutTimeLeftItDoesNotWait)
     const auto past = std::chrono::system_clock::now() - seconds(1);
     EXPECT_EQ(never.wait_until(guard, past), ffrt::cv_status::timeout);
     EXPECT_FALSE(never.wait_until(guard, past, []() { return false; }));
+    constexpr auto longPast = std::chrono::steady_clock::time_point::min();
+    EXPECT_EQ(never.wait_until(guard, longPast), ffrt::cv_status::timeout);
     EXPECT_TRUE(guard.owns_lock());
 }
 

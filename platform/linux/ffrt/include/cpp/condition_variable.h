@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <type_traits>
+#include <utility>
 
 #include "c/condition_variable.h"
 #include "cpp/mutex.h"
@@ -61,19 +62,27 @@ public:
     template <typename C, typename D>
     cv_status wait_until(std::unique_lock<mutex> &lk, const std::chrono::time_point<C, D> &tp) noexcept
     {
-        return wait_for(lk, tp - C::now());
+        return wait_for(lk, Left(tp));
     }
 
     template <typename C, typename D, typename Pred>
     bool wait_until(std::unique_lock<mutex> &lk, const std::chrono::time_point<C, D> &tp, Pred &&pred) noexcept
     {
-        return wait_for(lk, tp - C::now(), std::forward<Pred>(pred));
+        return wait_for(lk, Left(tp), std::forward<Pred>(pred));
     }
 
     void notify_one() noexcept;
     void notify_all() noexcept;
 
 private:
+    // Compared first: the distance to a moment long past need not fit.
+    template <typename C, typename D>
+    static auto Left(const std::chrono::time_point<C, D> &tp)
+    {
+        const auto now = C::now();
+        return tp > now ? tp - now : decltype(tp - now)::zero();
+    }
+
     // One wait if there is no predicate: whether it ended before its time. Else until the predicate or the end of the
     // time: the predicate's value.
     bool WaitFor(std::unique_lock<mutex> &lk, int64_t nanoseconds, bool (*predicate)(void *), void *argument) noexcept;
