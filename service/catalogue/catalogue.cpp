@@ -107,23 +107,22 @@ std::vector<std::shared_ptr<const AppEntry>> Catalogue::All()
 
 void Catalogue::Load(const std::string &bundleName, const FileSignature &signature, Cached &cached)
 {
-    cached.signature = signature;
-    cached.settled = IsSettled(signature);
+    bool settled = IsSettled(signature);
+    // Stays so when the store fails below: the next request tries again.
+    cached.settled = false;
     std::string error;
     std::optional<std::string> text = ReadFile(PathOf(bundleName), MAX_FILE_BYTES, error);
     if (!text) {
         LogError("catalogue file " + PathOf(bundleName) + " cannot be read: " + error);
-        return;
+    } else if (std::string digest = Sha256(*text); digest != cached.digest) {
+        std::shared_ptr<const AppEntry> entry = MakeEntry(bundleName, *text);
+        cached.digest = std::move(digest);
+        if (entry) {
+            cached.entry = std::move(entry);
+        }
     }
-    std::string digest = Sha256(*text);
-    if (digest == cached.digest) {
-        return;
-    }
-    std::shared_ptr<const AppEntry> entry = MakeEntry(bundleName, *text);
-    cached.digest = std::move(digest);
-    if (entry) {
-        cached.entry = std::move(entry);
-    }
+    cached.signature = signature;
+    cached.settled = settled;
 }
 
 std::shared_ptr<const AppEntry> Catalogue::MakeEntry(const std::string &bundleName, const std::string &text)

@@ -115,6 +115,38 @@ TEST_F(CatalogueWatchTest, ABrokenFileLeavesTheLastGoodStateInForce)
                       "bundleName: expected the file's name \"com.example.people\", found text \"com.example.other\""));
 }
 
+// A store whose first write session cannot begin.
+class StoreFailingOnce : public Store {
+public:
+    explicit StoreFailingOnce(Store &store) : store_(store)
+    {}
+
+    std::unique_ptr<ReadSession> BeginRead() override
+    {
+        return store_.BeginRead();
+    }
+    std::unique_ptr<WriteSession> BeginWrite() override
+    {
+        if (!failed_) {
+            failed_ = true;
+            throw StoreError("disk full");
+        }
+        return store_.BeginWrite();
+    }
+
+private:
+    Store &store_;
+    bool failed_ = false;
+};
+
+TEST_F(CatalogueWatchTest, AFileThatCouldNotBeTakenOverIsTriedAgain)
+{
+    StoreFailingOnce store(service_->GetStore());
+    Catalogue catalogue(DataPaths::CatalogueOf(folder_.Path()), store);
+    EXPECT_THROW(catalogue.Find("com.example.people"), StoreError);
+    EXPECT_NE(catalogue.Find("com.example.people"), nullptr);
+}
+
 TEST_F(CatalogueWatchTest, BundlesComeAndGoWithTheirFiles)
 {
     std::filesystem::remove(DataPaths::CatalogueOf(folder_.Path()) + "/com.example.people.json");
