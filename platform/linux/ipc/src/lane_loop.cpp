@@ -4,6 +4,7 @@
 #include "lane_loop.h"
 
 #include <exception>
+#include <mutex>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <utility>
@@ -43,11 +44,19 @@ capnp::rpc::twoparty::Side SideOf(const Lane &lane)
     return lane.Host() == nullptr ? capnp::rpc::twoparty::Side::CLIENT : capnp::rpc::twoparty::Side::SERVER;
 }
 
+// One thread after the other: the first one fills constants of the library, in a way that ThreadSanitizer cannot see.
+kj::AsyncIoContext SetUpLoop()
+{
+    static auto *mutex = new std::mutex();
+    std::lock_guard<std::mutex> lock(*mutex);
+    return kj::setupAsyncIo();
+}
+
 } // namespace
 
 void LaneLoop::Serve(const std::shared_ptr<Lane> &lane, UniqueFd socket)
 {
-    auto io = kj::setupAsyncIo();
+    auto io = SetUpLoop();
     LaneLoop loop(lane, io, std::move(socket));
     loop.Run();
 }
