@@ -37,7 +37,8 @@ std::vector<std::vector<std::string>> AllCommands()
     return {{}, {"demo"}, {"service"}, {"service", "start"}, {"service", "stop"}, {"service", "status"},
         {"service", "exec"}, {"catalogue"}, {"catalogue", "check"}, {"catalogue", "apply"}, {"catalogue", "list"},
         {"catalogue", "show"}, {"user", "info"}, {"record"}, {"record", "import"}, {"record", "save"},
-        {"record", "get"}, {"record", "query"}, {"changes"}, {"crid", "encode"}, {"crid", "decode"}};
+        {"record", "get"}, {"record", "delete"}, {"record", "query"}, {"changes"}, {"crid", "encode"},
+        {"crid", "decode"}};
 }
 
 TEST(CommandLine, EveryCommandHasHelpWithAnExample)
@@ -63,7 +64,8 @@ TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
         {"record", "save", "--bundle", "b", "--type", "T", "[1]"}, {"user", "info", "--user", "-1"},
         {"user", "info", "--demon", "unknown"}, {"changes", "--bundle", "b", "--interval", "x"},
         {"crid", "encode", "--version-number", "2", "--upid", "1", "x"}, {"crid", "encode", "--upid", "1", "x"},
-        {"service", "exec"}, {"service", "exec", "--"}, {"catalogue", "list", "surplus"}};
+        {"record", "delete", "--bundle", "b", "--type", "T", "--if-version", "1", "x", "y"}, {"service", "exec"},
+        {"service", "exec", "--"}, {"catalogue", "list", "surplus"}};
     for (const std::vector<std::string> &arguments : wrong) {
         Outcome outcome = RunNubis(arguments);
         EXPECT_EQ(outcome.status, EXIT_USAGE) << testing::PrintToString(arguments) << outcome.err;

@@ -171,6 +171,19 @@ TEST_F(EndToEndTest, SavePoliciesAreTheServices)
     EXPECT_THAT(out_, testing::Not(HasSubstr("stars")));
 }
 
+TEST_F(EndToEndTest, DeletedRecordsAreGoneAndTheirTombstonesTravel)
+{
+    EXPECT_EQ(RunLines(std::string("save() { nubis record save --new --id $1 '{\"title\": \"x\"}' >/dev/null") +
+                       DATABASE + "; }\nsave a && save b && save c\nnubis record delete a --if-version 5" + DATABASE +
+                       "\nnubis record delete a b nothing" + DATABASE + "\nnubis record get a" + DATABASE +
+                       "\nnubis changes --bundle com.example.notes --json | grep -c '\"deleted\":true'"),
+        0);
+    EXPECT_EQ(out_, "deleted 0 records\ndeleted 2 records\n2\n");
+    EXPECT_THAT(Errors(), HasSubstr("a: record \"a\" has version 1"));
+    EXPECT_THAT(Errors(), HasSubstr("nothing: record \"nothing\" does not exist"));
+    EXPECT_THAT(Errors(), HasSubstr("RECORD_"));
+}
+
 TEST_F(EndToEndTest, CataloguesAreCheckedByTheServiceItself)
 {
     Put("broken.json", R"({"bundleName": "x", "appId": 5})");

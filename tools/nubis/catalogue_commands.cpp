@@ -58,13 +58,14 @@ int RunProgram(std::vector<std::string> arguments, const CatalogueOptions &optio
 
 int Check(const CatalogueOptions &options, const Console &console)
 {
-    return RunProgram({FindServiceProgram(options.common.user).path, "check-catalogue"}, options, console);
+    return RunProgram({FindServiceProgram(options.common.user), "check-catalogue"}, options, console);
 }
 
 int Apply(const CatalogueOptions &options, const Console &console)
 {
-    ServiceProgram program = FindServiceProgram(options.common.user);
-    return RunProgram({program.path, "apply-catalogue", "--data", program.dataFolder}, options, console);
+    int user = options.common.user;
+    return RunProgram(
+        {FindServiceProgram(user), "apply-catalogue", "--data", ServiceDataFolder(user)}, options, console);
 }
 
 std::vector<Nubis::NBAppBriefInfo> AllBriefInfos(Session &session)

@@ -63,6 +63,9 @@ void Print(const std::vector<Nubis::NBRecord> &records, const ChangesOptions &op
         table.Print(console.out);
     }
     console.out.flush();
+    if (!console.out) {
+        throw CommandError("the output could not be written", "check the disk or the program that reads it");
+    }
 }
 
 // From the cursor until nothing is left; returns the cursor to go on from.

@@ -152,6 +152,14 @@ ChildProcess::ChildProcess(const ProcessSpec &spec)
             "check that the program exists and may be run");
     }
     processDescriptor_ = OpenProcess(pid_);
+    if (processDescriptor_ < 0) {
+        std::string reason = std::strerror(errno);
+        kill(pid_, SIGKILL);
+        Reap();
+        CloseIfOpen(input_);
+        CloseIfOpen(output_);
+        throw CommandError("cannot watch other processes: " + reason, "run on Linux 5.3 or newer");
+    }
 }
 
 ChildProcess::~ChildProcess()

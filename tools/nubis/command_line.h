@@ -34,6 +34,7 @@ void AddServiceCommands(CLI::App &app, Chosen &chosen);
 void AddCatalogueCommands(CLI::App &app, Chosen &chosen);
 void AddUserCommands(CLI::App &app, Chosen &chosen);
 void AddImportCommand(CLI::App &record, Chosen &chosen);
+void AddRecordByIdCommands(CLI::App &record, Chosen &chosen);
 void AddRecordCommands(CLI::App &app, Chosen &chosen);
 void AddChangesCommand(CLI::App &app, Chosen &chosen);
 void AddCridCommands(CLI::App &app, Chosen &chosen);

@@ -16,6 +16,7 @@
 #include "database_calls.h"
 #include "error_text.h"
 #include "record_json.h"
+#include "record_options.h"
 #include "row_checker.h"
 #include "row_reader.h"
 #include "session.h"
@@ -24,37 +25,6 @@ namespace NubisTool {
 namespace {
 
 constexpr int QUERY_PAGE = 500;
-
-struct RecordOptions {
-    CommonOptions common;
-    std::string type;
-    std::vector<std::string> ids;
-    std::vector<std::string> fields;
-    std::string where;
-    std::vector<std::string> order;
-    size_t limit = 100;
-    bool all = false;
-    std::string json;
-    std::string id;
-    bool isNew = false;
-    Nubis::NBSavePolicy policy = Nubis::NB_SAVE_CHANGED_FIELDS;
-};
-
-void PrintRecords(const std::vector<Nubis::NBRecord> &records, const Nubis::NBSchemaNode &schemaNode,
-    const RecordOptions &options, const Console &console)
-{
-    if (options.common.json) {
-        Json::Value json(Json::arrayValue);
-        for (const Nubis::NBRecord &record : records) {
-            json.append(RecordToJson(record));
-        }
-        console.out << PrettyText(json) << '\n';
-    } else if (records.empty()) {
-        console.out << "no records\n";
-    } else {
-        PrintRecordTable(console.out, records, schemaNode, options.fields);
-    }
-}
 
 Row ReadRecordArgument(const RecordOptions &options, const Console &console)
 {
@@ -125,43 +95,6 @@ int Save(const RecordOptions &options, const Console &console)
     return EXIT_DONE;
 }
 
-int Get(const RecordOptions &options, const Console &console)
-{
-    Session session(options.common);
-    const Nubis::NBSchemaNode &schemaNode = session.RecordType(options.type);
-    std::vector<Nubis::NBRecord> wanted(options.ids.size());
-    for (size_t i = 0; i < wanted.size(); ++i) {
-        wanted[i].SetRecordId(options.ids[i]);
-        wanted[i].SetRecordType(options.type);
-    }
-    SaveOutcome outcome = Wait(StartFetchByIds(*session.Database(), std::move(wanted)));
-    std::vector<Nubis::NBRecord> found;
-    std::string missing;
-    Nubis::NBError firstError;
-    for (const std::string &id : options.ids) {
-        auto result = outcome.results->find(id);
-        Nubis::NBError error = outcome.error;
-        if (result != outcome.results->end()) {
-            error = result->second;
-        } else if (!error.HasError()) {
-            error.SetLocalError(Nubis::NB_LOCAL_UNEXPECTED_REPLY);
-        }
-        if (error.HasError()) {
-            missing += "\n  " + id + ": " + ErrorText(error);
-            firstError = firstError.HasError() ? firstError : error;
-        } else {
-            found.push_back(result->second.GetRecord());
-        }
-    }
-    if (options.common.json || !found.empty()) {
-        PrintRecords(found, schemaNode, options, console);
-    }
-    if (!missing.empty()) {
-        throw CommandError("not every record could be read:" + missing, ErrorAdvice(firstError));
-    }
-    return EXIT_DONE;
-}
-
 Nubis::NBQuery MakeQuery(const RecordOptions &options)
 {
     Nubis::NBQuery query;
@@ -203,12 +136,6 @@ int Query(const RecordOptions &options, const Console &console)
     return EXIT_DONE;
 }
 
-void AddTypeOption(CLI::App &command, RecordOptions &options)
-{
-    AddDatabaseOptions(command, options.common);
-    command.add_option("--type", options.type, "Record type")->required()->type_name("TYPE");
-}
-
 void AddFieldsOption(CLI::App &command, RecordOptions &options)
 {
     command.add_option("--fields", options.fields, "Only these fields [all]")->delimiter(',')->type_name("A,B");
@@ -237,6 +164,28 @@ void AddSave(CLI::App &family, Chosen &chosen)
 
 } // namespace
 
+void AddTypeOption(CLI::App &command, RecordOptions &options)
+{
+    AddDatabaseOptions(command, options.common);
+    command.add_option("--type", options.type, "Record type")->required()->type_name("TYPE");
+}
+
+void PrintRecords(const std::vector<Nubis::NBRecord> &records, const Nubis::NBSchemaNode &schemaNode,
+    const RecordOptions &options, const Console &console)
+{
+    if (options.common.json) {
+        Json::Value json(Json::arrayValue);
+        for (const Nubis::NBRecord &record : records) {
+            json.append(RecordToJson(record));
+        }
+        console.out << PrettyText(json) << '\n';
+    } else if (records.empty()) {
+        console.out << "no records\n";
+    } else {
+        PrintRecordTable(console.out, records, schemaNode, options.fields);
+    }
+}
+
 void AddRecordCommands(CLI::App &app, Chosen &chosen)
 {
     CLI::App *family = AddCommand(app, "record", "Import, save, read and query records",
@@ -245,13 +194,9 @@ void AddRecordCommands(CLI::App &app, Chosen &chosen)
     AddImportCommand(*family, chosen);
     AddSave(*family, chosen);
 
-    auto options = std::make_shared<RecordOptions>();
-    CLI::App *get = AddCommand(*family, "get", "Read records by their ids",
-        "nubis record get --bundle com.example.notes --type Note note-1 note-2");
-    AddTypeOption(*get, *options);
-    get->add_option("ids", options->ids, "Record ids")->required()->type_name("ID");
-    SetAction(*get, chosen, [options](const Console &console) { return Get(*options, console); });
+    AddRecordByIdCommands(*family, chosen);
 
+    auto options = std::make_shared<RecordOptions>();
     CLI::App *query = AddCommand(*family, "query", "Read the records that meet conditions",
         "nubis record query --bundle com.example.notes --type Note --where 'title~Milk&done=false' --order -created");
     AddTypeOption(*query, *options);

@@ -23,7 +23,7 @@ constexpr std::chrono::seconds STOP_TIME(15);
 
 void PrintStatus(const Console &console, const CommonOptions &options, const ServiceStatus &status)
 {
-    std::string dataFolder = FindServiceProgram(options.user).dataFolder;
+    std::string dataFolder = ServiceDataFolder(options.user);
     if (options.json) {
         Json::Value json(Json::objectValue);
         json["running"] = status.running;

@@ -3,6 +3,7 @@
 
 #include "service_program.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -10,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 #include <unistd.h>
+#include <vector>
 
 #include <json/json.h>
 
@@ -88,28 +90,30 @@ std::vector<std::string> ManifestExecLine(int user, std::string &manifestDir)
 
 } // namespace
 
-ServiceProgram FindServiceProgram(int user)
+std::string FindServiceProgram(int user)
 {
     std::string manifestDir;
     std::vector<std::string> line = ManifestExecLine(user, manifestDir);
-    ServiceProgram program{OwnFolder() + "/" + SERVICE_PROGRAM, Host::StateDir() + "/drive"};
-    for (size_t i = 0; i + 1 < line.size(); ++i) {
-        if (line[i] == "--data") {
-            program.dataFolder = line[i + 1];
-        }
-    }
-    if (!MayRun(program.path) && !line.empty()) {
+    std::string path = OwnFolder() + "/" + SERVICE_PROGRAM;
+    if (!MayRun(path) && !line.empty()) {
         bool inPath = line[0].find('/') == std::string::npos;
-        program.path = inPath ? FindInPath(line[0]) : line[0][0] == '/' ? line[0] : manifestDir + "/" + line[0];
+        path = inPath ? FindInPath(line[0]) : line[0][0] == '/' ? line[0] : manifestDir + "/" + line[0];
     }
-    if (!MayRun(program.path)) {
+    if (!MayRun(path)) {
         throw CommandError(std::string("the program ") + SERVICE_PROGRAM +
                                " is neither beside this one nor named by a "
                                "manifest",
-            "build or install the drive service, or name its manifests' folder in "
-            "NUBIS_MANIFEST_PATH");
+            "build or install the drive service, or name its manifests' folder in NUBIS_MANIFEST_PATH");
     }
-    return program;
+    return path;
+}
+
+std::string ServiceDataFolder(int user)
+{
+    std::string manifestDir;
+    std::vector<std::string> line = ManifestExecLine(user, manifestDir);
+    auto option = std::find(line.begin(), line.end(), "--data");
+    return line.end() - option < 2 ? Host::StateDir() + "/drive" : *(option + 1);
 }
 
 ServiceStatus FindService(int user)

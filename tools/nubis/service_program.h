@@ -6,22 +6,18 @@
 
 #include <chrono>
 #include <string>
-#include <vector>
 
 #include "nubis_kit.h"
 #include "temp_dir.h"
 
 namespace NubisTool {
 
-// The drive service as a program on this machine.
-struct ServiceProgram {
-    std::string path;
-    std::string dataFolder;
-};
+// The drive service's program: beside this one, else the one that the service's manifest names. Throws CommandError when
+// there is none.
+std::string FindServiceProgram(int user);
 
-// The program beside this one, else the one that the service's manifest names; the data folder is the manifest's, else
-// the service's usual one. Throws CommandError when there is no program.
-ServiceProgram FindServiceProgram(int user);
+// Where the service keeps its data: as the manifest says, else the service's usual folder.
+std::string ServiceDataFolder(int user);
 
 struct ServiceStatus {
     bool running = false;

@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "command_line.h"
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <utility>
+
+#include "command_error.h"
+#include "database_calls.h"
+#include "error_text.h"
+#include "record_options.h"
+#include "session.h"
+
+namespace NubisTool {
+namespace {
+
+using IdOperation = std::function<std::future<SaveOutcome>(std::vector<Nubis::NBRecord> records)>;
+
+struct IdOutcome {
+    std::vector<Nubis::NBRecord> records; // those that succeeded, in the order of the ids
+    std::string failures;                 // a line for each of the others
+    Nubis::NBError firstError;
+};
+
+void Judge(const std::string &id, SaveOutcome &requestOutcome, IdOutcome &outcome)
+{
+    auto result = requestOutcome.results->find(id);
+    Nubis::NBError error = requestOutcome.error;
+    if (result != requestOutcome.results->end()) {
+        error = result->second;
+    } else if (!error.HasError()) {
+        error.SetLocalError(Nubis::NB_LOCAL_UNEXPECTED_REPLY);
+    }
+    if (!error.HasError()) {
+        outcome.records.push_back(result->second.GetRecord());
+        return;
+    }
+    outcome.failures += "\n  " + id + ": " + ErrorText(error);
+    outcome.firstError = outcome.firstError.HasError() ? outcome.firstError : error;
+}
+
+// Performs the operation on all of the ids, as many at a time as a request may carry.
+IdOutcome PerformById(Session &session, const RecordOptions &options, const IdOperation &operation)
+{
+    IdOutcome outcome;
+    size_t most = std::max<size_t>(session.ContainerInfo().maxBatchNumber, 1);
+    for (size_t start = 0; start < options.ids.size(); start += most) {
+        size_t count = std::min(most, options.ids.size() - start);
+        std::vector<Nubis::NBRecord> records(count);
+        for (size_t i = 0; i < count; ++i) {
+            records[i].SetRecordId(options.ids[start + i]);
+            records[i].SetRecordType(options.type);
+            records[i].SetVersion(options.ifVersion);
+        }
+        SaveOutcome requestOutcome = Wait(operation(std::move(records)));
+        for (size_t i = 0; i < count; ++i) {
+            Judge(options.ids[start + i], requestOutcome, outcome);
+        }
+    }
+    return outcome;
+}
+
+int Get(const RecordOptions &options, const Console &console)
+{
+    Session session(options.common);
+    const Nubis::NBSchemaNode &schemaNode = session.RecordType(options.type);
+    auto database = session.Database();
+    IdOutcome outcome = PerformById(session, options,
+        [&](std::vector<Nubis::NBRecord> records) { return StartFetchByIds(*database, std::move(records)); });
+    if (options.common.json || !outcome.records.empty()) {
+        PrintRecords(outcome.records, schemaNode, options, console);
+    }
+    if (!outcome.failures.empty()) {
+        throw CommandError("not every record could be read:" + outcome.failures, ErrorAdvice(outcome.firstError));
+    }
+    return EXIT_DONE;
+}
+
+int Delete(const RecordOptions &options, const Console &console)
+{
+    if (options.ifVersion != 0 && options.ids.size() != 1) {
+        throw UsageError("--if-version is for one record", "delete the records one by one, or leave it out");
+    }
+    Session session(options.common);
+    const Nubis::NBSchemaNode &schemaNode = session.RecordType(options.type);
+    auto database = session.Database();
+    auto policy = options.ifVersion == 0 ? Nubis::NB_SAVE_OVERWRITE : Nubis::NB_SAVE_IF_UNCHANGED;
+    IdOutcome outcome = PerformById(session, options,
+        [&](std::vector<Nubis::NBRecord> records) { return StartDelete(*database, std::move(records), policy); });
+    if (options.common.json) {
+        PrintRecords(outcome.records, schemaNode, options, console);
+    } else {
+        console.out << "deleted " << CountText(outcome.records.size(), "record") << '\n';
+    }
+    if (!outcome.failures.empty()) {
+        throw CommandError("not every record could be deleted:" + outcome.failures, ErrorAdvice(outcome.firstError));
+    }
+    return EXIT_DONE;
+}
+
+void AddIds(CLI::App &command, RecordOptions &options)
+{
+    AddTypeOption(command, options);
+    command.add_option("ids", options.ids, "Record ids")->required()->type_name("ID");
+}
+
+} // namespace
+
+void AddRecordByIdCommands(CLI::App &record, Chosen &chosen)
+{
+    auto options = std::make_shared<RecordOptions>();
+    CLI::App *get = AddCommand(record, "get", "Read records by their ids",
+        "nubis record get --bundle com.example.notes --type Note note-1 note-2");
+    AddIds(*get, *options);
+    SetAction(*get, chosen, [options](const Console &console) { return Get(*options, console); });
+
+    CLI::App *remove = AddCommand(record, "delete", "Delete records by their ids",
+        "nubis record delete --bundle com.example.notes --type Note note-1 note-2");
+    AddIds(*remove, *options);
+    remove->add_option("--if-version", options->ifVersion, "Only if this is still the record's version")
+        ->check(CLI::PositiveNumber)
+        ->type_name("N");
+    SetAction(*remove, chosen, [options](const Console &console) { return Delete(*options, console); });
+}
+
+} // namespace NubisTool
