@@ -41,10 +41,10 @@ class NubisNative;
 using NBResultMap = std::map<std::string, NBRecordOperResult>;
 using NBProgressMap = std::map<std::string, NBProgressResult>;
 
-// The callbacks of the asynchronous operations. Each is called exactly once, on a worker task of the library and with no
-// lock held, unless the operation returned a code other than 0: then never. They may block, call the library again and
-// drop the last reference to the database; they must not throw. The first two arguments are the caller's context and
-// the database. With an error the records are those that could be had, often none.
+// The callbacks of the asynchronous operations. Each is called exactly once, on a worker task of the library and with
+// no lock held, unless the operation returned a code other than 0: then never. They may block, call the library again
+// and drop the last reference to the database; they must not throw. The first two arguments are the caller's context
+// and the database. With an error the records are those that could be had, often none.
 //
 // One result per record, by record id. A record that the service did not answer for has NB_LOCAL_UNEXPECTED_REPLY.
 using NBRecordsCallback = std::function<void(
@@ -69,13 +69,13 @@ using NBProgressCallback = std::function<void(std::shared_ptr<NBContext>, std::s
 // One database of a container.
 //
 // The container owns it; callers share it. It refers to its container weakly: when the container is gone, requests fail
-// with NB_LOCAL_EMPTY_REPLY. Operations that are under way keep the database alive. It must be held by a shared pointer:
-// otherwise asynchronous operations throw std::bad_weak_ptr. Any thread may call.
+// with NB_LOCAL_EMPTY_REPLY. Operations that are under way keep the database alive. It must be held by a shared
+// pointer: otherwise asynchronous operations throw std::bad_weak_ptr. Any thread may call.
 //
-// An operation with a callback builds its request on the caller's thread, returns at once and sends on a worker task; it
-// returns 0 when the worker was started, else the NBLocalErrorCode of what was wrong. An empty callback is allowed. The
-// context may be null; then the request carries no trace ids of the caller. Operations without a callback block until
-// the service has answered, at most 60 s.
+// An operation with a callback builds its request on the caller's thread, returns at once and sends on a worker task;
+// it returns 0 when the worker was started, else the NBLocalErrorCode of what was wrong. An empty callback is allowed.
+// The context may be null; then the request carries no trace ids of the caller. Operations without a callback block
+// until the service has answered, failed or died.
 class NUBIS_EXPORT NBDatabase : public std::enable_shared_from_this<NBDatabase> {
 public:
     // syncType: the kind of the container, 0 for structured data, 1 for files. Copies the container's schema out of the
@@ -101,9 +101,9 @@ public:
         NBRecordsCallback callback, NBProgressCallback progressCallback = nullptr);
     int SaveRecord(std::shared_ptr<NBContext> context, NBRecord &&record, NBSavePolicy policy,
         NBSingleRecordCallback callback, NBProgressCallback progressCallback = nullptr);
-    // Sends one request for each record type, types in ascending order; only type, id and what the policy looks at
-    // (the version) need be set. The callback's error is that of the last request; records of a request that failed have
-    // its error in their results. Records that the service does not answer for have none.
+    // Sends one request for each record type, types in ascending order; only type, id and what the policy looks at (the
+    // version) need be set. The callback's error is that of the last request; records of a request that failed have its
+    // error in their results. Records that the service does not answer for have none.
     int DeleteRecords(std::shared_ptr<NBContext> context, std::vector<NBRecord> &&records, NBSavePolicy policy,
         NBRecordsCallback callback);
 

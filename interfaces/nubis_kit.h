@@ -28,7 +28,7 @@ class NBReport;
 //
 // It owns the connection to the cloud-drive service, caches the app catalogue, and hands out containers. Instances are
 // made at the first GetInstance of their user and live until the process ends. Any thread may call. Calls that ask the
-// service block until it has answered or failed; the kit's requests take 60 s at most.
+// service block until it has answered, failed or died.
 //
 // Containers and catalogue exist in two kinds that never mix, told apart by the selector `syncType`: 0 for structured
 // data, 1 for cloud files. The file kind is open only to an instance whose sync demon is NB_SYNC_DEMON_FILE.
@@ -91,9 +91,12 @@ public:
     void SetSaVersion(int saVersion);
 
     // Sends one request, a JSON object, and fills the reply. The request itself is not changed; missing envelope
-    // members are added on the way. timeout in seconds, below 1 for the default of 180. Errors: local 1 when the service
-    // is not connected, local 2 when the request could not be sent, local 11 for an empty reply, a server error or
-    // local 24 when the service answers with a failure. The reply of a request that never got an answer is as it was.
+    // members are added on the way. timeout, in seconds, ends only requests that the service answers asynchronously,
+    // below 1 none at all; for others it is the time (180 s when below 1) after which they are logged as late. At most
+    // twelve requests of a user are under way, further ones wait. Errors: local 1 when the service is not connected,
+    // local 2 when the request could not be sent or its time is over, local 11 for an empty reply (also when the
+    // service dies), a server error or local 24 when it answers with a failure. Without an answer the reply is as it
+    // was.
     NBError SendDataToCloudSrv(const Json::Value &request, Json::Value &reply, int timeout);
 
     // Fetch the catalogue entries of the bundles into the map and into the cache. Live databases get the schema of a

@@ -49,7 +49,8 @@ public:
     void SendHelloToCloud();
 
     // Sends one request and fills the reply text; returns a SendStatus or another status as said there. Adds "uuid" to
-    // the request when it goes asynchronously. timeout in seconds, below 1 for the default. traceId and function are
+    // the request when it goes asynchronously. timeout in seconds: an asynchronous request waits that
+    // long, below 1 without limit; any request is logged as late after it, below 1 after 180. traceId and function are
     // those of the request.
     int32_t SendData(
         Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function, int timeout);

@@ -12,8 +12,9 @@
 namespace Nubis {
 class DriveServiceProxy;
 
-// How platform callbacks and tasks, which may come after a proxy's end, reach the proxy: only through an Access, and the
-// proxy's destructor closes the link first, which waits for those who have one. Shared by the proxy and all of them.
+// How platform callbacks and tasks, which may come after a proxy's end, reach the proxy: only through an Access, and
+// the proxy's destructor closes the link first, which waits for those who have one. Shared by the proxy and all of
+// them.
 class ProxyLink {
 public:
     explicit ProxyLink(DriveServiceProxy *proxy) : proxy_(proxy)

@@ -10,7 +10,8 @@
 #include <string>
 
 namespace Nubis {
-// The deadlines of the requests in flight, by trace id. They are watched and logged only: a request ends by its own wait.
+// The deadlines of the requests in flight, by trace id. They are watched and logged only: a request ends by its own
+// wait.
 // Any thread may call.
 class RequestTimeOut {
 public:

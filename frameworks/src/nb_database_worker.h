@@ -45,9 +45,9 @@ NBError NBDatabase::Exchange(Json::Value &request, int timeout, ReadReply &&read
     }
     return error;
 }
-// Sends one request for each record type, types in ascending order, and gathers the results of all. fillRequest(request,
-// records) puts the records of a group into the request. The error is that of the last group; records of a group that
-// failed have its error in their results.
+// Sends one request for each record type, types in ascending order, and gathers the results of all.
+// fillRequest(request, records) puts the records of a group into the request. The error is that of the last group;
+// records of a group that failed have its error in their results.
 template <typename FillRequest>
 NBError NBDatabase::SendGroups(
     Json::Value &request, RecordsByType &groups, const std::shared_ptr<NBResultMap> &results, FillRequest &&fillRequest)
