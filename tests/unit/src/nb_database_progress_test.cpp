@@ -120,8 +120,11 @@ TEST_F(SaveProgressTest, ASaveIsATaskUntilItHasEnded)
     saved.get_future().get();
     EXPECT_THAT(log.TakeErrors(), Contains("enable progress callback failed, no callback taskid:pt"));
 
-    database_->SaveRecords(nullptr, {}, NB_SAVE_OVERWRITE, nullptr, [](auto...) {});
+    std::promise<void> again;
+    database_->SaveRecords(
+        nullptr, {}, NB_SAVE_OVERWRITE, [&again](auto...) { again.set_value(); }, [](auto...) {});
     const std::string taskId = service_->WaitFor("saveRecords", 2)[1].request["taskId"].asString();
     EXPECT_THAT(taskId, testing::MatchesRegex("[0-9a-f]{32}"));
+    again.get_future().get();
 }
 } // namespace
