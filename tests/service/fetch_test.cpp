@@ -110,6 +110,21 @@ TEST_F(FetchTest, RecordsAreFetchedByTheirIds)
     EXPECT_THAT(Ask("fetchRecordWithIds", many), FailsWith(ErrorCode::BATCH_TOO_LARGE, "at most 1000", "records"));
 }
 
+TEST_F(FetchTest, ADamagedRecordIsTheServicesFailure)
+{
+    SaveOne(NewPerson("p"));
+    std::unique_ptr<WriteSession> session = service_->GetStore().BeginWrite();
+    int64_t database = session->EnsureDatabase({"com.example.people", "people", 1}).id;
+    StoredRecord record = session->View().FindRecord(database, "p").value();
+    record.data = "{\"name\": ";
+    session->Put(database, record, {});
+    session->Commit();
+    session.reset();
+    Json::Value reply = Fetch("p");
+    EXPECT_THAT(reply, FailsWith(ErrorCode::STORE_FAILED, "record p is damaged: ", ""));
+    EXPECT_EQ(reply["error"]["errorType"], static_cast<int>(ErrorType::SERVICE));
+}
+
 TEST_F(FetchTest, PagesStayWithinTheirBounds)
 {
     Json::Value records(Json::arrayValue);

@@ -246,6 +246,20 @@ TEST_F(SaveTest, AnIdTwiceInOneRequestIsSavedTwice)
     EXPECT_THAT(results[2], FailsWith(ErrorCode::VERSION_CONFLICT, "has version 2", "baseVersion"));
 }
 
+TEST_F(SaveTest, AVeryLargeSaveIsAcknowledgedWithoutAllOfItsData)
+{
+    Json::Value records(Json::arrayValue);
+    for (const char *id : {"p1", "p2", "p3", "p4", "p5"}) {
+        records.append(NewPerson(id));
+        records[records.size() - 1]["name"] = std::string(7 * 1024 * 1024, 'x');
+    }
+    Json::Value results = Save(records);
+    EXPECT_TRUE(results[3].isMember("record"));
+    EXPECT_THAT(results[4], Succeeds());
+    EXPECT_FALSE(results[4].isMember("record")) << "the reply must fit into a parcel";
+    EXPECT_EQ(Fetch("p5")["record"]["name"], records[4]["name"]);
+}
+
 TEST_F(SaveTest, WrongRequestsAreRefusedAsAWhole)
 {
     Json::Value entry = PeopleEntry();
