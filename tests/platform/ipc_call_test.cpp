@@ -156,6 +156,9 @@ TEST_P(IpcCallTest, ObjectsKeepTheirIdentity)
     // Its own object, sent back: the service gives the same one, and so do we get the same proxy.
     keep("ability", ability_);
     EXPECT_EQ(give("ability"), ability_);
+    // An ability that keeps itself would never end.
+    keep("ability", nullptr);
+    EXPECT_EQ(give("ability"), nullptr);
     MessageParcel reply;
     ASSERT_EQ(Call(ability_, MAKE, {}, reply), 0);
     sptr<IRemoteObject> made = reply.ReadRemoteObject();

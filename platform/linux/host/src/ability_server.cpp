@@ -82,7 +82,7 @@ public:
             }
             eventfd_t count = 0;
             eventfd_read(wake_->Get(), &count);
-            AcceptAll();
+            AcceptSome();
             // Only sessions count: whoever just looks whether the service runs does not keep it.
             bool isBusy = acceptor_->SessionCount() > 0;
             if (isBusy || wasBusy) {
@@ -144,9 +144,11 @@ private:
         return left.count() > 0 ? static_cast<int>(left.count()) : 0;
     }
 
-    void AcceptAll()
+    // Not all at once: however many come, the server looks at its own state in between.
+    void AcceptSome()
     {
-        while (true) {
+        constexpr int most = 16;
+        for (int i = 0; i < most; ++i) {
             Ipc::UniqueFd client(accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC));
             if (!client) {
                 return;

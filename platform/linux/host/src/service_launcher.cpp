@@ -165,6 +165,9 @@ bool ServiceLauncher::Start(const Manifest &manifest, const Manifest::Ability &a
         posix_spawn_file_actions_addopen(
             &setup.actions, STDOUT_FILENO, logFile_.c_str(), O_WRONLY | O_CREAT | O_APPEND, LOG_MODE);
         posix_spawn_file_actions_adddup2(&setup.actions, STDOUT_FILENO, STDERR_FILENO);
+    } else {
+        // Never our standard output: whoever reads it waits until all holders have closed it.
+        posix_spawn_file_actions_adddup2(&setup.actions, STDERR_FILENO, STDOUT_FILENO);
     }
     std::vector<char *> arguments;
     for (std::string &part : command) {

@@ -22,8 +22,8 @@ public:
     ServiceLauncher(const ServiceLauncher &) = delete;
     ServiceLauncher &operator=(const ServiceLauncher &) = delete;
 
-    // Starts the ability's program in a session of its own, with its output going to <state>/log/<bundle>.log, or to ours
-    // if NUBIS_SERVICE_STDERR is "inherit". On failure false with a text.
+    // Starts the ability's program in a session of its own, with its output going to <state>/log/<bundle>.log, or to our
+    // standard error if NUBIS_SERVICE_STDERR is "inherit". On failure false with a text.
     bool Start(const Manifest &manifest, const Manifest::Ability &ability, const std::string &bundleName,
         int32_t userId, std::string &error);
     // True when the program has already ended; `how` tells in words.
