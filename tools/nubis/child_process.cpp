@@ -20,8 +20,6 @@
 #include "command_error.h"
 #include "interrupt.h"
 
-extern char **environ;
-
 namespace NubisTool {
 namespace {
 
@@ -64,7 +62,7 @@ std::vector<std::string> MergedEnvironment(const Environment &additions)
         }
     }
     for (const auto &[name, value] : additions) {
-        merged.push_back(name + "=" + value);
+        merged.push_back(std::string(name).append("=").append(value));
     }
     return merged;
 }
@@ -72,6 +70,7 @@ std::vector<std::string> MergedEnvironment(const Environment &additions)
 std::vector<char *> Pointers(std::vector<std::string> &texts)
 {
     std::vector<char *> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string &text : texts) {
         pointers.push_back(text.data());
     }
@@ -188,7 +187,7 @@ bool ChildProcess::FillBuffer(std::chrono::milliseconds time)
     if (!PollUntil(output_, time, true)) {
         return false;
     }
-    std::array<char, 64 * 1024> chunk{};
+    std::array<char, 65536> chunk{};
     ssize_t count = read(output_, chunk.data(), chunk.size());
     if (count <= 0) {
         return false;

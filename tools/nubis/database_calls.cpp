@@ -40,6 +40,15 @@ Nubis::NBRecordsCallback KeepResults(const Promise<SaveOutcome> &promise)
 
 } // namespace
 
+Nubis::NBError ErrorFor(const SaveOutcome &outcome, const std::string &recordId)
+{
+    auto result = outcome.results->find(recordId);
+    if (result != outcome.results->end()) {
+        return result->second;
+    }
+    return outcome.error.HasError() ? outcome.error : NBError(Nubis::NB_LOCAL_UNEXPECTED_REPLY);
+}
+
 std::future<SaveOutcome> StartSave(
     NBDatabase &database, std::vector<Nubis::NBRecord> records, Nubis::NBSavePolicy policy)
 {

@@ -38,6 +38,10 @@ std::future<PageOutcome> StartQuery(Nubis::NBDatabase &database, const std::vect
 std::future<PageOutcome> StartChanges(Nubis::NBDatabase &database, const std::string &recordType,
     const std::vector<std::string> &fields, int pageSize, const std::string &cursor);
 
+// What became of one record of a call: its own result's error, else the call's; a record that the service did not answer
+// for has an error, too.
+Nubis::NBError ErrorFor(const SaveOutcome &outcome, const std::string &recordId);
+
 template <typename Outcome>
 Outcome Wait(std::future<Outcome> future)
 {

@@ -212,8 +212,7 @@ private:
             std::string verb = std::string(kind) == "removed" ? "deleted" : kind;
             std::vector<std::string> differences = IdDifferences(SortedIds(sent[kind]), SortedIds(received[kind]));
             report_.Number("records " + verb, received[kind].size());
-            report_.Check(
-                "exactly the records that A " + verb + " arrived as " + verb, differences.empty(), differences);
+            report_.Check("these are exactly the records that A " + verb, differences.empty(), differences);
         }
         report_.Seconds("time to receive them", received["seconds"].asDouble());
         report_.Check("nothing else arrived", received["nothing"].empty());

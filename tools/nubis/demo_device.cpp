@@ -172,11 +172,7 @@ private:
         SaveOutcome outcome = Wait(StartDelete(*session_.Database(), std::move(records), Nubis::NB_SAVE_IF_UNCHANGED));
         ThrowIfError(outcome.error, "deleting records");
         for (const std::string &id : ids) {
-            auto result = outcome.results->find(id);
-            if (result == outcome.results->end()) {
-                throw CommandError("the service gave no answer for deleting " + id, "");
-            }
-            ThrowIfError(result->second, "deleting " + id);
+            ThrowIfError(ErrorFor(outcome, id), "deleting " + id);
             store_.Remove(id);
         }
     }

@@ -139,6 +139,7 @@ std::vector<std::string> IdDifferences(const std::vector<std::string> &sent, con
     std::set_difference(sent.begin(), sent.end(), received.begin(), received.end(), std::back_inserter(missing));
     std::set_difference(received.begin(), received.end(), sent.begin(), sent.end(), std::back_inserter(surplus));
     std::vector<std::string> lines;
+    lines.reserve(missing.size() + surplus.size());
     for (const std::string &id : missing) {
         lines.push_back(id + " did not arrive");
     }

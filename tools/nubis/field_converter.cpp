@@ -102,7 +102,7 @@ bool CheckReference(const NBSchemaField &schemaField, Json::Value &value, std::s
 {
     const std::string &type = schemaField.refRecordType;
     expected = "the id of a record" + (type.empty() ? "" : " of type " + type) +
-               ", as text or as {\"recordId\", \"recordType\"}";
+               R"(, as text or as {"recordId", "recordType"})";
     if (value.isString() && !type.empty()) {
         Json::Value reference(Json::objectValue);
         reference["recordId"] = value;
@@ -178,7 +178,7 @@ bool CheckValue(const NBSchemaField &schemaField, Json::Value &value, std::strin
         case Nubis::NB_FIELD_MAP:
             return CheckMap(value, expected);
         case Nubis::NB_FIELD_ASSET:
-            expected = "an asset: an object with \"uri\", \"assetName\", \"sha256\", \"size\" ...";
+            expected = R"(an asset: an object with "uri", "assetName", "sha256", "size" ...)";
             return value.isObject();
         case Nubis::NB_FIELD_REFERENCE:
             return CheckReference(schemaField, value, expected);

@@ -78,20 +78,14 @@ private:
     void Judge(const ImportItem &item, const SaveOutcome &outcome)
     {
         std::string id = item.record.GetRecordId();
-        auto result = outcome.results->find(id);
-        Nubis::NBError error = outcome.error;
-        if (result != outcome.results->end()) {
-            error = result->second;
-        } else if (!error.HasError()) {
-            error.SetLocalError(Nubis::NB_LOCAL_UNEXPECTED_REPLY);
-        }
+        Nubis::NBError error = ErrorFor(outcome, id);
         if (error.HasError()) {
             report_.refusals.push_back({item.file, item.line, std::move(id), std::move(error)});
             return;
         }
         ++report_.saved;
         if (options_.onSaved) {
-            options_.onSaved(item.record, result->second.GetRecord());
+            options_.onSaved(item.record, outcome.results->at(id).GetRecord());
         }
     }
 

@@ -147,7 +147,7 @@ void AddSave(CLI::App &family, Chosen &chosen)
         {"merge", Nubis::NB_SAVE_CHANGED_FIELDS}, {"overwrite", Nubis::NB_SAVE_OVERWRITE}};
     auto options = std::make_shared<RecordOptions>();
     CLI::App *save = AddCommand(family, "save", "Create a record, or change one when an id is given",
-        "nubis record save --bundle com.example.notes --type Note '{\"title\": \"Milk\"}'");
+        R"(nubis record save --bundle com.example.notes --type Note '{"title": "Milk"}')");
     AddTypeOption(*save, *options);
     save->add_option("--id", options->id, "Record id [the member recordId; none creates a record]")->type_name("ID");
     save->add_flag("--new", options->isNew, "Create the record although an id is given");

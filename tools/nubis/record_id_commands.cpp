@@ -26,17 +26,11 @@ struct IdOutcome {
     Nubis::NBError firstError;
 };
 
-void Judge(const std::string &id, SaveOutcome &requestOutcome, IdOutcome &outcome)
+void Judge(const std::string &id, const SaveOutcome &requestOutcome, IdOutcome &outcome)
 {
-    auto result = requestOutcome.results->find(id);
-    Nubis::NBError error = requestOutcome.error;
-    if (result != requestOutcome.results->end()) {
-        error = result->second;
-    } else if (!error.HasError()) {
-        error.SetLocalError(Nubis::NB_LOCAL_UNEXPECTED_REPLY);
-    }
+    Nubis::NBError error = ErrorFor(requestOutcome, id);
     if (!error.HasError()) {
-        outcome.records.push_back(result->second.GetRecord());
+        outcome.records.push_back(requestOutcome.results->at(id).GetRecord());
         return;
     }
     outcome.failures += "\n  " + id + ": " + ErrorText(error);

@@ -29,7 +29,7 @@ constexpr const char *FORMATS_ADVICE =
 std::string ReadAll(std::istream &input, const std::string &name)
 {
     std::string text;
-    std::vector<char> buffer(64 * 1024);
+    std::vector<char> buffer(65536);
     while (input.read(buffer.data(), static_cast<std::streamsize>(buffer.size())) || input.gcount() > 0) {
         text.append(buffer.data(), static_cast<size_t>(input.gcount()));
         if (text.size() > MAX_INPUT_BYTES) {

@@ -42,9 +42,9 @@ std::string FindInPath(const std::string &name)
     std::string folders = configured == nullptr ? "/usr/local/bin:/usr/bin:/bin" : configured;
     for (size_t start = 0; start <= folders.size();) {
         size_t end = folders.find(':', start);
-        std::string folder = folders.substr(start, end == std::string::npos ? end : end - start);
-        if (!folder.empty() && MayRun(folder + "/" + name)) {
-            return folder + "/" + name;
+        std::string program = folders.substr(start, end == std::string::npos ? end : end - start);
+        if (!program.empty() && MayRun(program.append("/").append(name))) {
+            return program;
         }
         start = end == std::string::npos ? folders.size() + 1 : end + 1;
     }
