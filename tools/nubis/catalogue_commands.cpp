@@ -211,9 +211,7 @@ void AddCatalogueCommands(CLI::App &app, Chosen &chosen)
     auto options = std::make_shared<CatalogueOptions>();
     auto addFiles = [&options](CLI::App &command) {
         command.add_option("files", options->files, "Catalogue files, one bundle each")->required()->type_name("FILE");
-        command.add_option("--user", options->common.user, "Account to work for")
-            ->check(CLI::NonNegativeNumber)
-            ->type_name("ID");
+        AddUserOption(command, options->common.user);
         command.add_flag("--json", options->common.json, "Write JSON for programs");
     };
 

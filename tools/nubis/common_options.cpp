@@ -7,14 +7,19 @@
 
 namespace NubisTool {
 
+void AddUserOption(CLI::App &command, int &user)
+{
+    command.add_option("--user", user, "Account to work for")
+        ->check(CLI::Validator(CLI::NonNegativeNumber).description(""))
+        ->type_name("ID")
+        ->capture_default_str();
+}
+
 void AddServiceOptions(CLI::App &command, CommonOptions &options)
 {
     static const std::map<std::string, Nubis::NBCloudSyncDemon> DEMONS = {{"data", Nubis::NB_SYNC_DEMON_DATA},
         {"file", Nubis::NB_SYNC_DEMON_FILE}, {"asset", Nubis::NB_SYNC_DEMON_ASSET}};
-    command.add_option("--user", options.user, "Account to work for")
-        ->check(CLI::NonNegativeNumber)
-        ->type_name("ID")
-        ->capture_default_str();
+    AddUserOption(command, options.user);
     command.add_option("--demon", options.demon, "Sync service to speak as: data, file or asset [data]")
         ->transform(CLI::CheckedTransformer(DEMONS).description(""))
         ->type_name("KIND");

@@ -22,6 +22,9 @@ struct CommonOptions {
     bool json = false;
 };
 
+// --user alone: for commands that deal with the service's process.
+void AddUserOption(CLI::App &command, int &user);
+
 // --user, --demon, --json: for commands that talk to the service.
 void AddServiceOptions(CLI::App &command, CommonOptions &options);
 

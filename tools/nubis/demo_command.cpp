@@ -280,7 +280,7 @@ void AddDemoCommands(CLI::App &app, Chosen &chosen)
     // One of the demo's devices; of no use to people.
     CLI::App *device = AddCommand(app, "demo-device", "Obey the demo's orders on standard input", "nubis demo");
     device->group("");
-    device->add_option("--user", options->user, "Account to work for")->type_name("ID");
+    AddUserOption(*device, options->user);
     SetAction(*device, chosen, [options](const Console &console) { return RunDemoDevice(options->user, console); });
 }
 

@@ -98,7 +98,7 @@ void AddServiceCommands(CLI::App &app, Chosen &chosen)
     CLI::App *exec =
         AddCommand(*family, "exec", "Run a command against a fresh service of its own, and return its exit status",
             "nubis service exec -- sh -c 'nubis catalogue apply notes.json && nubis catalogue list'");
-    exec->add_option("--user", options->user, "Account to work for")->check(CLI::NonNegativeNumber)->type_name("ID");
+    AddUserOption(*exec, options->user);
     SetAction(*exec, chosen, [options, &chosen](const Console &) { return Exec(*options, chosen.passedOn); });
 }
 
