@@ -4,9 +4,11 @@
 #include "ipc_object_proxy.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "errors.h"
+#include "ipc_log.h"
 #include "ipc_types.h"
 #include "session.h"
 
@@ -53,7 +55,12 @@ int IPCObjectProxy::SendRequest(uint32_t code, MessageParcel &data, MessageParce
     }
     // The reply may bring about that the caller drops its last reference to this proxy.
     sptr<IPCObjectProxy> self(this);
-    return target_->session->Transact(*target_, code, data, reply, option.GetFlags());
+    try {
+        return target_->session->Transact(*target_, code, data, reply, option.GetFlags());
+    } catch (const std::exception &error) {
+        IPC_LOGE("request %{public}u failed: %{public}s", code, error.what());
+        return BR_FAILED_REPLY;
+    }
 }
 
 bool IPCObjectProxy::AddDeathRecipient(const sptr<DeathRecipient> &recipient)
