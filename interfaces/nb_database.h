@@ -189,9 +189,33 @@ public:
     static void StopProgressTimer();
     static void TimerProgressFunc(void *data);
 
-private:
+    // The worker halves of the operations above. Each blocks until the service has answered its request, then calls
+    // back on the same thread. The results and records that are passed in, never null, are filled and handed to the
+    // callback.
     using RecordList = std::shared_ptr<std::vector<NBRecord>>;
     using RecordsByType = std::map<std::string, std::vector<NBRecord>>;
+    void InnerSaveRecords(std::shared_ptr<NBContext> context, Json::Value request, std::shared_ptr<NBResultMap> results,
+        NBRecordsCallback callback);
+    void InnerDeleteRecords(std::shared_ptr<NBContext> context, std::shared_ptr<NBResultMap> results,
+        RecordsByType groups, NBSavePolicy policy, NBRecordsCallback callback);
+    void InnerFetchRecordWithQuery(
+        std::shared_ptr<NBContext> context, Json::Value request, RecordList records, NBQueryCallback callback);
+    void InnerFetchDatabaseChanges(
+        std::shared_ptr<NBContext> context, Json::Value request, RecordList records, NBChangesCallback callback);
+    void InnerFetchRecordWithId(
+        std::shared_ptr<NBContext> context, Json::Value request, NBRecord record, NBFetchCallback callback);
+    void InnerFetchRecordWithIds(std::shared_ptr<NBContext> context, Json::Value request,
+        std::shared_ptr<NBResultMap> results, RecordsByType groups, NBRecordsCallback callback);
+    // Reads the service's answer for one record and keeps it under the record's id; without an id or a map it is
+    // dropped.
+    void InsertRecordOperResult(const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecord,
+        const std::shared_ptr<NBResultMap> &results);
+    // Sends an O&M event about the result of a record, or of the whole request, if it is an error. May ask the service
+    // where to report to, so never under a lock that a reply needs.
+    void ReportOmRecordResult(const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecord,
+        const NBError &result) const;
+
+private:
     enum FetchedFlag : uint32_t {
         RULES_FETCHED = 1,
         SERVICE_KEY_FETCHED = 2,
@@ -220,27 +244,8 @@ private:
     void ReadSavedRecords(
         const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecords, NBResultMap &results);
     void ParseOperResult(const Json::Value &replyRecord, NBRecordOperResult &result);
-    void InsertRecordOperResult(const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecord,
-        const std::shared_ptr<NBResultMap> &results);
-    // Sends an O&M event about the result of a record, or of the whole request, if it is an error. May ask the service
-    // where to report to, so never under a lock that a reply needs.
-    void ReportOmRecordResult(const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecord,
-        const NBError &result) const;
     void ReadRecords(const Json::Value &replyRecords, std::vector<NBRecord> &records);
     void ReadRecordReply(const Json::Value &reply, NBRecord &record, NBError &error);
-
-    void InnerSaveRecords(std::shared_ptr<NBContext> context, Json::Value request, std::shared_ptr<NBResultMap> results,
-        NBRecordsCallback callback);
-    void InnerDeleteRecords(std::shared_ptr<NBContext> context, std::shared_ptr<NBResultMap> results,
-        RecordsByType groups, NBSavePolicy policy, NBRecordsCallback callback);
-    void InnerFetchRecordWithQuery(
-        std::shared_ptr<NBContext> context, Json::Value request, RecordList records, NBQueryCallback callback);
-    void InnerFetchDatabaseChanges(
-        std::shared_ptr<NBContext> context, Json::Value request, RecordList records, NBChangesCallback callback);
-    void InnerFetchRecordWithId(
-        std::shared_ptr<NBContext> context, Json::Value request, NBRecord record, NBFetchCallback callback);
-    void InnerFetchRecordWithIds(std::shared_ptr<NBContext> context, Json::Value request,
-        std::shared_ptr<NBResultMap> results, RecordsByType groups, NBRecordsCallback callback);
 
     // Both with serviceKeyMutex_ held.
     void FetchServiceKey();

@@ -37,6 +37,9 @@ public:
         uint32_t code, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &option) override;
     // 0, with the reply filled, when the request was understood.
     int32_t HandleRemoteRequest(const std::string &requestText, std::string &reply);
+    // Its two kinds, told apart by "uuid": the reply to an asynchronous request, and a request of the service's own.
+    int32_t HandleRequestReply(const Json::Value &request, const std::string &requestText, std::string &reply);
+    int32_t HandleRemoteRequestCallback(const Json::Value &request, const std::string &requestText, std::string &reply);
 
     // A request of this uuid that is waiting already is forgotten.
     void AddRequest(const std::string &uuid);
@@ -50,9 +53,6 @@ public:
 private:
     using ReverseHandler = std::function<int32_t(const Json::Value &request, std::string &reply)>;
     using WaitingReply = std::shared_ptr<ffrt::promise<std::string>>;
-
-    int32_t HandleRequestReply(const Json::Value &request, const std::string &requestText, std::string &reply);
-    int32_t HandleRemoteRequestCallback(const Json::Value &request, const std::string &requestText, std::string &reply);
 
     // By function name; constant after construction.
     const std::map<std::string, ReverseHandler> reverseHandlers_{};

@@ -54,8 +54,19 @@ public:
     // those of the request.
     int32_t SendData(
         Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function, int timeout);
+    // The two ways of SendData, which takes a slot and watches the deadline around them; without a connection
+    // SEND_NOT_CONNECTED.
+    int32_t InnerSyncRequest(
+        Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function);
+    int32_t InnerAsyncRequest(
+        Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function, int timeout);
     // Whether requests of this function are answered through the callback stub instead of the reply parcel.
     bool IsSupportAsync(const std::string &function);
+
+    // Starts the timer unless it runs; every request does.
+    void StartTimeTask();
+    // One idle tick: disconnects a service that has been idle for long, and returns whether the timer is to end.
+    bool CheckStopTimer();
 
     // Gives every request that waits for an asynchronous reply an empty one.
     void WakeAllRequests();
@@ -68,17 +79,11 @@ private:
     class InFlight;
 
     bool EnsureConnected();
-    int32_t InnerSyncRequest(
-        Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function);
-    int32_t InnerAsyncRequest(
-        Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function, int timeout);
     void TakeSlot();
     void ReturnSlot();
 
-    void StartTimeTask();
     static void RunTimeTask(const std::shared_ptr<ProxyLink> &link);
     bool OnTimerTick();
-    bool CheckStopTimer();
 
     // Constant after construction.
     const std::string bundleName_;

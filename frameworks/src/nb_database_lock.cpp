@@ -67,6 +67,7 @@ void NBDatabase::StoreServiceKeys(const Json::Value &reply)
         NB_LOGE("parse service key failed, no keys node");
         return;
     }
+    fetched_ &= ~static_cast<uint32_t>(SERVICE_KEY_FETCHED);
     // A fresh holder, or keys of another user could stay in it.
     serviceKey_ = std::make_shared<UserKey>();
     for (const auto &keyJson : *keys) {
@@ -114,14 +115,17 @@ bool NBDatabase::StoreServiceKey(const Json::Value &keyJson)
 
 std::shared_ptr<UserKey> NBDatabase::GetUserKey(const std::string &userId)
 {
+    {
+        std::lock_guard<ffrt::mutex> lock(*serviceKeyMutex_);
+        if (serviceKey_ != nullptr && (fetched_ & SERVICE_KEY_FETCHED) == 0) {
+            NB_LOGI("get service key failed, will get service key again");
+            FetchServiceKey();
+        }
+    }
     auto result = std::make_shared<UserKey>();
     std::lock_guard<ffrt::mutex> lock(*serviceKeyMutex_);
     if (serviceKey_ == nullptr) {
         return result;
-    }
-    if ((fetched_ & SERVICE_KEY_FETCHED) == 0) {
-        NB_LOGI("get service key failed, will get service key again");
-        FetchServiceKey();
     }
     if (!userId.empty() && userId != serviceKey_->userId) {
         NB_LOGI("userid change, will get service key again");

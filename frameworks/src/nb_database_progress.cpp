@@ -70,15 +70,16 @@ void StopTimer(ffrt_timer_t timer)
 void NBDatabase::AddProgressCallBack(const std::string &taskId, NBProgressCallback callback,
     std::shared_ptr<NBContext> context, std::shared_ptr<NBProgressMap> progress)
 {
-    auto &registry = GetRegistry();
-    std::lock_guard<ffrt::mutex> lock(registry.mutex);
-    registry.progress[taskId] = progress;
-    registry.nodes[taskId].call = [callback = std::move(callback), context = std::move(context),
-                                      progress = std::move(progress)]() {
+    std::function<void()> call = [callback = std::move(callback), context = std::move(context), progress]() {
         if (callback != nullptr) {
             callback(context, progress);
         }
     };
+    auto &registry = GetRegistry();
+    std::lock_guard<ffrt::mutex> lock(registry.mutex);
+    registry.progress[taskId] = std::move(progress);
+    // What is replaced goes with the local variable, after unlocking: it may hold objects of the caller.
+    registry.nodes[taskId].call.swap(call);
     StartTimer(registry);
 }
 
@@ -86,10 +87,12 @@ void NBDatabase::RemoveProgressCallBack(const std::string &taskId)
 {
     auto &registry = GetRegistry();
     ffrt_timer_t unused = NO_TIMER;
+    // Ends after unlocking: the callback may hold objects of the caller, whose end may come back here.
+    std::map<std::string, CallbackNode>::node_type removed;
     {
         std::lock_guard<ffrt::mutex> lock(registry.mutex);
         registry.progress.erase(taskId);
-        registry.nodes.erase(taskId);
+        removed = registry.nodes.extract(taskId);
         unused = TakeUnusedTimer(registry);
     }
     StopTimer(unused);

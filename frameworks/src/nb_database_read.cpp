@@ -17,8 +17,10 @@ namespace {
 std::string JoinKeys(const std::vector<std::string> &keys)
 {
     std::string joined;
+    const char *separator = "";
     for (const auto &key : keys) {
-        joined += joined.empty() ? key : "," + key;
+        joined += separator + key;
+        separator = ",";
     }
     return joined;
 }

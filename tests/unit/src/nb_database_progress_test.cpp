@@ -94,6 +94,24 @@ TEST_F(ProgressTest, TheTimerLivesAsLongAsThereAreTasks)
     NBDatabase::RemoveProgressCallBack("a");
 }
 
+TEST_F(ProgressTest, WhatACallbackHoldsMayEndWithACallOfTheRegistry)
+{
+    int ended = 0;
+    const auto add = [&ended]() {
+        const std::shared_ptr<void> held(nullptr, [&ended](void *) {
+            NBDatabase::EnableProgressCallBack("unknown");
+            ++ended;
+        });
+        NBDatabase::AddProgressCallBack(
+            "a", [held](auto...) {}, nullptr, std::make_shared<NBProgressMap>());
+    };
+    add();
+    add();
+    EXPECT_EQ(ended, 1);
+    NBDatabase::RemoveProgressCallBack("a");
+    EXPECT_EQ(ended, 2);
+}
+
 class SaveProgressTest : public NubisTest::DatabaseTest {};
 
 TEST_F(SaveProgressTest, ASaveIsATaskUntilItHasEnded)
@@ -126,5 +144,18 @@ TEST_F(SaveProgressTest, ASaveIsATaskUntilItHasEnded)
     const std::string taskId = service_->WaitFor("saveRecords", 2)[1].request["taskId"].asString();
     EXPECT_THAT(taskId, testing::MatchesRegex("[0-9a-f]{32}"));
     again.get_future().get();
+}
+
+TEST_F(SaveProgressTest, ASaveWithoutIdsLeavesNoTask)
+{
+    service_->Answer("getRecordIdRules", R"({"ruleId": 9})");
+    EXPECT_FALSE(database_->GetRecordIdRules().HasError());
+    NubisTest::LogCapture log;
+    EXPECT_EQ(
+        database_->SaveRecords(
+            NubisTest::ContextOf("t", "p"), {NubisTest::Note("a")}, NB_SAVE_OVERWRITE, [](auto...) {}, [](auto...) {}),
+        11);
+    NBDatabase::EnableProgressCallBack("pt");
+    EXPECT_THAT(log.TakeErrors(), Contains("enable progress callback failed, no callback taskid:pt"));
 }
 } // namespace

@@ -62,6 +62,8 @@ TEST_F(DatabaseReadTest, DesiredKeysAreJoined)
     const auto ignore = [](auto...) {};
     database_->FetchRecords(nullptr, "note", {"a", "b", "c"}, 1, "", ignore);
     EXPECT_EQ(service_->WaitFor("fetchRecordsWithQuery", 1)[0].request["fields"], "a,b,c");
+    database_->FetchRecords(nullptr, "note", {"", "a", ""}, 1, "", ignore);
+    EXPECT_EQ(service_->WaitFor("fetchRecordsWithQuery", 2)[1].request["fields"], ",a,");
     database_->FetchDatabaseChanges(nullptr, "note", {"a"}, 1, "", ignore);
     const Json::Value changes = service_->WaitFor("fetchDatabaseChanges", 1)[0].request;
     EXPECT_EQ(changes["fields"], "a");

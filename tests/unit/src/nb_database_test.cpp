@@ -215,6 +215,12 @@ TEST_F(ServiceKeyTest, AWrongKeyEndsTheFetchAndIsFetchedAgain)
         Contains("parse service key failed, userKeyUuid length is error, uuid:" + std::string(31, 'u')));
     service_->Answer("getServiceKey", Keys({Key(1, "09")}));
     EXPECT_EQ(database_->GetUserKey("")->efek[0], 9);
+
+    // Also when the reply with the wrong key did not come by a fetch.
+    Json::Value reply;
+    reply["keys"].append(forged);
+    database_->ParseServiceKey(reply);
+    EXPECT_EQ(database_->GetUserKey("")->efek[0], 9);
 }
 
 TEST_F(ServiceKeyTest, AnotherUserOrAFailureAsksAgain)
