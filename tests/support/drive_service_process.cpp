@@ -34,27 +34,17 @@ void WaitUntilGone(int pidDescriptor)
 
 DriveServiceProcess::DriveServiceProcess()
 {
-    std::string pattern = (std::filesystem::temp_directory_path() / "nubis-test-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) {
-        throw std::runtime_error("no temporary folder: " + pattern);
-    }
-    folder_ = pattern;
-    setenv("NUBIS_RUNTIME_DIR", (folder_ / "run").c_str(), 1);
-    setenv("NUBIS_STATE_DIR", (folder_ / "state").c_str(), 1);
     setenv("NUBIS_MANIFEST_PATH", NUBIS_TEST_MANIFESTS, 1);
-    setenv("NUBIS_DEVICE_NAME", "test-device", 1);
 }
 
 DriveServiceProcess::~DriveServiceProcess()
 {
     Kill();
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
 }
 
 void DriveServiceProcess::InstallNotesCatalogue()
 {
-    const std::string data = (folder_ / "state" / "drive").string();
+    const std::string data = (folders_.State() / "drive").string();
     std::string output;
     const std::string command = std::string(NUBIS_TEST_BIN) + "/nubis-drive-service apply-catalogue --data '" + data +
                                 "' '" NUBIS_TEST_DATA "/notes_catalogue.json' 2>&1";

@@ -7,12 +7,14 @@
 #include <filesystem>
 #include <string>
 
+#include "host_folders.h"
+
 namespace NubisTest {
 constexpr char TEST_BUNDLE[] = "com.example.notes";
 constexpr char TEST_CONTAINER[] = "notes";
 
-// A world of its own for one test: fresh folders for sockets, data and logs, named to this process and its children by
-// the environment. The drive service is started on demand, by the first connection, as on a real host. One at a time.
+// A world of its own for one test, with a real drive service in it that is started on demand, by the first connection,
+// as on a real host. One at a time.
 class DriveServiceProcess {
 public:
     DriveServiceProcess();
@@ -31,11 +33,11 @@ public:
 
     const std::filesystem::path &Folder() const
     {
-        return folder_;
+        return folders_.Root();
     }
 
 private:
-    std::filesystem::path folder_;
+    HostFolders folders_;
 };
 
 // Runs a shell command; its output goes to `output`. Returns the exit status, -1 when a signal ended it.

@@ -4,7 +4,6 @@
 #ifndef NUBIS_TEST_EVENT_LINES_H
 #define NUBIS_TEST_EVENT_LINES_H
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -16,36 +15,21 @@
 #include <json/reader.h>
 #include <json/value.h>
 
+#include "host_folders.h"
+
 namespace NubisTest {
 
 // A state folder of the test's own, in which the event client writes; removed at the end.
 class EventState {
 public:
-    EventState()
+    std::filesystem::path Path() const
     {
-        std::string path = (std::filesystem::temp_directory_path() / "nubis-events-XXXXXX").string();
-        if (mkdtemp(path.data()) == nullptr) {
-            throw std::runtime_error("no temporary folder " + path);
-        }
-        path_ = path;
-        setenv("NUBIS_STATE_DIR", path.c_str(), 1);
-    }
-    ~EventState()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    EventState(const EventState &) = delete;
-    EventState &operator=(const EventState &) = delete;
-
-    const std::filesystem::path &Path() const
-    {
-        return path_;
+        return folders_.State();
     }
 
     std::filesystem::path FileOf(const std::string &instanceTag) const
     {
-        return path_ / "events" / (instanceTag + ".jsonl");
+        return Path() / "events" / (instanceTag + ".jsonl");
     }
 
     // Every event of the instance so far. Throws when the file holds anything but whole lines of JSON objects.
@@ -72,7 +56,7 @@ public:
     }
 
 private:
-    std::filesystem::path path_;
+    HostFolders folders_;
 };
 
 // An object of texts, as a map that tests compare as a whole.
