@@ -259,7 +259,7 @@ void NBDatabase::InnerFetchRecordWithIds(std::shared_ptr<NBContext> context, Jso
 NBError NBDatabase::GetStartCursor(std::shared_ptr<NBContext> context, std::string recordType, std::string &cursor)
 {
     Json::Value request = MakeRequest("getStartCursor");
-    request["recordType"] = std::move(recordType);
+    request["recordType"] = recordType;
     request["databaseType"] = static_cast<int>(scope_);
     AddTraceId(context, request);
     return Exchange(request, RECORD_REQUEST_TIMEOUT, [&cursor](const Json::Value &reply, NBError &) {

@@ -18,7 +18,7 @@ struct ClockSource {
 
 ClockSource &GetClockSource()
 {
-    static ClockSource *source = new ClockSource;
+    static auto *source = new ClockSource;
     return *source;
 }
 } // namespace

@@ -21,7 +21,7 @@ namespace DriveService {
 namespace {
 
 constexpr unsigned KEY_BITS = 3072;
-constexpr size_t MAX_PEM_BYTES = 64 * 1024;
+constexpr size_t MAX_PEM_BYTES = size_t{64} * 1024;
 constexpr size_t ID_BYTES = 16;
 
 struct KeyFree {

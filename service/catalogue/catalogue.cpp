@@ -17,7 +17,7 @@ namespace DriveService {
 
 namespace {
 
-constexpr size_t MAX_FILE_BYTES = 16 * 1024 * 1024;
+constexpr size_t MAX_FILE_BYTES = size_t{16} * 1024 * 1024;
 constexpr const char *FILE_ENDING = ".json";
 
 // File times tick in steps of some milliseconds: a file that changed so shortly before it was read could change again

@@ -52,7 +52,7 @@ Json::Value Unseal(const std::string &cursor, const char *kind, const DatabaseIn
     if (!text || !ParseJson(*text, body, error) || !body.isArray()) {
         Refuse(cursor, "is damaged");
     }
-    if (body.size() == 0 || body[0] != Json::Value(database.uid)) {
+    if (body.empty() || body[0] != Json::Value(database.uid)) {
         Refuse(cursor, "belongs to another database");
     }
     return body;

@@ -16,7 +16,7 @@ namespace DriveService {
 
 namespace {
 
-constexpr size_t MAX_TEXT = 64 * 1024;
+constexpr size_t MAX_TEXT = size_t{64} * 1024;
 constexpr size_t MAX_CONDITIONS = 32;
 constexpr size_t MAX_ORDERINGS = 8;
 constexpr std::string_view ORDER_BY = "orderBy=";

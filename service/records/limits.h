@@ -11,18 +11,18 @@ namespace DriveService {
 
 // A page never holds more than these; a single record always fits, because none is larger than a page.
 constexpr int64_t MAX_PAGE_RECORDS = 1000;
-constexpr int64_t MAX_PAGE_BYTES = 8 * 1024 * 1024;
-constexpr size_t MAX_RECORD_BYTES = 8 * 1024 * 1024;
+constexpr int64_t MAX_PAGE_BYTES = int64_t{8} * 1024 * 1024;
+constexpr size_t MAX_RECORD_BYTES = size_t{8} * 1024 * 1024;
 
 // Records of one request for records by their ids.
 constexpr unsigned MAX_FETCHED_IDS = 1000;
 
 // What a reply to a write carries of record data beyond this is left out, because the whole must fit into a parcel and
 // what was saved cannot be refused any more.
-constexpr size_t MAX_ECHOED_BYTES = 32 * 1024 * 1024;
+constexpr size_t MAX_ECHOED_BYTES = size_t{32} * 1024 * 1024;
 
 // The largest text of a parcel, either way.
-constexpr size_t MAX_PARCEL_TEXT = 128 * 1024 * 1024;
+constexpr size_t MAX_PARCEL_TEXT = size_t{128} * 1024 * 1024;
 
 } // namespace DriveService
 

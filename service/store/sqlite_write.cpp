@@ -14,7 +14,7 @@ constexpr size_t DATABASE_UID_BYTES = 8;
 
 // Records are read in blocks when a type is indexed anew, so that memory stays bounded however many there are.
 constexpr int64_t REINDEX_RECORDS = 1000;
-constexpr int64_t REINDEX_BYTES = 16 * 1024 * 1024;
+constexpr int64_t REINDEX_BYTES = int64_t{16} * 1024 * 1024;
 
 void BindRecord(SQLite::Statement &statement, int64_t databaseId, const StoredRecord &record)
 {

@@ -13,7 +13,7 @@
 namespace NubisTool {
 
 struct CsvLimits {
-    size_t maxFieldBytes = 16UL * 1024 * 1024;
+    size_t maxFieldBytes = size_t{16} * 1024 * 1024;
     size_t maxFields = 4096;
 };
 

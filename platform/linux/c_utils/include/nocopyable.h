@@ -4,6 +4,7 @@
 #ifndef OHOS_NOCOPYABLE_H
 #define OHOS_NOCOPYABLE_H
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the argument is the name of a class
 #define DISALLOW_COPY(className)                                                                                       \
     className(const className &) = delete;                                                                             \
     className &operator=(const className &) = delete
@@ -16,5 +17,6 @@
 #define DISALLOW_COPY_AND_MOVE(className)                                                                              \
     DISALLOW_COPY(className);                                                                                          \
     DISALLOW_MOVE(className)
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif // OHOS_NOCOPYABLE_H

@@ -107,6 +107,7 @@ public:
         return Replace(other);
     }
 
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the new reference is taken before the old one is dropped
     sptr<T> &operator=(const sptr<T> &other)
     {
         return Replace(other.object_);
@@ -264,6 +265,7 @@ public:
         return Replace(Create(other));
     }
 
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the new reference is taken before the old one is dropped
     wptr<T> &operator=(const wptr<T> &other)
     {
         return Replace(Share(other.refs_));

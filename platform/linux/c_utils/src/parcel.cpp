@@ -127,7 +127,7 @@ bool Parcel::ReadText(std::basic_string<Char> &value)
         return false;
     }
     // A length that is not below the number of bytes left cannot be right; checked first, it also keeps the sums small.
-    size_t count = static_cast<size_t>(length);
+    const auto count = static_cast<size_t>(length);
     if (length < 0 || count >= GetReadableBytes() || Padded((count + 1) * sizeof(Char)) > GetReadableBytes()) {
         readPosition_ = start;
         return false;

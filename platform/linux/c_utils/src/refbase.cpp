@@ -122,6 +122,7 @@ RefBase::RefBase(const RefBase &) : RefBase()
 RefBase::RefBase(RefBase &&) noexcept : RefBase()
 {}
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned, each object keeps its own counts
 RefBase &RefBase::operator=(const RefBase &) noexcept
 {
     return *this;

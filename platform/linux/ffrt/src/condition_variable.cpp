@@ -46,8 +46,6 @@ namespace ffrt {
 condition_variable::condition_variable() : ffrt_cond_t{}
 {}
 
-condition_variable::~condition_variable() noexcept = default;
-
 void condition_variable::wait(std::unique_lock<mutex> &lk)
 {
     WaitOnce(lk, this, Moment::max());

@@ -17,7 +17,7 @@ namespace Host {
 
 namespace {
 
-constexpr size_t MAX_FILE_SIZE = 1024 * 1024;
+constexpr size_t MAX_FILE_SIZE = size_t{1024} * 1024;
 constexpr size_t MAX_NAME_SIZE = 128;
 
 // The first complaint about a file.

@@ -18,8 +18,6 @@
 #include "host/paths.h"
 #include "worker_pool.h"
 
-extern char **environ;
-
 namespace Host {
 
 namespace {
@@ -170,6 +168,7 @@ bool ServiceLauncher::Start(const Manifest &manifest, const Manifest::Ability &a
         posix_spawn_file_actions_adddup2(&setup.actions, STDERR_FILENO, STDOUT_FILENO);
     }
     std::vector<char *> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string &part : command) {
         arguments.push_back(part.data());
     }

@@ -31,7 +31,7 @@ public:
 
 private:
     int flags_;
-    int waitTime_;
+    int waitTime_ = TF_WAIT_TIME;
 };
 
 } // namespace OHOS

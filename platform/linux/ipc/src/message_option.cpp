@@ -9,7 +9,7 @@ namespace {
 constexpr int MAX_WAIT_TIME = 3000;
 }
 
-MessageOption::MessageOption(int flags, int waitTime) : flags_(flags), waitTime_(TF_WAIT_TIME)
+MessageOption::MessageOption(int flags, int waitTime) : flags_(flags)
 {
     SetWaitTime(waitTime);
 }

@@ -16,8 +16,8 @@ namespace OHOS {
 namespace {
 
 constexpr int32_t TOKEN_HEADER = 0x100;
-constexpr size_t MAX_INLINE_RAW_SIZE = 32 * 1024;
-constexpr size_t MAX_RAW_SIZE = 128 * 1024 * 1024;
+constexpr size_t MAX_INLINE_RAW_SIZE = size_t{32} * 1024;
+constexpr size_t MAX_RAW_SIZE = size_t{128} * 1024 * 1024;
 
 } // namespace
 

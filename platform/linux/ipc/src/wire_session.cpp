@@ -78,6 +78,7 @@ std::shared_ptr<WireSession> WireSession::Connect(
     std::string key = RandomKey();
     for (LaneKind kind : LANES) {
         bool refused = false;
+        // NOLINTNEXTLINE(bugprone-use-after-move): moved in one round only
         UniqueFd socket = kind == LaneKind::SMALL ? std::move(first) : ConnectSocket(path, error, refused);
         if (socket && session->JoinLane(kind, std::move(socket), key, error)) {
             continue;

@@ -47,7 +47,7 @@ private:
 class WireSession : public Session {
 public:
     // Parcels above this many bytes take the lane for large ones.
-    static constexpr size_t BIG_PARCEL = 64 * 1024;
+    static constexpr size_t BIG_PARCEL = size_t{64} * 1024;
 
     // Connects to the ability that listens at `path`, which a process of `expectedUid` must serve. Waits for the answer, a
     // few seconds at most. On failure null with a text; `nobody` tells that no process serves there (any more).

@@ -28,7 +28,7 @@ enum class cv_status {
 class condition_variable : public ffrt_cond_t {
 public:
     condition_variable();
-    ~condition_variable() noexcept;
+    ~condition_variable() noexcept = default;
     condition_variable(const condition_variable &) = delete;
     condition_variable &operator=(const condition_variable &) = delete;
 

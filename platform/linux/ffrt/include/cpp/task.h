@@ -83,7 +83,7 @@ struct dependence {
     dependence &operator=(const dependence &) = delete;
     ~dependence();
 
-    const ffrt_task_handle_t task;
+    const ffrt_task_handle_t task; // NOLINT(misc-misplaced-const): the handle itself is what must not change
 };
 
 // Runs `func` in a thread of the pool. An empty function runs as a task that does nothing. A function that throws
