@@ -21,17 +21,24 @@ using namespace NubisTest;
 namespace {
 class ServiceLifeTest : public NotesTest {};
 
+// Calls fail until the notice of the service's death has arrived; the next one connects anew.
+template <typename Call>
+auto OnceConnected(const Call &call)
+{
+    auto outcome = call();
+    while (outcome.error.IsLocalError()) {
+        outcome = call();
+    }
+    return outcome;
+}
+
 TEST_F(ServiceLifeTest, WhatWasAcknowledgedIsThereAfterTheServiceWasKilled)
 {
     ASSERT_TRUE(AllSaved(Save(Database(), {Note("kept").Id("n1")})));
     const int pid = Service().Pid();
     Service().Kill();
 
-    // Calls fail until the notice of the death has arrived; the next one connects anew.
-    Fetched fetched;
-    do {
-        fetched = FetchById(Database(), "note", "n1");
-    } while (fetched.error.IsLocalError());
+    const Fetched fetched = OnceConnected([this] { return FetchById(Database(), "note", "n1"); });
 
     ASSERT_FALSE(fetched.error.HasError());
     EXPECT_EQ(TitleOf(fetched.record), "kept");
@@ -70,7 +77,8 @@ TEST_F(ServiceLifeTest, EveryCallOfManyThreadsCallsBackOnceWhileTheServiceDies)
     }
 
     EXPECT_EQ(callbacks.load(), THREADS * SAVES);
-    EXPECT_GE(AllChanges(Database()).records.size(), static_cast<size_t>(saved.load()));
+    const Page changes = OnceConnected([this] { return AllChanges(Database()); });
+    EXPECT_GE(changes.records.size(), static_cast<size_t>(saved.load()));
 }
 
 TEST_F(ServiceLifeTest, ACallbackMayCallTheLibraryAndWait)
