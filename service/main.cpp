@@ -6,6 +6,7 @@
 #include <csignal>
 #include <iostream>
 
+#include <openssl/crypto.h>
 #include <sys/stat.h>
 
 #include "command_line.h"
@@ -60,5 +61,7 @@ int main(int argc, char **argv)
 {
     // Everything that the service keeps is its user's alone.
     umask(S_IRWXG | S_IRWXO);
+    // Requests may still be under way when main returns; the random generator must not be taken from them.
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     return DriveService::RunCommandLine(argc, argv, std::cout, std::cerr, Serve);
 }

@@ -42,6 +42,19 @@ int TakeLock(const std::string &path)
     return fd;
 }
 
+// Whoever can write to the folder can put other data, and another catalogue, in the place of the user's.
+void RefuseFolderOpenToOthers(const std::string &folder)
+{
+    struct stat info {};
+    if (stat(folder.c_str(), &info) != 0) {
+        throw std::runtime_error("cannot look at " + folder + ": " + std::strerror(errno));
+    }
+    if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        throw std::runtime_error(
+            "others can write to the data folder " + folder + "; run chmod go-w on it, or name another one");
+    }
+}
+
 void Tighten(const std::string &folder)
 {
     if (chmod(folder.c_str(), S_IRWXU) != 0) {
@@ -65,8 +78,9 @@ ServiceInstance::ServiceInstance(const std::string &dataFolder, int userId, std:
     : paths_(dataFolder, userId)
 {
     MakePrivateFolder(dataFolder);
-    MakePrivateFolder(paths_.userFolder);
     // The data folder itself may be any folder of the user's; what is inside it is the service's.
+    RefuseFolderOpenToOthers(dataFolder);
+    MakePrivateFolder(paths_.userFolder);
     Tighten(paths_.userFolder);
     lockFd_ = TakeLock(paths_.lock);
     try {

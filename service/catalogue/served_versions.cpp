@@ -19,7 +19,7 @@ int64_t Serve(int64_t written, const std::string &digest, const Json::Value &ser
     constexpr int64_t MOST = std::numeric_limits<int32_t>::max();
     int64_t version = written;
     if (served.isObject() && served["version"].isInt64()) {
-        int64_t last = served["version"].asInt64();
+        int64_t last = std::min(MOST, int64_t{served["version"].asInt64()});
         bool changed = TextMember(served, "content") != digest;
         version = std::min(MOST, std::max(written, changed ? last + 1 : last));
     }
@@ -37,7 +37,8 @@ void RaiseContainer(ContainerEntry &container, Json::Value &reply, const Json::V
 {
     Json::Value content = reply;
     content["schema"].removeMember("version");
-    const Json::Value &last = served.isObject() ? served["containers"][container.name] : Json::Value::nullSingleton();
+    const bool known = served.isObject() && served["containers"].isObject();
+    const Json::Value &last = known ? served["containers"][container.name] : Json::Value::nullSingleton();
     container.schemaVersion =
         Serve(container.schemaVersion, DigestOf(content), last, remembered["containers"][container.name]);
     reply["schema"]["version"] = Json::Int64(container.schemaVersion);

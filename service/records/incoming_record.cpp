@@ -92,10 +92,13 @@ std::optional<Failure> ReadIdentity(const Json::Value &json, const ContainerEntr
     if (reader.Boolean("deleted")) {
         problems.push_back({"a deleted record cannot be saved; deletions are requests of their own", "deleted"});
     }
-    if (record.recordId.size() > MAX_ID_BYTES) {
-        problems.push_back(
-            {"record member \"recordId\": expected at most " + std::to_string(MAX_ID_BYTES) + " bytes", "recordId"});
-        record.recordId.clear();
+    for (auto [name, text] : {std::pair{"recordId", &record.recordId}, std::pair{"ownerId", &record.ownerId}}) {
+        if (text->size() > MAX_ID_BYTES) {
+            problems.push_back({std::string("record member \"") + name + "\": expected at most " +
+                                    std::to_string(MAX_ID_BYTES) + " bytes",
+                name});
+            text->clear();
+        }
     }
     if (!problems.empty()) {
         return Failure(ErrorCode::INVALID_RECORD, std::move(problems));
@@ -123,10 +126,23 @@ void UnwrapAttachments(const std::string &recordType, const std::string &field, 
     }
 }
 
+// What a null stands for: clients also write it for an empty list or map, which is what it must be where the field
+// cannot be unset.
+Json::Value NullOf(const FieldRule &rule)
+{
+    if (rule.nullable || (rule.type != FieldType::LIST && rule.type != FieldType::MAP)) {
+        return Json::Value();
+    }
+    return Json::Value(rule.type == FieldType::LIST ? Json::arrayValue : Json::objectValue);
+}
+
 std::optional<Failure> ReadFields(const Json::Value &json, IncomingRecord &record)
 {
     std::vector<FailureDetail> problems;
     for (const std::string &name : json.getMemberNames()) {
+        if (problems.size() >= MAX_FAILURE_DETAILS) {
+            break;
+        }
         if (BookkeepingMembers().count(name) > 0) {
             continue;
         }
@@ -136,7 +152,7 @@ std::optional<Failure> ReadFields(const Json::Value &json, IncomingRecord &recor
                 {"record type \"" + record.recordType + "\" has no field \"" + Excerpt(name) + "\"", Excerpt(name)});
             continue;
         }
-        Json::Value value = json[name];
+        Json::Value value = json[name].isNull() ? NullOf(*rule) : json[name];
         if (!value.isNull()) {
             UnwrapAttachments(record.recordType, name, value);
             CheckFieldValue(*rule, value, problems, record.fieldReferences);

@@ -41,7 +41,7 @@ std::vector<RecordOutcome> RecordSaver::Save(const Json::Value &records)
         RecordOutcome &outcome = outcomes[i];
         candidate.outcome = &outcome;
         outcome.failure = ReadIncomingRecord(records[i], context_.container, candidate.incoming);
-        outcome.localRecordId = candidate.incoming.recordId;
+        outcome.localRecordId = TextMember(records[i], "recordId");
         outcome.recordType = candidate.incoming.recordType;
         if (!outcome.failure && candidate.incoming.recordId.empty()) {
             if (candidate.incoming.isNew) {
@@ -100,6 +100,12 @@ std::optional<Failure> RecordSaver::Judge(Candidate &candidate, const std::optio
 {
     const IncomingRecord &incoming = candidate.incoming;
     std::string named = "record " + Quoted(incoming.recordId);
+    // Of a deleted one too: who follows the changes of its type only would never learn of the deletion otherwise.
+    if (existing && existing->recordType != incoming.recordType) {
+        return Failure(ErrorCode::RECORD_TYPE_MISMATCH,
+            named + " is of type " + Quoted(existing->recordType) + ", not " + Quoted(incoming.recordType),
+            "recordType");
+    }
     if (!IsLive(existing)) {
         if (incoming.isNew) {
             return std::nullopt;
@@ -111,11 +117,6 @@ std::optional<Failure> RecordSaver::Judge(Candidate &candidate, const std::optio
                 "recordId");
         }
         return Failure(ErrorCode::RECORD_NOT_FOUND, named + " does not exist; set isNew to create it", "recordId");
-    }
-    if (existing->recordType != incoming.recordType) {
-        return Failure(ErrorCode::RECORD_TYPE_MISMATCH,
-            named + " is of type " + Quoted(existing->recordType) + ", not " + Quoted(incoming.recordType),
-            "recordType");
     }
     if (context_.policy != SavePolicy::IF_UNCHANGED) {
         return std::nullopt;
@@ -152,6 +153,9 @@ std::optional<Failure> RecordSaver::Merge(Candidate &candidate, const std::optio
             problems.push_back({"field \"" + name + "\": expected " + WordOf(rule.type) + " because the field is " +
                                     (rule.primary ? "primary" : "not nullable") + ", came no value",
                 name});
+        }
+        if (problems.size() >= MAX_FAILURE_DETAILS) {
+            break;
         }
     }
     if (!problems.empty()) {
@@ -204,6 +208,7 @@ void RecordSaver::FillNext(Candidate &candidate, const std::optional<StoredRecor
 // checks are repeated until nothing changes; every turn but the last refuses a record, so there is an end.
 void RecordSaver::Settle(std::vector<Candidate *> &candidates)
 {
+    storedTypes_.clear();
     Round round;
     for (Candidate *candidate : candidates) {
         round[candidate->incoming.recordId] = candidate;
@@ -261,8 +266,12 @@ bool RecordSaver::IsThere(const RecordReference &reference, const Round &round)
     if (sent != round.end() && !sent->second->outcome->failure) {
         return sent->second->incoming.recordType == reference.recordType;
     }
-    std::optional<StoredRecord> record = session_.View().FindRecord(context_.databaseId, reference.recordId);
-    return IsLive(record) && record->recordType == reference.recordType;
+    auto [known, fresh] = storedTypes_.emplace(reference.recordId, "");
+    if (fresh) {
+        std::optional<StoredRecord> record = session_.View().FindRecord(context_.databaseId, reference.recordId);
+        known->second = IsLive(record) ? record->recordType : "";
+    }
+    return known->second == reference.recordType;
 }
 
 bool RecordSaver::RefuseDangling(const std::vector<Candidate *> &candidates, const Round &round)

@@ -77,6 +77,7 @@ private:
     WriteSession &session_;
     SaveContext context_;
     std::map<std::string, std::vector<IndexedField>> indexedFields_; // by record type, of those met so far
+    std::map<std::string, std::string> storedTypes_; // of the round's targets, by id; empty: no live record
 };
 
 } // namespace DriveService

@@ -31,7 +31,7 @@ public:
 private:
     void Refuse(const std::string &position, const std::string &expected, const Json::Value &came);
     void CheckList(Json::Value &value, const std::string &position);
-    void CheckMap(const Json::Value &value, const std::string &position);
+    void CheckMap(Json::Value &value, const std::string &position);
     void CheckAsset(const Json::Value &value, const std::string &position);
     void CheckReference(const Json::Value &value, const std::string &position);
 
@@ -95,13 +95,17 @@ void ValueCheck::CheckList(Json::Value &value, const std::string &position)
         Refuse(position, std::string("List of ") + WordOf(rule_.listType), value);
         return;
     }
-    for (Json::ArrayIndex i = 0; i < value.size(); ++i) {
+    for (Json::ArrayIndex i = 0; i < value.size() && problems_.size() < MAX_FAILURE_DETAILS; ++i) {
         Check(rule_.listType, value[i], position + "[" + std::to_string(i) + "]");
     }
 }
 
-void ValueCheck::CheckMap(const Json::Value &value, const std::string &position)
+void ValueCheck::CheckMap(Json::Value &value, const std::string &position)
 {
+    if (value.isNull()) {
+        // Clients write an empty map in a list so.
+        value = Json::Value(Json::objectValue);
+    }
     if (!value.isObject()) {
         Refuse(position, "Map", value);
         return;
@@ -109,7 +113,10 @@ void ValueCheck::CheckMap(const Json::Value &value, const std::string &position)
     for (const std::string &name : value.getMemberNames()) {
         const Json::Value &member = value[name];
         if (member.isNull() || member.isArray() || member.isObject()) {
-            Refuse(position + "." + name, "a number, a text, true or false within a Map", member);
+            Refuse(position + "." + Excerpt(name), "a number, a text, true or false within a Map", member);
+        }
+        if (problems_.size() >= MAX_FAILURE_DETAILS) {
+            break;
         }
     }
 }

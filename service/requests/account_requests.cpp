@@ -15,13 +15,22 @@ namespace DriveService {
 
 namespace {
 
-// A setting that holds JSON. Whoever changes one by hand may break it; then it counts as not there.
+// A setting that holds an object with at least the members of the initial one, of the same types. Whoever changes one
+// by hand may break it; then it counts as not there.
 Json::Value JsonSetting(ServiceContext &context, const std::string &name, const Json::Value &initial)
 {
     std::string text = KeptSetting(context.store, name, [&initial] { return WriteJson(initial); });
     Json::Value value;
     std::string error;
-    return ParseJson(text, value, error) ? value : initial;
+    if (!ParseJson(text, value, error) || !value.isObject()) {
+        return initial;
+    }
+    for (const std::string &member : initial.getMemberNames()) {
+        if (value[member].type() != initial[member].type()) {
+            return initial;
+        }
+    }
+    return value;
 }
 
 // A parameter's value is wrapped, because a JSON text is always an object or an array.
@@ -30,7 +39,9 @@ Json::Value Parameter(ServiceContext &context, const char *key, const Json::Valu
     Json::Value wrapped(Json::objectValue);
     wrapped["key"] = key;
     wrapped["value"] = initial;
-    return JsonSetting(context, std::string("parameter/") + key, wrapped);
+    wrapped = JsonSetting(context, std::string("parameter/") + key, wrapped);
+    wrapped["key"] = key;
+    return wrapped;
 }
 
 void AddSpace(const std::string &folder, Json::Value &userInfo)

@@ -59,8 +59,8 @@ Json::Value GetServiceKey(ServiceContext &context, const Request &request)
     std::string text = KeptSetting(context.store, setting, [] { return WriteJson(MakeKeys()); });
     Json::Value reply = Success();
     std::string error;
-    if (!ParseJson(text, reply["keys"], error)) {
-        throw std::runtime_error("the setting " + setting + " is damaged: " + error);
+    if (!ParseJson(text, reply["keys"], error) || !reply["keys"].isArray()) {
+        throw std::runtime_error("the setting " + setting + " is damaged" + (error.empty() ? "" : ": " + error));
     }
     return reply;
 }

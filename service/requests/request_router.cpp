@@ -7,6 +7,7 @@
 
 #include "records/limits.h"
 #include "requests/handlers.h"
+#include "util/encoding.h"
 #include "util/failure.h"
 #include "util/json_util.h"
 #include "util/log.h"
@@ -65,7 +66,8 @@ Json::Value RequestRouter::Dispatch(const std::string &text, const std::string &
     if (!json.isObject()) {
         throw RequestError(ErrorCode::MALFORMED_REQUEST, "a request is an object, came " + DescribeJson(json));
     }
-    Request request(json, deviceName);
+    // It is the peer's word, and stands in every record of its.
+    Request request(json, IsUtf8(deviceName) ? Excerpt(deviceName) : "");
     std::string function = request.NonEmptyText("function");
     auto handler = Handlers().find(function);
     if (handler == Handlers().end()) {

@@ -59,6 +59,7 @@ Json::Value OutcomesToJson(const std::vector<RecordOutcome> &outcomes)
             json["localRecordId"] = outcome.localRecordId;
             if (!echoes) {
                 json.removeMember("record");
+                json.removeMember("relations");
             }
         }
         list.append(std::move(json));

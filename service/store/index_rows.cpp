@@ -46,16 +46,29 @@ const Json::Value *FindValue(const Json::Value &data, const std::string &name)
     return data.find(name.data(), name.data() + name.size());
 }
 
+// What queries take for equal must be equal here: a value may have been written when its field had another type.
+Json::Value KeyPart(const IndexedValue &value)
+{
+    if (const auto *integer = std::get_if<int64_t>(&value)) {
+        return Json::Value(Json::Int64(*integer));
+    }
+    if (const auto *real = std::get_if<double>(&value)) {
+        return Json::Value(*real + 0.0); // adding makes -0.0 the other zero
+    }
+    return Json::Value(std::get<std::string>(value));
+}
+
 // A digest, so that keys of long texts stay short.
 void AppendKey(std::vector<IndexRow> &rows, const IndexedField &key, const Json::Value &data)
 {
     Json::Value values(Json::arrayValue);
     for (const IndexedField &part : key.parts) {
         const Json::Value *value = FindValue(data, part.name);
-        if (value == nullptr || !ToIndexedValue(*value, part.kind)) {
+        std::optional<IndexedValue> indexed = value != nullptr ? ToIndexedValue(*value, part.kind) : std::nullopt;
+        if (!indexed) {
             return;
         }
-        values.append(*value);
+        values.append(KeyPart(*indexed));
     }
     rows.push_back({key.name, 0, HexEncode(Sha256(WriteJson(values)))});
 }

@@ -20,14 +20,19 @@ constexpr int BUSY_TIMEOUT_MS = 10000;
 // Queries make texts of their own; without a bound a client could fill the memory with them.
 constexpr size_t MAX_STATEMENTS = 128;
 
-// SQLite gives its journal files the mode of the database file, so that one mode settles all three.
+constexpr int SYNCHRONOUS_FULL = 2;
+
+// SQLite gives its journal files the mode of the database file, so that one mode settles all three. A file that is
+// there must not even be opened: closing it would drop the locks that other connections of this process hold on it, and
+// the next program from outside would take the journal away from under them.
 void MakePrivateFile(const std::string &path)
 {
-    int fd = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (fd < 0) {
-        throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
+    int fd = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (fd >= 0) {
+        close(fd);
+    } else if (errno != EEXIST) {
+        throw std::runtime_error("cannot make " + path + ": " + std::strerror(errno));
     }
-    close(fd);
 }
 
 } // namespace
@@ -37,9 +42,17 @@ SqliteConnection::SqliteConnection(const std::string &path)
     MakePrivateFile(path);
     database_ =
         std::make_unique<SQLite::Database>(path, SQLite::OPEN_READWRITE | SQLite::OPEN_NOMUTEX, BUSY_TIMEOUT_MS);
-    database_->exec("PRAGMA journal_mode = WAL");
+    // SQLite answers with the mode that it could set, and fails at none.
+    SQLite::Statement journal(*database_, "PRAGMA journal_mode = WAL");
+    if (!journal.executeStep() || journal.getColumn(0).getString() != "wal") {
+        throw std::runtime_error("the file system of " + path + " does not support the write-ahead log");
+    }
     // With WAL, anything less may lose acknowledged transactions when the machine goes down.
     database_->exec("PRAGMA synchronous = FULL");
+    SQLite::Statement level(*database_, "PRAGMA synchronous");
+    if (!level.executeStep() || level.getColumn(0).getInt() != SYNCHRONOUS_FULL) {
+        throw std::runtime_error("the database " + path + " would not be written safely");
+    }
 }
 
 SQLite::Statement &SqliteConnection::Prepare(const std::string &sql)
@@ -51,7 +64,8 @@ SQLite::Statement &SqliteConnection::Prepare(const std::string &sql)
         }
         found = statements_.emplace(sql, std::make_unique<SQLite::Statement>(*database_, sql)).first;
     }
-    found->second->reset();
+    // Its result is that of the last execution, whose failure was reported then.
+    found->second->tryReset();
     found->second->clearBindings();
     return *found->second;
 }
@@ -68,15 +82,24 @@ SqliteTransaction::SqliteTransaction(SqliteConnection &connection, Mode mode) : 
         return;
     }
     connection_.Execute("BEGIN");
-    // SQLite takes the view at the first read.
-    connection_.Execute("SELECT version FROM schema_info");
+    try {
+        // SQLite takes the view at the first read.
+        connection_.Execute("SELECT version FROM schema_info");
+    } catch (const std::exception &) {
+        Rollback();
+        throw;
+    }
 }
 
 SqliteTransaction::~SqliteTransaction()
 {
-    if (!open_) {
-        return;
+    if (open_) {
+        Rollback();
     }
+}
+
+void SqliteTransaction::Rollback()
+{
     try {
         connection_.Execute("ROLLBACK");
     } catch (const std::exception &) {

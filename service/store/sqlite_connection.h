@@ -16,14 +16,15 @@ namespace DriveService {
 // journal) is in this class. Used by one thread at a time; throws SQLite::Exception.
 class SqliteConnection {
 public:
-    // Makes the file with mode 0600 when it is not there; throws std::runtime_error when it cannot.
+    // Makes the file with mode 0600 when it is not there; throws std::runtime_error when it cannot,
+    // or when what is committed would not be on disk.
     explicit SqliteConnection(const std::string &path);
 
     SqliteConnection(const SqliteConnection &) = delete;
     SqliteConnection &operator=(const SqliteConnection &) = delete;
 
-    // A statement without bindings, prepared once for each text. It is the caller's until it asks for the same text
-    // again, or ends the transaction.
+    // A statement without bindings, prepared once for each text. It is the caller's until it asks for the next
+    // one, or ends the transaction.
     SQLite::Statement &Prepare(const std::string &sql);
 
     void Execute(const std::string &sql);
@@ -49,6 +50,8 @@ public:
     void Commit();
 
 private:
+    void Rollback();
+
     SqliteConnection &connection_;
     bool open_ = true;
 };

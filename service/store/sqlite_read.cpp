@@ -122,10 +122,10 @@ std::optional<DatabaseInfo> SqliteRead::FindDatabase(const DatabaseKey &key)
 
 std::optional<StoredRecord> SqliteRead::FindRecord(int64_t databaseId, const std::string &recordId)
 {
-    static const std::string SQL =
-        std::string("SELECT ") + RECORD_COLUMNS + " FROM record r WHERE r.database_id = ? AND r.record_id = ?";
+    static const auto *sql = new std::string(
+        std::string("SELECT ") + RECORD_COLUMNS + " FROM record r WHERE r.database_id = ? AND r.record_id = ?");
     return GuardStore([&]() -> std::optional<StoredRecord> {
-        SQLite::Statement &statement = connection_.Prepare(SQL);
+        SQLite::Statement &statement = connection_.Prepare(*sql);
         ResetAtEnd reset(statement);
         statement.bind(1, databaseId);
         statement.bind(2, recordId);

@@ -4,6 +4,7 @@
 #ifndef NUBIS_SERVICE_UTIL_FAILURE_H
 #define NUBIS_SERVICE_UTIL_FAILURE_H
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,6 +14,9 @@
 #include "util/error_codes.h"
 
 namespace DriveService {
+
+// Checks stop looking for problems at about so many: what a request holds must not be multiplied in its reply.
+constexpr size_t MAX_FAILURE_DETAILS = 16;
 
 struct FailureDetail {
     std::string description;

@@ -85,6 +85,28 @@ TEST_F(AccountTest, SettingsThatWereChangedAreServed)
     EXPECT_EQ(Ask("getReportInfo")["reportUrl"], "https://r");
 }
 
+TEST_F(AccountTest, SettingsOfAnotherFormBreakNothing)
+{
+    Json::Value parameters = Ask("getSysParameters");
+    Json::Value report = Ask("getReportInfo");
+    Ask("getServiceKey");
+    for (const char *text : {"[]", "{}", "{\"key\":5,\"reportUrl\":{},\"containers\":7,\"version\":\"x\"}",
+             "{\"containers\":{\"people\":[]},\"version\":9223372036854775807}", "\"", "\xff"}) {
+        std::unique_ptr<WriteSession> session = service_->GetStore().BeginWrite();
+        for (const char *name : {"parameter/flowControl", "reportInfo", "catalogue/com.example.people"}) {
+            session->SetSetting(name, text);
+        }
+        session->SetSetting("serviceKeys/com.example.people/people", "{}");
+        session->Commit();
+        session.reset();
+        Restart();
+        EXPECT_EQ(Ask("getSysParameters"), parameters) << text;
+        EXPECT_EQ(Ask("getReportInfo"), report) << text;
+        EXPECT_THAT(Ask("getStartCursor"), Succeeds()) << text;
+        EXPECT_THAT(Ask("getServiceKey"), FailsWith(ErrorCode::INTERNAL_ERROR, "is damaged", ""));
+    }
+}
+
 TEST_F(AccountTest, ServiceKeysAreMadeOnceAndCarryTheirDigest)
 {
     Json::Value keys = Ask("getServiceKey")["keys"];

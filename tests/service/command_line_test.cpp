@@ -140,6 +140,14 @@ TEST_F(CommandLineTest, DataFoldersAreMadePrivateAndServedOnce)
     std::string file = WriteFile("file", J("{}"));
     EXPECT_THAT(open(file + "/data"), HasSubstr("cannot make the folder"));
     EXPECT_THAT(open(file), HasSubstr(file + " is not a folder"));
+    ASSERT_EQ(chmod(data.c_str(), 0770), 0);
+    EXPECT_THAT(open(data), HasSubstr("others can write to the data folder " + data));
+    ASSERT_EQ(chmod(data.c_str(), 0755), 0);
+    ASSERT_EQ(chmod((data + "/user-100").c_str(), 0777), 0);
+    EXPECT_EQ(open(data), "opened");
+    struct stat info {};
+    ASSERT_EQ(stat((data + "/user-100").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0700u) << "what is the service's own is tightened";
 }
 
 } // namespace

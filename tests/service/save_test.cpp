@@ -1,6 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <csignal>
+
+#include <sys/resource.h>
+
 #include "service_fixture.h"
 
 namespace DriveService {
@@ -99,6 +103,11 @@ TEST_F(SaveTest, DeletedAndUnknownRecordsCanOnlyBeCreated)
     Json::Value again = SaveOne(NewPerson("p1", "{'name': 'Back'}"));
     EXPECT_EQ(again["version"], 3);
     EXPECT_EQ(again["record"], J("{'name': 'Back'}"));
+    deletion["records"][0]["baseVersion"] = 3;
+    Ask("deleteRecords", deletion);
+    EXPECT_THAT(Save(J("[{'recordId': 'p1', 'recordType': 'group', 'isNew': true}]"))[0],
+        FailsWith(ErrorCode::RECORD_TYPE_MISMATCH, "\"p1\" is of type \"person\"", "recordType"))
+        << "followers of persons only would never learn of the deletion";
 }
 
 TEST_F(SaveTest, DeletionFollowsThePolicyAndCanBeRepeated)
@@ -184,6 +193,80 @@ TEST_F(SaveTest, EveryKindOfValueIsKeptAsItWasSent)
     EXPECT_EQ(Fetch("m", "media")["record"]["attachments"], J("[{'uri': 'a'}, {'uri': 'b'}]"));
 }
 
+TEST_F(SaveTest, NullIsTheEmptyListOrMapWhereItMustNotBeMissing)
+{
+    Json::Value entry = PeopleEntry();
+    for (const char *field :
+        {"{'name': 'names', 'type': 'List', 'listType': 'Map'}", "{'name': 'map', 'type': 'Map'}"}) {
+        entry["defaultContainer"]["schema"]["recordTypes"][1]["fields"].append(J(field));
+    }
+    Install(entry);
+    SaveOne(J("{'recordId': 'g', 'recordType': 'group', 'isNew': true, 'names': [null, {'a': 1}], 'map': null}"));
+    EXPECT_EQ(Fetch("g", "group")["record"], J("{'names': [{}, {'a': 1}], 'map': {}}"));
+    SaveOne(J("{'recordId': 'g', 'recordType': 'group', 'names': null}"), 1);
+    EXPECT_EQ(Fetch("g", "group")["record"], J("{'names': [], 'map': {}}"));
+    EXPECT_THAT(Save(J("[{'recordId': 'h', 'recordType': 'group', 'isNew': true, 'map': null}]"))[0],
+        FailsWith(ErrorCode::INVALID_FIELD, "came no value", "names"));
+}
+
+TEST_F(SaveTest, NoRequestMakesAReplyManyTimesItsSize)
+{
+    Json::Value records(Json::arrayValue);
+    for (const char *name : {"unknown", "tags", "props"}) {
+        Json::Value record = NewPerson(name);
+        for (int i = 0; i < 10000; ++i) {
+            std::string member = "m" + std::to_string(i);
+            Json::Value &bad = std::string(name) == "unknown" ? record[member]
+                               : std::string(name) == "tags"  ? record["tags"][i]
+                                                              : record["props"][member];
+            bad = Json::Value(std::string(name) == "props" ? Json::arrayValue : Json::intValue);
+        }
+        records.append(record);
+    }
+    records.append(NewPerson("long", "{'name': 'A', 'props': {}}"));
+    records[3]["props"][std::string(100000, 'x')] = Json::Value(Json::arrayValue);
+    for (const Json::Value &result : Save(records)) {
+        EXPECT_EQ(result["code"], static_cast<int>(ErrorCode::INVALID_FIELD));
+        EXPECT_LT(result.toStyledString().size(), 20000u);
+    }
+    // Pages are bounded by the data of their records, so nothing else in them may be large.
+    records = Json::Value(Json::arrayValue);
+    records.append(NewPerson("p"));
+    records[0]["ownerId"] = std::string(513, 'o');
+    EXPECT_THAT(Save(records)[0], FailsWith(ErrorCode::INVALID_RECORD, "at most 512 bytes", "ownerId"));
+    Json::Value request = J("{'function': 'saveRecords', 'bundleName': 'com.example.people', 'savePolicy': 0, "
+                            "'containerName': 'people'}");
+    request["records"].append(NewPerson("p"));
+    service_->Router().Answer(request.toStyledString(), std::string(100000, 'd'));
+    EXPECT_LT(Fetch("p")["createInfo"]["deviceName"].asString().size(), 100u);
+    request["records"][0] = NewPerson("q");
+    service_->Router().Answer(request.toStyledString(), "\xff");
+    EXPECT_EQ(Fetch("q")["createInfo"]["deviceName"], "");
+}
+
+TEST_F(SaveTest, AFullDiskLeavesEverythingAsItWas)
+{
+    SaveOne(NewPerson("p1"));
+    Json::Value members = J("{'savePolicy': 0}");
+    members["records"].append(NewPerson("p2"));
+    members["records"][0]["name"] = std::string(6 * 1024 * 1024, 'x');
+    Json::Value cursor = Ask("getStartCursor");
+    struct rlimit before {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit full = before;
+    full.rlim_cur = 1024 * 1024;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+    Json::Value reply = Ask("saveRecords", members);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_THAT(reply, FailsWith(ErrorCode::STORE_FAILED, "the database failed", ""));
+    EXPECT_EQ(Ask("getStartCursor"), cursor);
+    EXPECT_THAT(Ask("saveRecords", members)["records"][0], Succeeds()) << "no failure outlives its cause";
+    Restart();
+    EXPECT_EQ(Fetch("p2")["version"], 1);
+}
+
 TEST_F(SaveTest, BookkeepingMembersAreChecked)
 {
     Json::Value results = Save(J(R"([
@@ -205,7 +288,9 @@ TEST_F(SaveTest, BookkeepingMembersAreChecked)
     huge[0]["name"] = std::string(8 * 1024 * 1024, 'x');
     EXPECT_THAT(Save(huge)[0], FailsWith(ErrorCode::INVALID_RECORD, "at most 8388608 are allowed", "records"));
     huge[0] = NewPerson(std::string(513, 'i'));
-    EXPECT_THAT(Save(huge)[0], FailsWith(ErrorCode::INVALID_RECORD, "at most 512 bytes", "recordId"));
+    Json::Value refused = Save(huge)[0];
+    EXPECT_THAT(refused, FailsWith(ErrorCode::INVALID_RECORD, "at most 512 bytes", "recordId"));
+    EXPECT_EQ(refused["localRecordId"], huge[0]["recordId"]) << "clients find their record by it";
 }
 
 TEST_F(SaveTest, ACreateThatMeetsAnotherInTheDuplicateCheckFieldsReportsIt)
@@ -233,6 +318,13 @@ TEST_F(SaveTest, ACreateThatMeetsAnotherInTheDuplicateCheckFieldsReportsIt)
     records.append(Changed("p1", 0, "{'height': 1}"));
     EXPECT_THAT(Save(records, 1)[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\"", "name,age"))
         << "a change of other fields leaves the values taken";
+    Json::Value entry = PeopleEntry();
+    for (Json::Value &field : entry["defaultContainer"]["schema"]["recordTypes"][0]["fields"]) {
+        field["type"] = field["name"] == "age" ? Json::Value("Double") : field["type"];
+    }
+    Install(entry);
+    EXPECT_THAT(Save(records, 1)[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\"", "name,age"))
+        << "nor does a new type of a field set free what was saved before";
 }
 
 TEST_F(SaveTest, AnIdTwiceInOneRequestIsSavedTwice)

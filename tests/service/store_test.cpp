@@ -3,7 +3,9 @@
 
 #include "store/sqlite_store.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "service_fixture.h"
 
@@ -131,12 +133,48 @@ TEST_F(StoreTest, DatabasesOfNewerProgramsAndOtherFilesAreRefused)
         return "opened";
     };
     EXPECT_THAT(open(path_), testing::HasSubstr("has schema version 99, this program knows versions up to 1"));
-    EXPECT_THAT(open(folder_.Path()), testing::HasSubstr("cannot open " + folder_.Path()));
+    EXPECT_THAT(open(folder_.Path()), testing::HasSubstr("cannot use the database " + folder_.Path()));
+    EXPECT_THAT(open(folder_.Path() + "/none/db"), testing::HasSubstr("cannot make " + folder_.Path() + "/none/db"));
     std::string other = folder_.Path() + "/other";
     FILE *file = fopen(other.c_str(), "w");
     fputs("this is no database, it only has many characters in it", file);
     fclose(file);
     EXPECT_THAT(open(other), testing::HasSubstr("file is not a database"));
+}
+
+TEST_F(StoreTest, CommitsAreSafeAndOtherProgramsLeaveTheJournalAlone)
+{
+    {
+        SqliteConnection connection(path_);
+        for (const auto &[pragma, expected] :
+            {std::pair{"PRAGMA journal_mode", "wal"}, std::pair{"PRAGMA synchronous", "2"}}) {
+            SQLite::Statement &statement = connection.Prepare(pragma);
+            ASSERT_TRUE(statement.executeStep());
+            EXPECT_EQ(statement.getColumn(0).getString(), expected);
+        }
+        Put("a");
+        store_->BeginRead();
+    }
+    // The next program that closes the file takes the journal away when nobody holds this lock, and what is
+    // acknowledged from then on is written nowhere.
+    constexpr off_t firstLockByte = 0x40000000;
+    int fd = open(path_.c_str(), O_RDWR | O_CLOEXEC);
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_start = firstLockByte;
+    EXPECT_EQ(fcntl(fd, F_OFD_GETLK, &lock), 0);
+    EXPECT_EQ(lock.l_type, F_RDLCK);
+    close(fd);
+}
+
+TEST_F(StoreTest, AViewThatCannotBeTakenSpoilsNoLaterOne)
+{
+    store_->BeginRead();
+    SqliteConnection other(path_);
+    other.Execute("ALTER TABLE schema_info RENAME TO hidden");
+    EXPECT_THROW(store_->BeginRead(), StoreError);
+    other.Execute("ALTER TABLE hidden RENAME TO schema_info");
+    EXPECT_EQ(store_->BeginRead()->Setting("a"), std::nullopt);
 }
 
 TEST_F(StoreTest, SettingsAreKept)
