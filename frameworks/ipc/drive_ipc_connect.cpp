@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "drive_service_proxy.h"
+#include "errors.h"
 #include "ffrt_inner.h"
 #include "log.h"
 
@@ -115,6 +116,11 @@ int32_t DriveIpcConnect::SendData(
     if (remoteObject == nullptr) {
         return NOT_CONNECTED;
     }
-    return remoteObject->SendRequest(code, data, reply, option);
+    const int32_t result = remoteObject->SendRequest(code, data, reply, option);
+    if (result == OHOS::ERR_DEAD_OBJECT) {
+        // An object that was dead when it was handed over never tells of its death.
+        OnRemoteDied(remoteObject);
+    }
+    return result;
 }
 } // namespace Nubis

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include "drive_ipc_connect.h"
+#include "ipc_object_proxy.h"
 #include "element_name.h"
+#include "errors.h"
 #include "log_capture.h"
 #include "proxy_fixture.h"
 
@@ -133,6 +135,17 @@ TEST_F(IpcConnectTest, LateNoticesOfAnOldObjectLeaveTheNewOne)
     connect_->OnRemoteDied(first_);
     EXPECT_TRUE(connect_->IsConnected());
     connect_->OnRemoteDied();
+    EXPECT_FALSE(connect_->IsConnected());
+}
+
+TEST_F(IpcConnectTest, AnObjectThatWasDeadWhenItCameIsDroppedByTheFirstRequest)
+{
+    const OHOS::sptr<OHOS::IRemoteObject> dead = new OHOS::IPCObjectProxy(1);
+    ConnectTo(dead);
+    OHOS::MessageParcel data;
+    OHOS::MessageParcel reply;
+    OHOS::MessageOption option;
+    EXPECT_EQ(connect_->SendData(3, data, reply, option), OHOS::ERR_DEAD_OBJECT);
     EXPECT_FALSE(connect_->IsConnected());
 }
 
