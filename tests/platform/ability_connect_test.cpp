@@ -5,6 +5,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <future>
+#include <memory>
 #include <set>
 #include <string>
 #include <sys/stat.h>
@@ -59,12 +62,10 @@ private:
     FILE *pipe_;
 };
 
-// Waits for the service to remove its socket.
-bool AwaitEnd(const std::string &bundleName)
+bool AwaitFile(const std::string &path, bool present)
 {
-    std::string path = Host::AbilitySocketPath(bundleName, ABILITY, 100);
     auto deadline = std::chrono::steady_clock::now() + GENEROUS;
-    while (access(path.c_str(), F_OK) == 0) {
+    while ((access(path.c_str(), F_OK) == 0) != present) {
         if (std::chrono::steady_clock::now() > deadline) {
             return false;
         }
@@ -73,11 +74,46 @@ bool AwaitEnd(const std::string &bundleName)
     return true;
 }
 
+// Waits for the service to remove its socket.
+bool AwaitEnd(const std::string &bundleName)
+{
+    return AwaitFile(Host::AbilitySocketPath(bundleName, ABILITY, 100), false);
+}
+
 std::string ManifestWith(const std::string &bundleName, const std::string &exec)
 {
     return "{\"bundleName\": \"" + bundleName + "\", \"abilities\": [{\"name\": \"TestAbility\", \"exec\": " + exec +
            "}]}";
 }
+
+// An ability whose program waits before it runs `command`, so that something can happen while it is being connected.
+class SlowStart {
+public:
+    SlowStart(const std::string &bundleName, const std::string &command)
+        : gate_(TestHost::Get().RuntimeDir() + "/" + bundleName + ".gate"), started_(gate_ + ".started")
+    {
+        EXPECT_EQ(mkfifo(gate_.c_str(), 0600), 0);
+        // Both ways: then neither this end nor the program waits in opening it.
+        writer_.Reset(open(gate_.c_str(), O_RDWR | O_CLOEXEC));
+        TestHost::Get().WriteManifest(bundleName,
+            ManifestWith(bundleName,
+                "[\"/bin/sh\", \"-c\", \": > " + started_ + "; read line < " + gate_ + "; " + command + "\"]"));
+    }
+    bool AwaitStart() const
+    {
+        return AwaitFile(started_, true);
+    }
+    // Lets several programs run.
+    void GoOn() const
+    {
+        EXPECT_EQ(write(writer_.Get(), "\n\n\n", 3), 3);
+    }
+
+private:
+    const std::string gate_;
+    const std::string started_;
+    Host::Ipc::UniqueFd writer_;
+};
 
 } // namespace
 
@@ -141,6 +177,64 @@ TEST(AbilityConnectTest, ConnectionsOfOneProcessShareOneSession)
     Manager().DisconnectAbility(first->AsObject());
 }
 
+TEST(AbilityConnectTest, AConnectionObjectHearsEverythingInOrder)
+{
+    Host::AbilityRegistry::Offer("test.order", ABILITY, 100, new TestAbility());
+    std::promise<void> gate;
+    std::shared_future<void> open = gate.get_future().share();
+    sptr<TestConnection> connection = new TestConnection();
+    connection->insideDisconnect = [open] { open.wait_for(GENEROUS); };
+    ASSERT_EQ(Connect(connection, "test.order"), 0);
+    connection->AwaitAbility();
+    EXPECT_EQ(Manager().DisconnectAbility(connection->AsObject()), 0);
+    ASSERT_EQ(Connect(connection, "test.order"), 0);
+    // What is posted later than the second connection has been told by now.
+    sptr<TestConnection> later = new TestConnection();
+    ASSERT_EQ(Connect(later, "test.order"), 0);
+    later->AwaitAbility();
+    gate.set_value();
+    connection->AwaitAbility(2);
+    EXPECT_THAT(connection->Heard(), testing::ElementsAre("connected", "disconnected 0", "connected"));
+    EXPECT_EQ(Manager().DisconnectAbility(connection->AsObject()), 0);
+    EXPECT_EQ(Manager().DisconnectAbility(later->AsObject()), 0);
+    Host::AbilityRegistry::Withdraw("test.order", ABILITY, 100);
+}
+
+TEST(AbilityConnectTest, ConcurrentConnectsOfOneObjectShareTheirFate)
+{
+    SlowStart slow("test.fate", "exit 3");
+    sptr<TestConnection> connection = new TestConnection();
+    std::vector<std::future<int>> results;
+    for (int i = 0; i < 3; ++i) {
+        results.push_back(std::async(std::launch::async, [&] { return Connect(connection, "test.fate"); }));
+    }
+    ASSERT_TRUE(slow.AwaitStart());
+    slow.GoOn();
+    for (auto &result : results) {
+        ASSERT_EQ(result.wait_for(GENEROUS), std::future_status::ready);
+        EXPECT_NE(result.get(), 0);
+    }
+    EXPECT_TRUE(connection->Heard().empty());
+}
+
+TEST(AbilityConnectTest, DisconnectWhileConnectingHolds)
+{
+    SlowStart slow("test.pending", "exec " IPC_TEST_SERVICE " test.pending 100 10000");
+    sptr<TestConnection> connection = new TestConnection();
+    auto result = std::async(std::launch::async, [&] { return Connect(connection, "test.pending"); });
+    ASSERT_TRUE(slow.AwaitStart());
+    EXPECT_EQ(Manager().DisconnectAbility(connection->AsObject()), 0);
+    EXPECT_THAT(connection->AwaitDisconnects(), testing::ElementsAre(0));
+    slow.GoOn();
+    ASSERT_EQ(result.wait_for(GENEROUS), std::future_status::ready);
+    EXPECT_NE(Manager().DisconnectAbility(connection->AsObject()), 0);
+    // The next attempt is a new one.
+    ASSERT_EQ(Connect(connection, "test.pending"), 0) << Host::LastConnectError();
+    EXPECT_EQ(Call(connection->AwaitAbility(), RESULT), 0);
+    EXPECT_THAT(connection->Heard(), testing::ElementsAre("disconnected 0", "connected"));
+    Manager().DisconnectAbility(connection->AsObject());
+}
+
 TEST(AbilityConnectTest, StaleSocketIsReplacedAndAPlaceIsTakenOnce)
 {
     TestHost::Get().OfferService("test.stale");
@@ -176,6 +270,7 @@ TEST(AbilityConnectTest, FailuresAreToldInWords)
     } const cases[] = {
         {"test.none", "", "no manifest test.none.json"},
         {"test/../evil", "", "is not the name"},
+        {"test.fifo", "", "is not a file"},
         {"test.text", "{", "is not JSON"},
         {"test.deep", std::string(5000, '['), "not usable JSON"},
         {"test.list", "[]", "expected a JSON object"},
@@ -190,6 +285,7 @@ TEST(AbilityConnectTest, FailuresAreToldInWords)
         {"test.program", ManifestWith("test.program", "[\"no-such-program\"]"), "no-such-program"},
         {"test.ends", ManifestWith("test.ends", "[\"/bin/sh\", \"-c\", \"exit 9\"]"), "ended at once, with status 9"},
     };
+    ASSERT_EQ(mkfifo(TestHost::Get().ManifestFile("test.fifo").c_str(), 0600), 0);
     for (const auto &item : cases) {
         SCOPED_TRACE(item.bundle);
         if (!item.manifest.empty()) {

@@ -127,6 +127,25 @@ TEST_P(IpcDeathTest, IdleDeathIsToldOnceToEveryone)
     EXPECT_EQ(oldConnection->AwaitDisconnects().size(), 1U);
 }
 
+TEST_P(IpcDeathTest, ConnectingAgainAtOnceFindsALivingAbility)
+{
+    sptr<IRemoteObject> died = ability_;
+    KillAbility();
+    if (GetParam() == Place::THIS_PROCESS) {
+        Host::AbilityRegistry::Offer(BUNDLE, ABILITY, 100, new TestAbility());
+    }
+    auto deadline = std::chrono::steady_clock::now() + GENEROUS;
+    while (!died->IsObjectDead() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::yield();
+    }
+    // The same connection object, whether or not it has heard of the death.
+    ASSERT_EQ(Connect(connection_, BUNDLE), 0);
+    ability_ = connection_->AwaitAbility(2);
+    EXPECT_NE(ability_, died);
+    EXPECT_EQ(Call(ability_, RESULT), 0);
+    EXPECT_THAT(connection_->Heard(), testing::ElementsAre("connected", "disconnected -1", "connected"));
+}
+
 TEST_P(IpcDeathTest, CallsUnderWayFail)
 {
     constexpr int callers = 6;

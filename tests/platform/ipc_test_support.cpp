@@ -108,13 +108,18 @@ void TestConnection::OnAbilityConnectDone(
     EXPECT_EQ(resultCode, 0);
     std::lock_guard<std::mutex> lock(mutex_);
     ability_ = remoteObject;
+    heard_.emplace_back("connected");
     ++connects_;
     changed_.notify_all();
 }
 
 void TestConnection::OnAbilityDisconnectDone(const OHOS::AppExecFwk::ElementName &, int resultCode)
 {
+    if (insideDisconnect) {
+        insideDisconnect();
+    }
     std::lock_guard<std::mutex> lock(mutex_);
+    heard_.push_back("disconnected " + std::to_string(resultCode));
     disconnects_.push_back(resultCode);
     changed_.notify_all();
 }
@@ -139,6 +144,12 @@ void TestConnection::DropAbility()
     std::lock_guard<std::mutex> lock(mutex_);
     dropped = ability_;
     ability_ = nullptr;
+}
+
+std::vector<std::string> TestConnection::Heard()
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return heard_;
 }
 
 void TestRecipient::OnRemoteDied(const OHOS::wptr<IRemoteObject> &object)

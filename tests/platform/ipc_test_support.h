@@ -53,10 +53,15 @@ public:
     // The codes so far, at least `count`.
     std::vector<int> AwaitDisconnects(size_t count = 1);
     void DropAbility();
+    // All that it heard, in order.
+    std::vector<std::string> Heard();
+    // Called inside OnAbilityDisconnectDone, before it is noted; set before it is connected.
+    std::function<void()> insideDisconnect;
 
 private:
     std::mutex mutex_;
     std::condition_variable changed_;
+    std::vector<std::string> heard_;
     OHOS::sptr<OHOS::IRemoteObject> ability_;
     size_t connects_ = 0;
     std::vector<int> disconnects_;

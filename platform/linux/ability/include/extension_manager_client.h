@@ -23,7 +23,8 @@ public:
     // the ability's manifest names and waits for it, about four seconds at most. `connect` is the object of an
     // AbilityConnectionStub. ERR_OK: OnAbilityConnectDone follows on an IPC thread; `connect` is kept until it has been
     // disconnected. Any other result: nothing follows; Host::LastConnectError tells the reason in words.
-    // Connecting again with the same `connect` is harmless: it hears OnAbilityConnectDone again if it is connected.
+    // Connecting again with the same `connect` is harmless: it hears OnAbilityConnectDone again if it is connected. While
+    // an earlier call for it is under way, this one waits for that and has the same result.
     ErrCode ConnectServiceExtensionAbility(const Want &want, const sptr<IRemoteObject> &connect, int32_t userId);
     // `callerToken` is not used here.
     ErrCode ConnectServiceExtensionAbility(

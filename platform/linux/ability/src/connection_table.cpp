@@ -4,6 +4,8 @@
 #include "connection_table.h"
 
 #include <algorithm>
+#include <exception>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -13,6 +15,31 @@
 #include "worker_pool.h"
 
 namespace OHOS::AAFwk {
+
+namespace {
+
+ErrCode Reach(const AppExecFwk::ElementName &element, int32_t userId, Host::AbilityLink &link)
+{
+    std::string bundle = element.GetBundleName();
+    std::string ability = element.GetAbilityName();
+    std::string error;
+    ErrCode result = ERR_OK;
+    try {
+        if (!Host::ConnectToRegistered(bundle, ability, userId, link)) {
+            result = Host::ConnectToService(bundle, ability, userId, link, error);
+        }
+    } catch (const std::exception &failure) {
+        result = Host::ABILITY_NOT_REACHED;
+        error = failure.what();
+    }
+    Host::SetLastConnectError(result == ERR_OK ? std::string() : error);
+    if (result != ERR_OK) {
+        IPC_LOGE("cannot connect to %{public}s/%{public}s: %{public}s", bundle.c_str(), ability.c_str(), error.c_str());
+    }
+    return result;
+}
+
+} // namespace
 
 class ConnectionTable::Teller : public std::enable_shared_from_this<ConnectionTable::Teller> {
 public:
@@ -98,44 +125,79 @@ ConnectionTable &ConnectionTable::Get()
     return *table;
 }
 
+std::shared_ptr<ConnectionTable::Teller> ConnectionTable::TellerOf(const sptr<IRemoteObject> &connect)
+{
+    for (auto it = tellers_.begin(); it != tellers_.end();) {
+        it = it->second.expired() ? tellers_.erase(it) : std::next(it);
+    }
+    auto &known = tellers_[connect.GetRefPtr()];
+    auto teller = known.lock();
+    if (teller == nullptr) {
+        teller = std::make_shared<Teller>(connect);
+        known = teller;
+    }
+    return teller;
+}
+
 ConnectionTable::ConnectionPtr ConnectionTable::Enter(
     const AppExecFwk::ElementName &element, const sptr<IRemoteObject> &connect, int32_t userId, bool &isNew)
 {
+    // Ends outside the lock.
+    ConnectionPtr dead;
     std::lock_guard<std::mutex> lock(mutex_);
-    std::shared_ptr<Teller> teller;
+    auto found = std::find_if(connections_.begin(), connections_.end(), [&](const ConnectionPtr &connection) {
+        return connection->connect == connect && connection->userId == userId &&
+               connection->element.GetBundleName() == element.GetBundleName() &&
+               connection->element.GetAbilityName() == element.GetAbilityName();
+    });
     isNew = false;
-    for (const auto &connection : connections_) {
-        if (connection->connect != connect) {
-            continue;
+    if (found != connections_.end() && !((*found)->finished && (*found)->link.session->IsDead())) {
+        if ((*found)->finished) {
+            (*found)->teller->Connected((*found)->element, (*found)->link.ability);
         }
-        teller = connection->teller;
-        if (connection->userId == userId && connection->element.GetBundleName() == element.GetBundleName() &&
-            connection->element.GetAbilityName() == element.GetAbilityName()) {
-            if (connection->connected) {
-                teller->Connected(connection->element, connection->link.ability);
-            }
-            return connection;
-        }
+        return *found;
+    }
+    if (found != connections_.end()) {
+        // OnDied has not come yet. Whoever connects again wants a living ability, after hearing of the death.
+        dead = *found;
+        dead->teller->Disconnected(dead->element, -1);
+        connections_.erase(found);
     }
     isNew = true;
     auto connection = std::make_shared<Connection>();
     connection->element = element;
     connection->userId = userId;
     connection->connect = connect;
-    connection->teller = teller != nullptr ? teller : std::make_shared<Teller>(connect);
+    connection->teller = TellerOf(connect);
     connections_.push_back(connection);
     return connection;
 }
 
-bool ConnectionTable::Remove(const ConnectionPtr &connection)
+void ConnectionTable::Finish(const ConnectionPtr &connection, ErrCode result, Host::AbilityLink &&link)
 {
-    std::lock_guard<std::mutex> lock(mutex_);
-    auto found = std::find(connections_.begin(), connections_.end(), connection);
-    if (found == connections_.end()) {
-        return false;
+    auto session = link.session;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        connection->finished = true;
+        connection->result = result;
+        finished_.notify_all();
+        auto found = std::find(connections_.begin(), connections_.end(), connection);
+        if (found == connections_.end()) {
+            // Disconnected while connecting; that has been told already.
+            return;
+        }
+        if (result != ERR_OK) {
+            connections_.erase(found);
+            return;
+        }
+        connection->link = std::move(link);
+        connection->teller->Connected(connection->element, connection->link.ability);
     }
-    connections_.erase(found);
-    return true;
+    session->OnDeath([this, weak = std::weak_ptr<Connection>(connection)] {
+        if (auto died = weak.lock()) {
+            OnDied(died);
+        }
+    });
 }
 
 ErrCode ConnectionTable::Connect(
@@ -147,38 +209,14 @@ ErrCode ConnectionTable::Connect(
     bool isNew = false;
     ConnectionPtr connection = Enter(element, connect, userId, isNew);
     if (!isNew) {
-        return ERR_OK;
+        std::unique_lock<std::mutex> lock(mutex_);
+        finished_.wait(lock, [&] { return connection->finished; });
+        return connection->result;
     }
     Host::AbilityLink link;
-    std::string error;
-    ErrCode result = ERR_OK;
-    if (!Host::ConnectToRegistered(element.GetBundleName(), element.GetAbilityName(), userId, link)) {
-        result = Host::ConnectToService(element.GetBundleName(), element.GetAbilityName(), userId, link, error);
-    }
-    Host::SetLastConnectError(result == ERR_OK ? std::string() : error);
-    if (result != ERR_OK) {
-        IPC_LOGE("cannot connect to %{public}s/%{public}s: %{public}s", element.GetBundleName().c_str(),
-            element.GetAbilityName().c_str(), error.c_str());
-        Remove(connection);
-        return result;
-    }
-    auto session = link.session;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (std::find(connections_.begin(), connections_.end(), connection) == connections_.end()) {
-            // Disconnected while connecting; that has been told already.
-            return ERR_OK;
-        }
-        connection->connected = true;
-        connection->link = std::move(link);
-        connection->teller->Connected(connection->element, connection->link.ability);
-    }
-    session->OnDeath([this, weak = std::weak_ptr<Connection>(connection)] {
-        if (auto died = weak.lock()) {
-            OnDied(died);
-        }
-    });
-    return ERR_OK;
+    ErrCode result = Reach(element, userId, link);
+    Finish(connection, result, std::move(link));
+    return result;
 }
 
 ErrCode ConnectionTable::Disconnect(const sptr<IRemoteObject> &connect)
@@ -202,7 +240,10 @@ ErrCode ConnectionTable::Disconnect(const sptr<IRemoteObject> &connect)
 
 void ConnectionTable::OnDied(const ConnectionPtr &connection)
 {
-    if (Remove(connection)) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    auto found = std::find(connections_.begin(), connections_.end(), connection);
+    if (found != connections_.end()) {
+        connections_.erase(found);
         connection->teller->Disconnected(connection->element, -1);
     }
 }

@@ -4,10 +4,12 @@
 #ifndef OHOS_CONNECTION_TABLE_H
 #define OHOS_CONNECTION_TABLE_H
 
+#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <list>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -38,8 +40,10 @@ private:
         int32_t userId = 0;
         sptr<IRemoteObject> connect;
         std::shared_ptr<Teller> teller;
-        // Both guarded by the table's mutex.
-        bool connected = false;
+        // Guarded by the table's mutex. Until `finished` the first Connect is still reaching out; then `result` is its
+        // outcome, and with ERR_OK `link` is set.
+        bool finished = false;
+        ErrCode result = ERR_OK;
         Host::AbilityLink link;
     };
     using ConnectionPtr = std::shared_ptr<Connection>;
@@ -50,12 +54,18 @@ private:
     // The connection of `connect` to this ability; a new one when there is none, which `isNew` tells.
     ConnectionPtr Enter(
         const AppExecFwk::ElementName &element, const sptr<IRemoteObject> &connect, int32_t userId, bool &isNew);
-    bool Remove(const ConnectionPtr &connection);
+    // Notes what became of a new connection; one that is disconnected by now stays so.
+    void Finish(const ConnectionPtr &connection, ErrCode result, Host::AbilityLink &&link);
     void OnDied(const ConnectionPtr &connection);
+    // Called with the lock held. One for each connection object for as long as it has anything to tell: were there a
+    // second one, what they tell could change places.
+    std::shared_ptr<Teller> TellerOf(const sptr<IRemoteObject> &connect);
 
     std::mutex mutex_;
+    std::condition_variable finished_;
     // Guarded by mutex_.
     std::list<ConnectionPtr> connections_;
+    std::map<const IRemoteObject *, std::weak_ptr<Teller>> tellers_;
 };
 
 } // namespace OHOS::AAFwk

@@ -199,6 +199,11 @@ bool ReadManifest(const std::string &bundleName, Manifest &manifest, std::string
             continue;
         }
         manifest = Manifest{file, dir, {}};
+        // Reading anything else could wait, or never end.
+        if (!S_ISREG(status.st_mode)) {
+            error = file + ": is not a file";
+            return false;
+        }
         try {
             return ParseManifest(bundleName, manifest, error);
         } catch (const std::exception &failure) {
