@@ -1,10 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -86,4 +89,44 @@ TEST(IpcHostileTest, BothEndsRefuseAnotherUser)
     EXPECT_TRUE(AwaitClose(client));
     EXPECT_EQ(acceptor->SessionCount(), 0U);
     acceptor->Close();
+}
+
+TEST(IpcHostileTest, SilentConnectionsKeepNobodyOut)
+{
+    TestHost::Get().OfferService("test.silent");
+    sptr<TestConnection> connection = new TestConnection();
+    ASSERT_EQ(Connect(connection, "test.silent"), 0);
+    auto status = Host::FindAbility("test.silent", ABILITY, 100);
+    std::vector<UniqueFd> silent;
+    constexpr size_t many = 300;
+    for (size_t i = 0; i < many; ++i) {
+        std::string error;
+        bool nobody = false;
+        silent.push_back(Host::Ipc::ConnectSocket(status.socketPath, error, nobody));
+        ASSERT_TRUE(silent.back()) << error;
+    }
+    EXPECT_TRUE(AwaitClose(silent.front()));
+    // A process of its own connects anew.
+    std::string output = TestHost::Get().RuntimeDir() + "/silent.out";
+    EXPECT_EQ(std::system((IPC_TEST_CLIENT " test.silent who > " + output).c_str()), 0);
+    std::ifstream stream(output);
+    int pid = -1;
+    EXPECT_TRUE(stream >> pid);
+    EXPECT_EQ(pid, status.pid);
+    OHOS::AAFwk::ExtensionManagerClient::GetInstance().DisconnectAbility(connection->AsObject());
+}
+
+TEST(IpcHostileTest, AProcessThatAcceptsNobodyDoesNotHoldUpForEver)
+{
+    std::string path = TestHost::Get().RuntimeDir() + "/full.sock";
+    std::string error;
+    UniqueFd listener(Host::Ipc::ListenSocket(path, error));
+    ASSERT_TRUE(listener) << error;
+    std::vector<UniqueFd> waiting;
+    bool nobody = false;
+    do {
+        waiting.push_back(Host::Ipc::ConnectSocket(path, error, nobody));
+    } while (waiting.back());
+    EXPECT_FALSE(nobody);
+    EXPECT_THAT(error, testing::HasSubstr("cannot connect to"));
 }

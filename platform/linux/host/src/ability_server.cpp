@@ -3,8 +3,10 @@
 
 #include "host/ability_server.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <limits>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
@@ -27,6 +29,8 @@ using Clock = std::chrono::steady_clock;
 // How long a service that is just ending may still hold the place.
 constexpr std::chrono::milliseconds TAKEOVER_TIME(2000);
 constexpr int RETRY_MILLISECONDS = 10;
+// Pause while the system has no more descriptors or memory for a client.
+constexpr int SHORTAGE_MILLISECONDS = 50;
 
 } // namespace
 
@@ -97,8 +101,11 @@ public:
 
     void Stop()
     {
+        // A signal handler must leave no other error number behind.
+        int before = errno;
         stopped_ = true;
         eventfd_write(wake_->Get(), 1);
+        errno = before;
     }
 
     size_t SessionCount() const
@@ -140,8 +147,9 @@ private:
         if (options_.idleTimeout.count() <= 0 || acceptor_->SessionCount() > 0) {
             return -1;
         }
-        auto left = std::chrono::ceil<std::chrono::milliseconds>(idleSince + options_.idleTimeout - Clock::now());
-        return left.count() > 0 ? static_cast<int>(left.count()) : 0;
+        auto passed = std::chrono::floor<std::chrono::milliseconds>(Clock::now() - idleSince);
+        auto left = (options_.idleTimeout - passed).count();
+        return static_cast<int>(std::clamp<decltype(left)>(left, 0, std::numeric_limits<int>::max()));
     }
 
     // Not all at once: however many come, the server looks at its own state in between.
@@ -151,6 +159,10 @@ private:
         for (int i = 0; i < most; ++i) {
             Ipc::UniqueFd client(accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC));
             if (!client) {
+                if (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS) {
+                    // The client stays in the queue, so waiting for the next one would not wait at all.
+                    poll(nullptr, 0, SHORTAGE_MILLISECONDS);
+                }
                 return;
             }
             acceptor_->Accept(std::move(client));

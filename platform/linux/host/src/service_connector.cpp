@@ -25,6 +25,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds START_TIME(4000);
 constexpr int RETRY_MILLISECONDS = 5;
+constexpr int MAX_ATTEMPTS = 3;
 
 // What this process knows about one ability's service.
 struct Place {
@@ -68,19 +69,25 @@ public:
         if (Adopt(place->session.lock(), link)) {
             return OHOS::ERR_OK;
         }
-        std::shared_ptr<WireSession> session;
-        int result = Reach(session);
-        if (result == OHOS::ERR_NO_INIT) {
-            result = StartAndReach(session);
+        for (int i = 0; i < MAX_ATTEMPTS; ++i) {
+            std::shared_ptr<WireSession> session;
+            int result = Reach(session);
+            if (result == OHOS::ERR_NO_INIT) {
+                result = StartAndReach(session);
+            }
+            if (result != OHOS::ERR_OK) {
+                return result;
+            }
+            if (Adopt(session, link)) {
+                place->session = session;
+                return OHOS::ERR_OK;
+            }
+            if (!session->IsDead()) {
+                break;
+            }
+            // Its process has just ended, which is no reason not to have the ability: the next one is as good.
         }
-        if (result != OHOS::ERR_OK) {
-            return result;
-        }
-        if (!Adopt(session, link)) {
-            return ABILITY_NOT_REACHED;
-        }
-        place->session = session;
-        return OHOS::ERR_OK;
+        return ABILITY_NOT_REACHED;
     }
 
 private:

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/un.h>
 
 namespace Host::Ipc {
@@ -14,6 +15,7 @@ namespace Host::Ipc {
 namespace {
 
 constexpr int BACKLOG = 128;
+constexpr timeval QUEUE_TIME = {3, 0};
 
 bool FillAddress(const std::string &path, sockaddr_un &address, std::string &error)
 {
@@ -43,7 +45,15 @@ UniqueFd ConnectSocket(const std::string &path, std::string &error, bool &nobody
         return UniqueFd();
     }
     UniqueFd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (!fd || connect(fd.Get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
+    // While the queue of the listening process is full, connecting waits for it; but not for ever.
+    if (fd && setsockopt(fd.Get(), SOL_SOCKET, SO_SNDTIMEO, &QUEUE_TIME, sizeof(QUEUE_TIME)) != 0) {
+        fd.Reset();
+    }
+    int result = -1;
+    do {
+        result = fd ? connect(fd.Get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) : -1;
+    } while (result != 0 && errno == EINTR);
+    if (result != 0) {
         nobody = errno == ENOENT || errno == ECONNREFUSED;
         error = SystemError("cannot connect to", path);
         return UniqueFd();

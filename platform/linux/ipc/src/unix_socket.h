@@ -10,8 +10,8 @@
 
 namespace Host::Ipc {
 
-// Empty with a text in `error` when the path does not fit a socket address or the system refuses; `nobody` tells that no
-// process listens there.
+// Empty with a text in `error` when the path does not fit a socket address, when the system refuses, or when the listening
+// process has not made room for some seconds; `nobody` tells that no process listens there.
 UniqueFd ConnectSocket(const std::string &path, std::string &error, bool &nobody);
 // Listens with mode 0600; the path must be free.
 UniqueFd ListenSocket(const std::string &path, std::string &error);

@@ -3,6 +3,7 @@
 
 #include "wire_acceptor.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -29,11 +30,22 @@ void WireAcceptor::Accept(UniqueFd socket)
     }
     // The lane's thread may be as far as Join before Start returns; the lock makes it wait.
     std::lock_guard<std::mutex> lock(mutex_);
-    if (closed_ || newcomers_.size() >= MAX_NEWCOMERS) {
+    if (closed_) {
         return;
     }
+    MakeRoom();
     if (auto lane = Lane::Start(std::move(socket), LaneKind::SMALL, {}, shared_from_this())) {
-        newcomers_.emplace(lane, peer);
+        newcomers_.emplace(lane, Newcomer{peer, nextNumber_++});
+    }
+}
+
+void WireAcceptor::MakeRoom()
+{
+    while (newcomers_.size() >= MAX_NEWCOMERS) {
+        auto oldest = std::min_element(newcomers_.begin(), newcomers_.end(),
+            [](const auto &one, const auto &other) { return one.second.number < other.second.number; });
+        oldest->first->Close();
+        newcomers_.erase(oldest);
     }
 }
 
@@ -76,7 +88,7 @@ std::shared_ptr<WireSession> WireAcceptor::Join(
         if (closed_ || newcomer == newcomers_.end() || (known == sessions_.end()) != (kind == LaneKind::SMALL)) {
             return nullptr;
         }
-        CallingPeer peer = newcomer->second;
+        CallingPeer peer = newcomer->second.peer;
         peer.deviceName = deviceName;
         if (kind == LaneKind::SMALL) {
             session = std::make_shared<WireSession>(peer, false);
@@ -89,6 +101,10 @@ std::shared_ptr<WireSession> WireAcceptor::Join(
         session->SetLane(kind, lane);
         lane->Adopt(kind, session);
         sessions_[key] = session;
+    }
+    if (session->IsDead()) {
+        // It may have closed its lanes before it had this one.
+        lane->Close();
     }
     if (kind == LaneKind::SMALL) {
         session->OnDeath([self = shared_from_this(), key] { self->Remove(key); });

@@ -5,6 +5,7 @@
 #define HOST_IPC_WIRE_ACCEPTOR_H
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -37,7 +38,15 @@ public:
     void OnClosed(const std::shared_ptr<Lane> &lane) override;
 
 private:
+    // Connected, but of no session yet.
+    struct Newcomer {
+        CallingPeer peer;
+        uint64_t number = 0;
+    };
+
     void Remove(const std::string &key);
+    // Called with the lock held: sends those away who have been silent for longest.
+    void MakeRoom();
 
     const Finder finder_;
     const std::function<void()> onChange_;
@@ -47,8 +56,8 @@ private:
     // Guarded by mutex_.
     bool closed_ = false;
     std::map<std::string, std::shared_ptr<WireSession>> sessions_;
-    // Connected, with their process, but of no session yet.
-    std::map<std::shared_ptr<Lane>, CallingPeer> newcomers_;
+    std::map<std::shared_ptr<Lane>, Newcomer> newcomers_;
+    uint64_t nextNumber_ = 1;
 };
 
 } // namespace Host::Ipc
