@@ -15,14 +15,6 @@ enum {
     IPC_STUB_UNKNOW_TRANS_ERR = 305,
 };
 
-// What a proxy's SendRequest answers when the transaction itself did not come through.
-enum {
-    // The far process died during the call.
-    BR_DEAD_REPLY = 29189,
-    // The call failed in any other way.
-    BR_FAILED_REPLY = 29201,
-};
-
 } // namespace OHOS
 
 #endif // OHOS_IPC_TYPES_H

@@ -35,8 +35,8 @@ public:
     virtual int32_t GetObjectRefCount() = 0;
 
     // Sends a request and waits for the reply, unless `option` asks for TF_ASYNC. A stub runs it in the calling thread. A
-    // proxy answers ERR_DEAD_OBJECT when its process is known to be dead, BR_DEAD_REPLY when it died during the call,
-    // BR_FAILED_REPLY when the call failed otherwise; the far handler's result when its reply is empty; else 0.
+    // proxy answers ERR_DEAD_OBJECT when its process is known to be dead, 29189 when it died during the call, 29201 when
+    // the call failed otherwise; the far handler's result when its reply is empty; else 0.
     virtual int SendRequest(uint32_t code, MessageParcel &data, MessageParcel &reply, MessageOption &option) = 0;
 
     virtual bool IsProxyObject() const;

@@ -7,6 +7,7 @@
 #include <exception>
 #include <utility>
 
+#include "driver_result.h"
 #include "errors.h"
 #include "ipc_log.h"
 #include "ipc_types.h"
@@ -59,7 +60,7 @@ int IPCObjectProxy::SendRequest(uint32_t code, MessageParcel &data, MessageParce
         return target_->session->Transact(*target_, code, data, reply, option.GetFlags());
     } catch (const std::exception &error) {
         IPC_LOGE("request %{public}u failed: %{public}s", code, error.what());
-        return BR_FAILED_REPLY;
+        return Host::Ipc::BR_FAILED_REPLY;
     }
 }
 

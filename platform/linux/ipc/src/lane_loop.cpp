@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <utility>
 
+#include "driver_result.h"
 #include "ipc_log.h"
 #include "ipc_types.h"
 #include "lane_servers.h"
@@ -131,9 +132,9 @@ void LaneLoop::Guard(const std::shared_ptr<PendingCall> &call, Body &&body)
         Fail(error, call);
     } catch (const std::exception &error) {
         IPC_LOGE("a call failed: %{public}s", error.what());
-        call->Complete(OHOS::BR_FAILED_REPLY);
+        call->Complete(BR_FAILED_REPLY);
     } catch (...) {
-        call->Complete(OHOS::BR_FAILED_REPLY);
+        call->Complete(BR_FAILED_REPLY);
     }
 }
 
@@ -141,14 +142,14 @@ void LaneLoop::Fail(const kj::Exception &error, const std::shared_ptr<PendingCal
 {
     if (error.getType() != kj::Exception::Type::DISCONNECTED) {
         IPC_LOGE("a call failed: %{public}s", error.getDescription().cStr());
-        call->Complete(OHOS::BR_FAILED_REPLY);
+        call->Complete(BR_FAILED_REPLY);
         return;
     }
     // Dead first: who hears of the failure and calls again must hear that the object is dead.
     if (auto session = Session()) {
         session->Die();
     }
-    call->Complete(OHOS::BR_DEAD_REPLY);
+    call->Complete(BR_DEAD_REPLY);
 }
 
 void LaneLoop::Call(const std::shared_ptr<WireReference> &target, uint32_t code, int flags, WireParcel &&data,
@@ -186,7 +187,7 @@ void LaneLoop::OnReply(capnp::Response<SendResults> &&response, const std::share
     auto other = session == nullptr ? nullptr : session->GetLane(LaneKind::BIG);
     if (other == nullptr || other == lane_ ||
         !other->Post([ticket, result, call](LaneLoop &loop) { loop.Fetch(ticket, result, call); })) {
-        call->Complete(OHOS::BR_FAILED_REPLY);
+        call->Complete(BR_FAILED_REPLY);
     }
 }
 
@@ -330,6 +331,8 @@ kj::Promise<void> LaneLoop::HandleRequest(uint64_t exportId, SendContext context
             kj::joinPromises(waits.releaseAsArray()).then(std::move(dispatch), [this, key](kj::Exception &&error) {
                 handlers_.at(key).fulfiller->reject(kj::mv(error));
                 handlers_.erase(key);
+                // It may have been what a closed connection still waited for.
+                eventfd_write(lane_->WakeFd(), 1);
             }));
     }
     return kj::mv(paf.promise);

@@ -4,6 +4,7 @@
 #include "loopback_session.h"
 
 #include "calling_scope.h"
+#include "driver_result.h"
 #include "ipc_types.h"
 #include "worker_pool.h"
 
@@ -33,7 +34,7 @@ void LoopbackSession::Send(
     auto other = other_.lock();
     auto object = other == nullptr ? nullptr : other->FindExport(target.id);
     if (object == nullptr) {
-        call->Complete(other == nullptr || other->IsDead() ? OHOS::BR_DEAD_REPLY : OHOS::BR_FAILED_REPLY);
+        call->Complete(other == nullptr || other->IsDead() ? BR_DEAD_REPLY : BR_FAILED_REPLY);
         return;
     }
     other->Dispatch(object, code, flags, std::move(data),

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "calling_scope.h"
+#include "driver_result.h"
 #include "errors.h"
 #include "fault_injector.h"
 #include "ipc_log.h"
@@ -75,7 +76,7 @@ void Session::Die()
     }
     CloseTransport();
     for (auto &call : calls) {
-        call.second->Complete(OHOS::BR_DEAD_REPLY);
+        call.second->Complete(BR_DEAD_REPLY);
     }
     auto &pool = WorkerPool::Get();
     for (auto &proxy : proxies) {
@@ -130,14 +131,14 @@ int Session::Transact(const ProxyTarget &target, uint32_t code, MessageParcel &d
     if (fault.kind == Fault::DELAY) {
         std::this_thread::sleep_for(fault.delay);
     } else if (fault.kind == Fault::SEND_FAILURE) {
-        return OHOS::BR_FAILED_REPLY;
+        return BR_FAILED_REPLY;
     } else if (fault.kind == Fault::DEATH_BEFORE) {
         Die();
-        return OHOS::BR_DEAD_REPLY;
+        return BR_DEAD_REPLY;
     }
     WireParcel wire;
     if (!ParcelCodec::Pack(data, *this, wire)) {
-        return OHOS::BR_FAILED_REPLY;
+        return BR_FAILED_REPLY;
     }
     auto call = std::make_shared<PendingCall>();
     if (!Track(call)) {
@@ -159,18 +160,18 @@ int Session::Transact(const ProxyTarget &target, uint32_t code, MessageParcel &d
         Die();
     } else if (fault.kind == Fault::DEATH_DURING) {
         // Also when the reply was faster.
-        return OHOS::BR_DEAD_REPLY;
+        return BR_DEAD_REPLY;
     }
     if (status != 0) {
         return status;
     }
     if (fault.kind == Fault::LOST_REPLY) {
-        return OHOS::BR_FAILED_REPLY;
+        return BR_FAILED_REPLY;
     }
     FaultInjector::Spoil(fault, answer);
     bool empty = answer.Empty();
     if (!ParcelCodec::Unpack(std::move(answer), *this, reply)) {
-        return OHOS::BR_FAILED_REPLY;
+        return BR_FAILED_REPLY;
     }
     return empty ? result : OHOS::ERR_NONE;
 }

@@ -8,6 +8,7 @@
 #include <random>
 #include <utility>
 
+#include "driver_result.h"
 #include "host/paths.h"
 #include "ipc_types.h"
 #include "lane_loop.h"
@@ -97,6 +98,8 @@ bool WireSession::JoinLane(LaneKind kind, UniqueFd socket, const std::string &ke
     int uid = -1;
     error = "process " + std::to_string(Peer().pid) + " does not answer";
     if (!GetPeer(socket.Get(), pid, uid) || pid != Peer().pid || uid != Peer().uid) {
+        // Another process has taken the place of the first one.
+        Die();
         return false;
     }
     auto self = std::static_pointer_cast<WireSession>(shared_from_this());
@@ -106,7 +109,7 @@ bool WireSession::JoinLane(LaneKind kind, UniqueFd socket, const std::string &ke
     }
     SetLane(kind, lane);
     auto call = std::make_shared<PendingCall>();
-    int status = OHOS::BR_FAILED_REPLY;
+    int status = BR_FAILED_REPLY;
     WireParcel reply;
     std::string device = DeviceName();
     bool joined = Track(call) && lane->Post([key, device, call](LaneLoop &loop) { loop.Join(key, device, call); }) &&
@@ -128,7 +131,7 @@ OHOS::sptr<OHOS::IRemoteObject> WireSession::GetAbility(
 {
     auto lane = GetLane(LaneKind::SMALL);
     auto call = std::make_shared<PendingCall>();
-    int status = OHOS::BR_FAILED_REPLY;
+    int status = BR_FAILED_REPLY;
     WireParcel reply;
     OHOS::sptr<OHOS::IRemoteObject> ability;
     if (lane != nullptr && Track(call) &&
@@ -179,7 +182,7 @@ void WireSession::Send(
     const ProxyTarget &target, uint32_t code, int flags, WireParcel &&data, const std::shared_ptr<PendingCall> &call)
 {
     if (data.Weight() > MAX_PARCEL) {
-        call->Complete(OHOS::BR_FAILED_REPLY);
+        call->Complete(BR_FAILED_REPLY);
         return;
     }
     auto lane = GetLane(data.Weight() > BIG_PARCEL ? LaneKind::BIG : LaneKind::SMALL);
@@ -191,7 +194,7 @@ void WireSession::Send(
     auto job = [reference, code, flags, shared, call](
                    LaneLoop &loop) { loop.Call(reference, code, flags, std::move(*shared), call); };
     if (lane == nullptr || !lane->Post(job)) {
-        call->Complete(OHOS::BR_DEAD_REPLY);
+        call->Complete(BR_DEAD_REPLY);
     }
 }
 

@@ -16,9 +16,9 @@ enum class Fault {
     NONE,
     // The request is held back for a while, then goes its way.
     DELAY,
-    // The request does not leave: BR_FAILED_REPLY.
+    // The request does not leave: result 29201.
     SEND_FAILURE,
-    // The request is handled, its reply never arrives: BR_FAILED_REPLY.
+    // The request is handled, its reply never arrives: result 29201.
     LOST_REPLY,
     // The values of the reply end too early.
     CUT_REPLY,
