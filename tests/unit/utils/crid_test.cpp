@@ -3,6 +3,8 @@
 
 #include "crid.h"
 
+#include <map>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -170,6 +172,39 @@ TEST(Crid, ReadsTheFormsThatOnlyTheServiceMakes)
     ASSERT_NE(ninth, nullptr);
     EXPECT_EQ(ninth->GetNumber(), 7U);
     EXPECT_EQ(ninth->GetRid(), ID_HEX);
+}
+
+RC_GTEST_PROP(Crid, EveryVersionCarriesAnyUpidAndRefusesAnother, (uint64_t upid, uint64_t high, uint64_t low))
+{
+    const std::string upidHex = Hex64(upid);
+    const std::string id = Hex64(high) + Hex64(low);
+    const std::string words = Hex64(upid ^ low) + id;
+    const std::map<char, std::string> crids{
+        {'A', CridV0::Encode(upid, low)->GetCrid()},
+        {'B', ServiceCrid('B', words)},
+        {'C', ServiceCrid('C', words)},
+        {'D', ServiceCrid('D', upidHex, "x" + id)},
+        {'E', ServiceCrid('E', upidHex + "00000001" + Hex64(low))},
+        {'F', ServiceCrid('F', words)},
+        {'H', ServiceCrid('H', words)},
+        {'I', ServiceCrid('I', "00000002" + upidHex, id)},
+        {'J', ServiceCrid('J', "00000003" + upidHex + id)},
+        {'K', ServiceCrid('K', upidHex, "x" + id)},
+    };
+    RC_ASSERT(crids.size() == Crid::GetDecodeCridTable().size());
+    for (const auto &[tag, crid] : crids) {
+        const auto decoded = Crid::GetDecodeCridTable().at(tag)(crid);
+        RC_ASSERT(decoded != nullptr);
+        RC_ASSERT(decoded->GetUpid() == upid);
+        RC_ASSERT(decoded->GetCrid() == crid);
+        RC_ASSERT(decoded->GetVersion() == std::string(1, tag));
+        // The versions after 2 are told apart from another user's by the crid itself.
+        if (tag > 'C') {
+            const auto &decode = Crid::GetDecodeTable().at(tag);
+            RC_ASSERT(decode(upid, crid) != nullptr);
+            RC_ASSERT(decode(upid + 1, crid) == nullptr);
+        }
+    }
 }
 
 TEST(Crid, EachVersionNamesItsFailuresInItsOwnWords)
