@@ -17,8 +17,7 @@ public:
     virtual ~AbilityConnectionStub();
 
     // Parcels: token, element name, then for connect the remote object, then int32 result code.
-    virtual int OnRemoteRequest(
-        uint32_t code, MessageParcel &data, MessageParcel &reply, MessageOption &option) override;
+    int OnRemoteRequest(uint32_t code, MessageParcel &data, MessageParcel &reply, MessageOption &option) override;
 
 private:
     DISALLOW_COPY_AND_MOVE(AbilityConnectionStub);
