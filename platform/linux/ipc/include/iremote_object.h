@@ -50,7 +50,7 @@ public:
     // Takes one registration out and tells whether there was one: none is left inside OnRemoteDied.
     virtual bool RemoveDeathRecipient(const sptr<DeathRecipient> &recipient) = 0;
 
-    virtual bool Marshalling(Parcel &parcel) const override;
+    bool Marshalling(Parcel &parcel) const override;
     static sptr<IRemoteObject> Unmarshalling(Parcel &parcel);
     static bool Marshalling(Parcel &parcel, const sptr<IRemoteObject> &object);
 
