@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <future>
 #include <memory>
+#include <poll.h>
 #include <set>
 #include <string>
 #include <sys/stat.h>
@@ -132,6 +133,28 @@ TEST(AbilityConnectTest, ManyProcessesStartOneService)
     }
     EXPECT_EQ(services.size(), 1U) << testing::PrintToString(services);
     EXPECT_EQ(TestHost::Lines(starts), 1U);
+}
+
+TEST(AbilityConnectTest, ServiceThatEndsWhileItIsReachedIsReplaced)
+{
+    std::string starts = TestHost::Get().OfferService("test.ending");
+    std::string path = Host::AbilitySocketPath("test.ending", ABILITY, 100);
+    std::string error;
+    ASSERT_TRUE(Host::PrepareRuntimeDir(100, error)) << error;
+    Host::Ipc::UniqueFd listener = Host::Ipc::ListenSocket(path, error);
+    ASSERT_TRUE(listener) << error;
+    sptr<TestConnection> connection = new TestConnection();
+    auto result = std::async(std::launch::async, [&] { return Connect(connection, "test.ending"); });
+    // The client is in the queue, where the ending service leaves it.
+    pollfd arrived = {listener.Get(), POLLIN, 0};
+    EXPECT_EQ(poll(&arrived, 1, std::chrono::milliseconds(GENEROUS).count()), 1);
+    unlink(path.c_str());
+    listener.Reset();
+    ASSERT_EQ(result.wait_for(GENEROUS), std::future_status::ready);
+    EXPECT_EQ(result.get(), 0) << Host::LastConnectError();
+    EXPECT_EQ(Call(connection->AwaitAbility(), RESULT), 0);
+    EXPECT_EQ(TestHost::Lines(starts), 1U);
+    Manager().DisconnectAbility(connection->AsObject());
 }
 
 TEST(AbilityConnectTest, ProcessMayExitWithCallsUnderWay)

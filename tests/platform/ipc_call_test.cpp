@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstring>
+#include <malloc.h>
 #include <memory>
 #include <string>
 #include <thread>
@@ -272,6 +273,22 @@ TEST_P(IpcCallTest, ManyThreadsCallBesideLargeParcels)
     done = true;
     large.join();
     EXPECT_EQ(good, threads * rounds);
+}
+
+TEST_P(IpcCallTest, LargeBlocksAreGivenBackOnceSent)
+{
+    constexpr size_t size = size_t{4} << 20;
+    auto inUse = [] {
+        struct mallinfo2 info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    std::vector<uint8_t> block = Pattern(size);
+    size_t before = inUse();
+    for (int i = 0; i < 16; ++i) {
+        EXPECT_EQ(Call(ability_, 9999, [&](MessageParcel &data) { data.WriteRawData(block.data(), size); }), 305);
+    }
+    // Some of the last ones may still be on the way.
+    EXPECT_LT(inUse(), before + 8 * size);
 }
 
 TEST_P(IpcCallTest, BlockedHandlersDoNotHoldUpOthers)

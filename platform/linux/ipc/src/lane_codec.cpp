@@ -20,7 +20,7 @@ constexpr size_t MAX_DESCRIPTOR_TEXT = 1024;
 
 } // namespace
 
-uint64_t LaneLoop::Encode(WireParcel &parcel, Wire::Parcel::Builder builder)
+void LaneLoop::Encode(WireParcel &parcel, Wire::Parcel::Builder builder)
 {
     KJ_REQUIRE(parcel.objects.size() <= MAX_OBJECTS, "too many objects in one parcel");
     if (!parcel.values.empty()) {
@@ -32,14 +32,11 @@ uint64_t LaneLoop::Encode(WireParcel &parcel, Wire::Parcel::Builder builder)
             EncodeObject(parcel.objects[i], entries[i]);
         }
     }
-    if (parcel.block.size == 0) {
-        return 0;
+    if (parcel.block.size != 0) {
+        builder.adoptBlock(capnp::Orphanage::getForMessageContaining(builder).referenceExternalData(
+            capnp::Data::Reader(parcel.block.data, parcel.block.size)));
+        messages_.Keep(parcel.block.data, parcel.block.owner);
     }
-    builder.adoptBlock(capnp::Orphanage::getForMessageContaining(builder).referenceExternalData(
-        capnp::Data::Reader(parcel.block.data, parcel.block.size)));
-    uint64_t key = nextKey_++;
-    blocks_.emplace(key, parcel.block.owner);
-    return key;
 }
 
 void LaneLoop::EncodeObject(WireObject &object, Wire::Entry::Builder entry)

@@ -64,8 +64,8 @@ void LaneLoop::Serve(const std::shared_ptr<Lane> &lane, UniqueFd socket)
 
 LaneLoop::LaneLoop(const std::shared_ptr<Lane> &lane, kj::AsyncIoContext &io, UniqueFd socket)
     : lane_(lane), io_(io), socket_(socket.Get()),
-      stream_(io.lowLevelProvider->wrapUnixSocketFd(kj::AutoCloseFd(socket.Release()))),
-      network_(*stream_, MAX_DESCRIPTORS, SideOf(*lane), Limits()),
+      stream_(io.lowLevelProvider->wrapUnixSocketFd(kj::AutoCloseFd(socket.Release()))), messages_(*stream_),
+      network_(messages_, MAX_DESCRIPTORS, SideOf(*lane), Limits()),
       rpc_(capnp::makeRpcServer(network_, Wire::Bootstrap::Client(kj::heap<BootstrapServer>(*this)))), peer_(nullptr),
       tasks_(*this)
 {
@@ -159,19 +159,11 @@ void LaneLoop::Call(const std::shared_ptr<WireReference> &target, uint32_t code,
         auto request = ClientFor(target).sendRequestRequest(SizeHint(data));
         request.setCode(code);
         request.setFlags(static_cast<uint32_t>(flags));
-        uint64_t block = Encode(data, request.initParcel());
+        Encode(data, request.initParcel());
         tasks_.add(request.send().then(
-            [this, call, block, target](capnp::Response<SendResults> &&response) {
-                DropBlock(block);
-                Guard(call, [&] { OnReply(kj::mv(response), call); });
-            },
-            [this, call, block](kj::Exception &&error) {
-                // A broken connection may still be writing the block.
-                if (error.getType() != kj::Exception::Type::DISCONNECTED) {
-                    DropBlock(block);
-                }
-                Fail(error, call);
-            }));
+            [this, call, target](
+                capnp::Response<SendResults> &&response) { Guard(call, [&] { OnReply(kj::mv(response), call); }); },
+            [this, call](kj::Exception &&error) { Fail(error, call); }));
     });
 }
 
@@ -207,11 +199,6 @@ void LaneLoop::Fetch(uint64_t ticket, int result, const std::shared_ptr<PendingC
 template <typename Results>
 void LaneLoop::Finish(capnp::Response<Results> &&response, int result, const std::shared_ptr<PendingCall> &call)
 {
-    if (response.getReceipt() != 0) {
-        auto request = peer_.receivedRequest();
-        request.setReceipt(response.getReceipt());
-        tasks_.add(request.send().ignoreResult());
-    }
     auto parcel = std::make_shared<WireParcel>();
     kj::Vector<kj::Promise<void>> waits;
     auto reader = response.getParcel();
@@ -276,11 +263,6 @@ void LaneLoop::GetAbility(const std::string &bundleName, const std::string &abil
 void LaneLoop::DropClient(uint64_t key)
 {
     clients_.erase(key);
-}
-
-void LaneLoop::DropBlock(uint64_t receipt)
-{
-    blocks_.erase(receipt);
 }
 
 Wire::RemoteObject::Client LaneLoop::ClientFor(const std::shared_ptr<WireReference> &reference)
@@ -355,7 +337,7 @@ void LaneLoop::Answer(uint64_t key, int result, WireParcel &&reply)
         if (toOther) {
             results.setFetch(session->Defer(std::move(reply)));
         } else {
-            results.setReceipt(Encode(reply, results.initParcel()));
+            Encode(reply, results.initParcel());
         }
         handler.fulfiller->fulfill();
     } catch (kj::Exception &error) {
@@ -369,7 +351,7 @@ void LaneLoop::AnswerFetch(FetchContext context)
     WireParcel reply;
     KJ_REQUIRE(session != nullptr && session->TakeDeferred(context.getParams().getTicket(), reply), "no such reply");
     auto results = context.getResults(SizeHint(reply));
-    results.setReceipt(Encode(reply, results.initParcel()));
+    Encode(reply, results.initParcel());
 }
 
 } // namespace Host::Ipc

@@ -13,6 +13,7 @@
 #include <kj/async-io.h>
 #include <kj/async-unix.h>
 
+#include "block_stream.h"
 #include "lane.h"
 #include "pending_call.h"
 #include "remote_object.capnp.h"
@@ -51,7 +52,6 @@ public:
     // For the objects that the far end calls.
     kj::Promise<void> HandleRequest(uint64_t exportId, SendContext context);
     void AnswerFetch(FetchContext context);
-    void DropBlock(uint64_t receipt);
     void EncodeObject(WireObject &object, Wire::Entry::Builder entry);
     std::shared_ptr<WireSession> Session() const;
     const std::shared_ptr<Lane> &GetLane() const
@@ -79,19 +79,18 @@ private:
     template <typename Body>
     void Guard(const std::shared_ptr<PendingCall> &call, Body &&body);
     Wire::RemoteObject::Client ClientFor(const std::shared_ptr<WireReference> &reference);
-    // Returns the number under which a block is kept until it has arrived; 0 when there is no block.
-    uint64_t Encode(WireParcel &parcel, Wire::Parcel::Builder builder);
+    void Encode(WireParcel &parcel, Wire::Parcel::Builder builder);
     // Leaves the block out. `parcel` is complete when all of `waits` are fulfilled.
     void Decode(Wire::Parcel::Reader reader, WireParcel &parcel, kj::Vector<kj::Promise<void>> &waits);
     void DecodeEntry(Wire::Entry::Reader reader, WireObject &object, kj::Vector<kj::Promise<void>> &waits);
     void taskFailed(kj::Exception &&exception) override;
 
-    // Ends in reverse order. The blocks outlast the connection, whose last write may still read them.
+    // Ends in reverse order.
     const std::shared_ptr<Lane> lane_;
     kj::AsyncIoContext &io_;
-    std::unordered_map<uint64_t, std::shared_ptr<const void>> blocks_;
     const int socket_;
     kj::Own<kj::AsyncCapabilityStream> stream_;
+    BlockStream messages_;
     capnp::TwoPartyVatNetwork network_;
     capnp::RpcSystem<capnp::rpc::twoparty::VatId> rpc_;
     Wire::Bootstrap::Client peer_;

@@ -87,10 +87,4 @@ kj::Promise<void> BootstrapServer::fetch(FetchContext context)
     return kj::READY_NOW;
 }
 
-kj::Promise<void> BootstrapServer::received(ReceivedContext context)
-{
-    loop_.DropBlock(context.getParams().getReceipt());
-    return kj::READY_NOW;
-}
-
 } // namespace Host::Ipc

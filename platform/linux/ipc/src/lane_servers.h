@@ -53,7 +53,6 @@ protected:
     kj::Promise<void> getAbility(GetAbilityContext context) override;
     kj::Promise<void> resolve(ResolveContext context) override;
     kj::Promise<void> fetch(FetchContext context) override;
-    kj::Promise<void> received(ReceivedContext context) override;
 
 private:
     LaneLoop &loop_;

@@ -31,9 +31,8 @@ struct Parcel {
 
 interface RemoteObject {
   sendRequest @0 (code :UInt32, flags :UInt32, parcel :Parcel)
-      -> (result :Int32, parcel :Parcel, fetch :UInt64, receipt :UInt64);
+      -> (result :Int32, parcel :Parcel, fetch :UInt64);
   # `fetch` other than 0: the reply is large, fetch it from the other lane with this ticket.
-  # `receipt` other than 0: tell the sender by `received` that the reply has arrived.
 }
 
 interface Bootstrap {
@@ -42,6 +41,5 @@ interface Bootstrap {
   getAbility @1 (bundle :Text, ability :Text, user :Int32) -> (entry :Entry);
   resolve @2 (id :UInt64) -> (object :RemoteObject);
   # An object of this end that the caller already knows from the other lane.
-  fetch @3 (ticket :UInt64) -> (parcel :Parcel, receipt :UInt64);
-  received @4 (receipt :UInt64);
+  fetch @3 (ticket :UInt64) -> (parcel :Parcel);
 }
