@@ -274,23 +274,47 @@ bool RecordSaver::IsThere(const RecordReference &reference, const Round &round)
     return known->second == reference.recordType;
 }
 
+// Why one of the candidate's references points to nothing.
+std::optional<Failure> RecordSaver::FindDangling(const Candidate &candidate, const Round &round)
+{
+    auto find = [&](const std::vector<RecordReference> &references, ErrorCode code) -> std::optional<Failure> {
+        for (const RecordReference &reference : references) {
+            if (!IsThere(reference, round)) {
+                return Failure(code,
+                    "\"" + reference.position + "\" points to record " + Quoted(reference.recordId) + " of type " +
+                        Quoted(reference.recordType) + ", which does not exist",
+                    reference.position);
+            }
+        }
+        return std::nullopt;
+    };
+    std::optional<Failure> failure = find(candidate.incoming.fieldReferences, ErrorCode::UNKNOWN_REFERENCE);
+    return failure ? failure : find(candidate.incoming.relationReferences, ErrorCode::UNKNOWN_RELATION);
+}
+
+// Whoever points to a refused record is looked at again, so that long chains cost no more than their length.
 bool RecordSaver::RefuseDangling(const std::vector<Candidate *> &candidates, const Round &round)
 {
-    bool refused = false;
+    std::map<std::string, std::vector<Candidate *>> pointing;
     for (Candidate *candidate : candidates) {
-        auto check = [&](const std::vector<RecordReference> &references, ErrorCode code) {
-            for (const RecordReference &reference : references) {
-                if (!candidate->outcome->failure && !IsThere(reference, round)) {
-                    candidate->outcome->failure = Failure(code,
-                        "\"" + reference.position + "\" points to record " + Quoted(reference.recordId) + " of type " +
-                            Quoted(reference.recordType) + ", which does not exist",
-                        reference.position);
-                    refused = true;
-                }
+        for (const auto *references : {&candidate->incoming.fieldReferences, &candidate->incoming.relationReferences}) {
+            for (const RecordReference &reference : *references) {
+                pointing[reference.recordId].push_back(candidate);
             }
-        };
-        check(candidate->incoming.fieldReferences, ErrorCode::UNKNOWN_REFERENCE);
-        check(candidate->incoming.relationReferences, ErrorCode::UNKNOWN_RELATION);
+        }
+    }
+    bool refused = false;
+    std::vector<Candidate *> open = candidates;
+    for (size_t i = 0; i < open.size(); ++i) {
+        if (open[i]->outcome->failure) {
+            continue;
+        }
+        open[i]->outcome->failure = FindDangling(*open[i], round);
+        if (open[i]->outcome->failure) {
+            refused = true;
+            const std::vector<Candidate *> &again = pointing[open[i]->incoming.recordId];
+            open.insert(open.end(), again.begin(), again.end());
+        }
     }
     return refused;
 }

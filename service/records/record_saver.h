@@ -70,6 +70,7 @@ private:
     void Settle(std::vector<Candidate *> &candidates);
     bool RefuseDuplicates(const std::vector<Candidate *> &candidates, const Round &round);
     std::string StoredDuplicateOf(const Candidate &candidate, const Round &round);
+    std::optional<Failure> FindDangling(const Candidate &candidate, const Round &round);
     bool RefuseDangling(const std::vector<Candidate *> &candidates, const Round &round);
     bool IsThere(const RecordReference &reference, const Round &round);
     void Write(Candidate &candidate);

@@ -49,11 +49,9 @@ Json::Value FetchDatabaseChanges(ServiceContext &context, const Request &request
     query.conditions = ConditionsOf(request, rule);
     query.bounds = BoundsOf(request);
     query.databaseId = FindDatabase(context, target).id;
-    if (!query.conditions.empty()) {
-        EnsureIndexed(context, query.databaseId, *rule);
-    }
 
-    std::unique_ptr<ReadSession> session = context.store.BeginRead();
+    std::unique_ptr<ReadSession> session =
+        query.conditions.empty() ? context.store.BeginRead() : BeginIndexedRead(context, query.databaseId, *rule);
     // In the view that the changes are read from: the new start cursor must not skip what was written after it.
     DatabaseInfo database = session->FindDatabase(target.key).value();
     std::string cursor = request.TextOr("cursor", "");

@@ -44,15 +44,20 @@ PageBounds BoundsOf(const Request &request)
     return {records, MAX_PAGE_BYTES};
 }
 
-void EnsureIndexed(ServiceContext &context, int64_t databaseId, const RecordTypeRule &rule)
+std::unique_ptr<ReadSession> BeginIndexedRead(ServiceContext &context, int64_t databaseId, const RecordTypeRule &rule)
 {
     std::vector<IndexedField> fields = IndexedFieldsOf(rule);
-    if (context.store.BeginRead()->IsIndexed(databaseId, rule.recordType, fields)) {
-        return;
+    // A request that began with the catalogue as it was before may index the type the old way in between.
+    while (true) {
+        std::unique_ptr<ReadSession> view = context.store.BeginRead();
+        if (view->IsIndexed(databaseId, rule.recordType, fields)) {
+            return view;
+        }
+        view.reset();
+        std::unique_ptr<WriteSession> session = context.store.BeginWrite();
+        session->EnsureIndexed(databaseId, rule.recordType, fields);
+        session->Commit();
     }
-    std::unique_ptr<WriteSession> session = context.store.BeginWrite();
-    session->EnsureIndexed(databaseId, rule.recordType, fields);
-    session->Commit();
 }
 
 } // namespace DriveService

@@ -4,11 +4,12 @@
 #ifndef NUBIS_SERVICE_REQUESTS_FETCH_FIELDS_H
 #define NUBIS_SERVICE_REQUESTS_FETCH_FIELDS_H
 
+#include <memory>
 #include <set>
 #include <string>
 
 #include "requests/request.h"
-#include "store/store_types.h"
+#include "store/store.h"
 
 namespace DriveService {
 
@@ -19,8 +20,8 @@ std::set<std::string> WantedFields(const Request &request, const Target &target,
 // The request's "pageSize" brought to the service's bounds.
 PageBounds BoundsOf(const Request &request);
 
-// Makes sure that conditions and orderings on the type's fields can be answered.
-void EnsureIndexed(ServiceContext &context, int64_t databaseId, const RecordTypeRule &rule);
+// A view in which conditions and orderings on the type's fields can be answered.
+std::unique_ptr<ReadSession> BeginIndexedRead(ServiceContext &context, int64_t databaseId, const RecordTypeRule &rule);
 
 } // namespace DriveService
 

@@ -54,8 +54,7 @@ Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &reques
     if (!cursor.empty()) {
         query.after = ReadQueryCursor(cursor, database, identity, query.order);
     }
-    EnsureIndexed(context, database.id, rule);
-    QueryPage page = context.store.BeginRead()->Query(query);
+    QueryPage page = BeginIndexedRead(context, database.id, rule)->Query(query);
 
     Json::Value reply = Success();
     Json::Value &list = reply["records"] = Json::Value(Json::arrayValue);

@@ -3,6 +3,8 @@
 
 #include "service_fixture.h"
 
+#include <rapidcheck/gtest.h>
+
 namespace DriveService {
 
 namespace {
@@ -80,6 +82,31 @@ TEST_F(ReferenceTest, ARefusedRecordTakesThoseThatPointToItAlong)
     EXPECT_EQ(results[5]["code"], static_cast<int>(ErrorCode::DUPLICATE_RECORD));
     EXPECT_THAT(results[6], Succeeds());
     EXPECT_EQ(Find("").size(), 2u);
+}
+
+// Whatever points where, the largest set is saved in which every reference is met.
+RC_GTEST_FIXTURE_PROP(ReferenceTest, AllThatCanBeSavedIsSaved, (std::vector<uint8_t> friends, uint8_t bad))
+{
+    size_t count = friends.size();
+    std::vector<Json::Value> records;
+    std::vector<bool> good(count, true);
+    for (size_t i = 0; i < count; ++i) {
+        friends[i] = static_cast<uint8_t>(friends[i] % count);
+        records.push_back(PersonWithFriend("p" + std::to_string(i), "p" + std::to_string(friends[i])));
+        if (i == bad % count) {
+            records[i]["name"] = 7;
+            good[i] = false;
+        }
+    }
+    for (size_t turn = 0; turn < count; ++turn) {
+        for (size_t i = 0; i < count; ++i) {
+            good[i] = good[i] && good[friends[i]];
+        }
+    }
+    Json::Value results = Save(Records(records));
+    for (size_t i = 0; i < count; ++i) {
+        RC_ASSERT((results[static_cast<Json::ArrayIndex>(i)]["code"] == 0) == good[i]);
+    }
 }
 
 TEST_F(ReferenceTest, RelationsMustBeOfTheSchema)

@@ -1,7 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <cmath>
 #include <csignal>
+#include <cstdlib>
+#include <limits>
 
 #include <sys/resource.h>
 
@@ -191,6 +194,24 @@ TEST_F(SaveTest, EveryKindOfValueIsKeptAsItWasSent)
     SaveOne(J("{'recordId': 'm', 'recordType': 'media', 'isNew': true, 'attachments': [{'asset': {'uri': 'a'}}, "
               "{'uri': 'b'}]}"));
     EXPECT_EQ(Fetch("m", "media")["record"]["attachments"], J("[{'uri': 'a'}, {'uri': 'b'}]"));
+}
+
+TEST_F(SaveTest, NumbersKeepEveryBit)
+{
+    for (int64_t age : {int64_t{9007199254740993}, std::numeric_limits<int64_t>::max()}) {
+        SaveOne(NewPerson("p", "{'name': 'A', 'age': " + std::to_string(age) + "}"), 2);
+        EXPECT_EQ(Fetch("p")["record"]["age"].asInt64(), age);
+        EXPECT_THAT(Find("age=" + std::to_string(age)), SizeIs(1));
+        EXPECT_THAT(Find("age=" + std::to_string(age - 1)), SizeIs(0));
+    }
+    for (const char *text :
+        {"5e-324", "2.2250738585072011e-308", "1.7976931348623157e308", "-0.0", "0.30000000000000004"}) {
+        SaveOne(NewPerson("p", std::string("{'name': 'A', 'height': ") + text + "}"), 2);
+        double height = Fetch("p")["record"]["height"].asDouble();
+        EXPECT_EQ(height, std::strtod(text, nullptr));
+        EXPECT_EQ(std::signbit(height), text[0] == '-');
+        EXPECT_THAT(Find(std::string("height=") + text), SizeIs(1));
+    }
 }
 
 TEST_F(SaveTest, NullIsTheEmptyListOrMapWhereItMustNotBeMissing)
