@@ -5,6 +5,7 @@
 
 #include <array>
 #include <sstream>
+#include <unistd.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -72,7 +73,16 @@ TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
         EXPECT_THAT(outcome.err, testing::AllOf(testing::StartsWith("nubis: "), HasSubstr("next: ")));
         EXPECT_EQ(outcome.out, "");
     }
-    EXPECT_THAT(RunNubis({"record", "import", "--bundle"}).err, HasSubstr("nubis record import --help"));
+    const std::vector<std::pair<std::vector<std::string>, std::string>> explained = {
+        {{"record", "import", "--bundle"}, "nubis record import --help"},
+        {{"nonsense"}, "\"nonsense\" is no command; expected: demo, service, "},
+        {{"record"}, "expected a command: import, save, get, delete, query"},
+        {{"--user", "5", "user", "info"}, "not expected: --user 5 (options stand behind the command that has them)"},
+        {{"user", "info", "--user", "x"}, "--user: expected a whole number from 0 to 2147483647, found \"x\""},
+        {{"user", "info", "--demon", "x"}, "--demon: expected one of asset, data, file, found \"x\""}};
+    for (const auto &[arguments, text] : explained) {
+        EXPECT_THAT(RunNubis(arguments).err, HasSubstr(text));
+    }
 }
 
 TEST(CommandLine, CridsAreMadeAndTakenApart)
@@ -113,6 +123,20 @@ TEST(CommandLine, OutputThatCannotBeWrittenIsAFailure)
     out.setstate(std::ios::badbit);
     EXPECT_EQ(RunTool({"crid", "decode", std::string(33, 'A')}, {in, out, err, false}), EXIT_OPERATION_FAILED);
     EXPECT_THAT(err.str(), HasSubstr("could not be written"));
+
+    // A reader that has gone, as `head` does, is nothing to complain of.
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    close(ends[0]);
+    int standardOutput = dup(STDOUT_FILENO);
+    dup2(ends[1], STDOUT_FILENO);
+    err.str("");
+    int status = RunTool({"crid", "decode", std::string(33, 'A')}, {in, out, err, false});
+    dup2(standardOutput, STDOUT_FILENO);
+    close(ends[1]);
+    close(standardOutput);
+    EXPECT_EQ(status, EXIT_READER_GONE);
+    EXPECT_EQ(err.str(), "");
 }
 } // namespace
 } // namespace NubisTool

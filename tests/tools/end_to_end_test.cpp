@@ -133,7 +133,7 @@ TEST_F(EndToEndTest, RefusedRecordsAreNamedAndTheOthersSaved)
                        "&& nubis record import --existing notes.jsonl >/dev/null" + DATABASE +
                        "; nubis record import notes.jsonl --json" + DATABASE),
         1);
-    EXPECT_THAT(Errors(), HasSubstr("next: overwrite records that are there with --existing"));
+    EXPECT_THAT(Errors(), HasSubstr("next: overwrite records that are there with `nubis record import --existing`"));
     ASSERT_EQ(Out()["refused"].size(), 2U);
     EXPECT_THAT(Out()["refused"][0]["reason"].asString(), HasSubstr("RECORD_EXISTS"));
 }

@@ -139,8 +139,11 @@ TEST_F(ImporterTest, EndsEarlyWhenTheServiceIsGoneOrNeverAnswers)
     service_.unreachable = true;
     ImportReport report = Run(100, 10);
     EXPECT_EQ(report.saved, 0U);
-    EXPECT_EQ(report.refusals.size(), 40U);
+    EXPECT_TRUE(report.refusals.empty());
+    EXPECT_EQ(report.unanswered.size(), 40U);
     EXPECT_EQ(report.notSent, 60U);
+    ASSERT_NE(report.firstNotSent, nullptr);
+    EXPECT_EQ(report.firstNotSent->line, 41U);
 
     items_.clear();
     service_.unreachable = false;
@@ -148,17 +151,29 @@ TEST_F(ImporterTest, EndsEarlyWhenTheServiceIsGoneOrNeverAnswers)
     report = Run(100, 10);
     EXPECT_EQ(report.saved, 0U);
     EXPECT_EQ(report.notSent, 60U);
-    EXPECT_EQ(report.refusals.front().error.GetLocalErrorCode(), NB_LOCAL_IPC_FAILED);
+    EXPECT_EQ(report.unanswered.front().error.GetLocalErrorCode(), NB_LOCAL_IPC_FAILED);
 }
 
 TEST_F(ImporterTest, AnInterruptEndsItAfterWhatIsUnderWay)
 {
-    InterruptGuard guard;
-    raise(SIGINT);
-    ImportReport report = Run(20, 10);
-    EXPECT_TRUE(report.interrupted);
-    EXPECT_EQ(report.notSent, 20U);
-    EXPECT_TRUE(service_.sizes.empty());
+    auto previous = std::signal(SIGHUP, SIG_DFL);
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        InterruptGuard guard;
+        raise(signal);
+        items_.clear();
+        ImportReport report = Run(20, 10);
+        EXPECT_TRUE(report.interrupted);
+        EXPECT_EQ(report.notSent, 20U);
+        EXPECT_TRUE(service_.sizes.empty());
+    }
+    // As nohup leaves it: the end of the terminal is no interrupt.
+    std::signal(SIGHUP, SIG_IGN);
+    {
+        InterruptGuard guard;
+        raise(SIGHUP);
+        EXPECT_FALSE(Interrupted());
+    }
+    std::signal(SIGHUP, previous);
 }
 
 TEST_F(ImporterTest, TheProgressBarIsForTerminalsAndLongWorkOnly)

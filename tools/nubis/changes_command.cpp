@@ -63,9 +63,6 @@ void Print(const std::vector<Nubis::NBRecord> &records, const ChangesOptions &op
         table.Print(console.out);
     }
     console.out.flush();
-    if (!console.out) {
-        throw CommandError("the output could not be written", "check the disk or the program that reads it");
-    }
 }
 
 // From the cursor until nothing is left; returns the cursor to go on from.
@@ -74,7 +71,7 @@ std::string PrintUntilUpToDate(
 {
     const std::string start = cursor;
     bool hasMore = true;
-    while (hasMore && !Interrupted()) {
+    while (hasMore && console.out && !Interrupted()) {
         PageOutcome page = Wait(StartChanges(database, options.type, options.fields, options.pageSize, cursor));
         if (page.error.HasError()) {
             // Whatever was printed is behind this cursor, so nothing need be read twice.
@@ -115,7 +112,7 @@ int Changes(const ChangesOptions &options, const Console &console)
     InterruptGuard guard;
     cursor = PrintUntilUpToDate(*database, cursor, options, console);
     auto interval = std::chrono::milliseconds(static_cast<int64_t>(options.interval * 1000));
-    while (options.follow && !WaitForInterrupt(interval)) {
+    while (options.follow && console.out && !WaitForInterrupt(interval)) {
         cursor = PrintUntilUpToDate(*database, cursor, options, console);
     }
     PrintCursor(cursor, options, console);

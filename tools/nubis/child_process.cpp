@@ -251,9 +251,9 @@ std::optional<int> ChildProcess::Wait(std::chrono::milliseconds time)
 int ChildProcess::WaitForwardingSignals()
 {
     while (!status_ && !PollUntil(processDescriptor_, std::chrono::milliseconds(-1), true)) {
-        // A terminal sends its SIGINT to the child as well; only SIGTERM is meant for this process alone.
-        if (TakeSignal() == SIGTERM) {
-            kill(pid_, SIGTERM);
+        // A terminal sends its SIGINT to the child as well; the others may be meant for this process alone.
+        if (int signal = TakeSignal(); signal == SIGTERM || signal == SIGHUP) {
+            kill(pid_, signal);
         }
     }
     return Reap();

@@ -15,6 +15,8 @@ constexpr int EXIT_OPERATION_FAILED = 1;
 constexpr int EXIT_USAGE = 2;
 // What shells report for a command that SIGINT ended.
 constexpr int EXIT_INTERRUPTED = 130;
+// The same for one that SIGPIPE ended.
+constexpr int EXIT_READER_GONE = 141;
 
 // How a command ends without success: what went wrong and where, and what the person can do next. Thrown anywhere below
 // a command and turned into text on stderr and an exit status in one place (RunTool).

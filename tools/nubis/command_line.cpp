@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <poll.h>
+#include <unistd.h>
 #include <utility>
 
 #include "command_error.h"
@@ -36,6 +38,28 @@ void WriteError(const Console &console, const std::string &what, const std::stri
     }
 }
 
+// What is wrong with the arguments of a command, the last one that they name.
+std::string ParseProblem(const CLI::App &app, const CLI::App &command, const CLI::ParseError &error)
+{
+    std::string surplus;
+    for (const std::string &argument : app.remaining(true)) {
+        surplus += (surplus.empty() ? "" : " ") + argument;
+    }
+    std::string families;
+    for (const CLI::App *family :
+        command.get_subcommands([](const CLI::App *one) { return !one->get_group().empty(); })) {
+        families += (families.empty() ? "" : ", ") + family->get_name();
+    }
+    if (!families.empty()) {
+        return (surplus.empty() ? "expected a command: " : "\"" + surplus + "\" is no command; expected: ") + families;
+    }
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
+        return "not expected: " + surplus +
+               (surplus[0] == '-' ? " (options stand behind the command that has them)" : "");
+    }
+    return error.what();
+}
+
 int ReadArguments(CLI::App &app, std::vector<std::string> arguments, const Console &console)
 {
     try {
@@ -48,13 +72,21 @@ int ReadArguments(CLI::App &app, std::vector<std::string> arguments, const Conso
         return EXIT_DONE;
     } catch (const CLI::ParseError &error) {
         std::string where = "nubis";
-        for (const CLI::App *at = &app; !at->get_subcommands().empty();) {
-            at = at->get_subcommands().front();
-            where += " " + at->get_name();
+        const CLI::App *command = &app;
+        while (!command->get_subcommands().empty()) {
+            command = command->get_subcommands().front();
+            where += " " + command->get_name();
         }
-        WriteError(console, error.what(), "see `" + where + " --help`");
+        WriteError(console, ParseProblem(app, *command, error), "see `" + where + " --help`");
         return EXIT_USAGE;
     }
+}
+
+// A reader such as `head` that has seen enough is no failure to tell people about.
+bool ReaderIsGone()
+{
+    struct pollfd entry = {STDOUT_FILENO, POLLOUT, 0};
+    return poll(&entry, 1, 0) == 1 && (entry.revents & POLLERR) != 0;
 }
 
 int Perform(const Action &action, const Console &console)
@@ -108,6 +140,9 @@ int RunTool(std::vector<std::string> arguments, const Console &console)
     }
     console.out.flush();
     console.err.flush();
+    if (!console.out && ReaderIsGone()) {
+        return EXIT_READER_GONE;
+    }
     if (status == EXIT_DONE && !console.out) {
         WriteError(console, "the output could not be written", "check the disk or the program that reads it");
         status = EXIT_OPERATION_FAILED;

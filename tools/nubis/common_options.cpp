@@ -3,14 +3,29 @@
 
 #include "common_options.h"
 
-#include <map>
+#include <charconv>
 
 namespace NubisTool {
+
+CLI::Validator WholeNumber(int64_t least, int64_t most)
+{
+    auto check = [least, most](std::string &text) -> std::string {
+        int64_t number = 0;
+        const char *end = text.data() + text.size();
+        auto result = std::from_chars(text.data(), end, number);
+        if (result.ec == std::errc() && result.ptr == end && number >= least && number <= most) {
+            return "";
+        }
+        return "expected a whole number from " + std::to_string(least) + " to " + std::to_string(most) + ", found \"" +
+               text + "\"";
+    };
+    return {check, ""};
+}
 
 void AddUserOption(CLI::App &command, int &user)
 {
     command.add_option("--user", user, "Account to work for")
-        ->check(CLI::Validator(CLI::NonNegativeNumber).description(""))
+        ->check(WholeNumber(0, std::numeric_limits<int>::max()))
         ->type_name("ID")
         ->capture_default_str();
 }
@@ -21,7 +36,7 @@ void AddServiceOptions(CLI::App &command, CommonOptions &options)
         {"file", Nubis::NB_SYNC_DEMON_FILE}, {"asset", Nubis::NB_SYNC_DEMON_ASSET}};
     AddUserOption(command, options.user);
     command.add_option("--demon", options.demon, "Sync service to speak as: data, file or asset [data]")
-        ->transform(CLI::CheckedTransformer(DEMONS).description(""))
+        ->transform(OneOf(DEMONS))
         ->type_name("KIND");
     command.add_flag("--json", options.json, "Write JSON for programs instead of tables for people");
 }
@@ -37,7 +52,7 @@ void AddDatabaseOptions(CLI::App &command, CommonOptions &options)
     command.add_option("--container", options.container, "Container of the bundle [its default container]")
         ->type_name("NAME");
     command.add_option("--scope", options.scope, "Database: public, private or shared [private]")
-        ->transform(CLI::CheckedTransformer(SCOPES).description(""))
+        ->transform(OneOf(SCOPES))
         ->type_name("SCOPE");
 }
 

@@ -4,6 +4,9 @@
 #ifndef NUBIS_TOOL_COMMON_OPTIONS_H
 #define NUBIS_TOOL_COMMON_OPTIONS_H
 
+#include <cstdint>
+#include <limits>
+#include <map>
 #include <string>
 
 #include "CLI/CLI.hpp"
@@ -23,6 +26,27 @@ struct CommonOptions {
 };
 
 // --user alone: for commands that deal with the service's process.
+// CLI11's own checks speak of floating point limits and of enumerators; these two speak to people.
+CLI::Validator WholeNumber(int64_t least, int64_t most = std::numeric_limits<int64_t>::max());
+
+template <typename Choice>
+CLI::Validator OneOf(const std::map<std::string, Choice> &choices)
+{
+    auto translate = [choices](std::string &text) -> std::string {
+        auto choice = choices.find(text);
+        if (choice != choices.end()) {
+            text = std::to_string(static_cast<int>(choice->second));
+            return "";
+        }
+        std::string names;
+        for (const auto &[name, value] : choices) {
+            names += (names.empty() ? "" : ", ") + name;
+        }
+        return "expected one of " + names + ", found \"" + text + "\"";
+    };
+    return {translate, ""};
+}
+
 void AddUserOption(CLI::App &command, int &user);
 
 // --user, --demon, --json: for commands that talk to the service.

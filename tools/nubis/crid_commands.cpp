@@ -93,7 +93,7 @@ void AddCridCommands(CLI::App &app, Chosen &chosen)
         "nubis crid encode --version-number 1 --upid 42 00112233445566778899aabbccddeeff");
     encode->add_option("--version-number,-n", options->version, "Form of the id")
         ->required()
-        ->check(CLI::IsMember({0, 1, 5, 10}))
+        ->check(CLI::IsMember({0, 1, 5, 10}).description(""))
         ->type_name("0|1|5|10");
     encode->add_option("--upid", options->upid, "User partition")->required()->type_name("NUMBER");
     encode->add_option("id", options->id, "Record id, as the form takes it")->required()->type_name("ID");

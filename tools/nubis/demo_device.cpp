@@ -112,6 +112,11 @@ private:
                                    ": " + ErrorText(first.error),
                 ErrorAdvice(first.error));
         }
+        if (!report.unanswered.empty()) {
+            const Nubis::NBError &error = report.unanswered.front().error;
+            throw CommandError(
+                CountText(report.unanswered.size(), "record") + " unanswered: " + ErrorText(error), ErrorAdvice(error));
+        }
         if (report.notSent > 0) {
             throw CommandError("not sent: " + CountText(report.notSent, "record"), "");
         }

@@ -62,9 +62,10 @@ std::string ServerText(const NBError &error)
 std::string AdviceForReason(const std::string &reason)
 {
     static const std::map<std::string, std::string> ADVICE = {
-        {"RECORD_EXISTS",
-            "overwrite records that are there with --existing (import), or change them without --new (save)"},
-        {"RECORD_NOT_FOUND", "see with `nubis record query` which records there are; --new creates one"},
+        {"RECORD_EXISTS", "overwrite records that are there with `nubis record import --existing`, or change them with "
+                          "`nubis record save --id`"},
+        {"RECORD_NOT_FOUND",
+            "see with `nubis record query` which records there are; `nubis record save --new` creates one"},
         {"VERSION_CONFLICT", "read it with `nubis record get`, and save it with the version that it has now"},
         {"UNKNOWN_REFERENCE", "save the record that it refers to first"},
         {"INVALID_CURSOR", "begin again without --since"}};

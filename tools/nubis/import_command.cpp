@@ -51,6 +51,20 @@ struct ImportCommandOptions {
         "correct the input; `nubis catalogue show " + options.common.bundle + "` lists the fields of " + options.type);
 }
 
+Json::Value RefusalsJson(const std::vector<Refusal> &refusals)
+{
+    Json::Value json(Json::arrayValue);
+    for (const Refusal &refusal : refusals) {
+        Json::Value entry(Json::objectValue);
+        entry["file"] = refusal.file;
+        entry["line"] = Json::UInt64(refusal.line);
+        entry["recordId"] = refusal.recordId;
+        entry["reason"] = ErrorText(refusal.error);
+        json.append(entry);
+    }
+    return json;
+}
+
 void PrintReportJson(const ImportReport &report, size_t rows, const Console &console)
 {
     Json::Value json(Json::objectValue);
@@ -61,16 +75,23 @@ void PrintReportJson(const ImportReport &report, size_t rows, const Console &con
     json["bytes"] = Json::UInt64(report.bytes);
     json["seconds"] = report.time.count();
     json["interrupted"] = report.interrupted;
-    json["refused"] = Json::Value(Json::arrayValue);
-    for (const Refusal &refusal : report.refusals) {
-        Json::Value entry(Json::objectValue);
-        entry["file"] = refusal.file;
-        entry["line"] = Json::UInt64(refusal.line);
-        entry["recordId"] = refusal.recordId;
-        entry["reason"] = ErrorText(refusal.error);
-        json["refused"].append(entry);
-    }
+    json["refused"] = RefusalsJson(report.refusals);
+    json["unanswered"] = RefusalsJson(report.unanswered);
     console.out << PrettyText(json) << '\n';
+}
+
+// Whole requests go without an answer, so their records are named together.
+void PrintUnanswered(const std::vector<Refusal> &unanswered, const Console &console)
+{
+    for (size_t first = 0, next = 0; first < unanswered.size(); first = next) {
+        while (next < unanswered.size() && unanswered[next].file == unanswered[first].file &&
+               (next == first || unanswered[next].line > unanswered[next - 1].line)) {
+            ++next;
+        }
+        console.err << unanswered[first].file << ':' << unanswered[first].line << '-' << unanswered[next - 1].line
+                    << ": no answer for " << CountText(next - first, "record")
+                    << ", saved or not: " << ErrorText(unanswered[first].error) << '\n';
+    }
 }
 
 void PrintReport(const ImportReport &report, size_t rows, const Console &console)
@@ -79,11 +100,13 @@ void PrintReport(const ImportReport &report, size_t rows, const Console &console
         console.err << refusal.file << ':' << refusal.line << ": record " << refusal.recordId
                     << " was refused: " << ErrorText(refusal.error) << '\n';
     }
+    PrintUnanswered(report.unanswered, console);
     double seconds = report.time.count();
     auto rate = static_cast<size_t>(seconds > 0 ? static_cast<double>(report.saved) / seconds : 0);
     console.out << "rows      " << std::setw(10) << rows << '\n'
                 << "saved     " << std::setw(10) << report.saved << '\n'
                 << "refused   " << std::setw(10) << report.refusals.size() << '\n'
+                << "unanswered" << std::setw(10) << report.unanswered.size() << '\n'
                 << "not sent  " << std::setw(10) << report.notSent << '\n'
                 << "requests  " << std::setw(10) << report.requests << '\n'
                 << "bytes     " << std::setw(10) << report.bytes << '\n'
@@ -91,16 +114,38 @@ void PrintReport(const ImportReport &report, size_t rows, const Console &console
                 << " records/s)\n";
 }
 
-void ThrowUnlessWhole(const ImportReport &report)
+// How to go on with an import that ended before its time.
+std::string AdviceToFinish(bool idsWereMade)
 {
-    std::string notSent = report.notSent == 0 ? "" : "; not sent: " + CountText(report.notSent, "record");
+    return idsWereMade ? "import only the rows that are missing: ids were made for the rows, so the same rows would be "
+                         "saved a second time (--id-field gives rows ids of their own)"
+                       : "run the same command with --existing to finish: it also takes records that are there";
+}
+
+void ThrowUnlessWhole(const ImportReport &report, bool idsWereMade)
+{
+    std::string text;
+    auto add = [&text](const std::string &what, size_t count) {
+        if (count > 0) {
+            text += (text.empty() ? "" : "; ") + what + ": " + CountText(count, "record");
+        }
+    };
+    add("refused", report.refusals.size());
+    add("unanswered", report.unanswered.size());
+    add("not sent", report.notSent);
+    if (report.firstNotSent != nullptr) {
+        text += ", the first at " + report.firstNotSent->file + ":" + std::to_string(report.firstNotSent->line);
+    }
     if (report.interrupted && report.notSent > 0) {
-        throw CommandError("interrupted; saved: " + CountText(report.saved, "record") + notSent,
-            "run the same command with --existing to finish: it also takes records that are there", EXIT_INTERRUPTED);
+        throw CommandError("interrupted; saved: " + CountText(report.saved, "record") + "; " + text,
+            AdviceToFinish(idsWereMade), EXIT_INTERRUPTED);
+    }
+    if (!report.unanswered.empty()) {
+        throw CommandError(
+            text, ErrorAdvice(report.unanswered.front().error) + "; then " + AdviceToFinish(idsWereMade));
     }
     if (!report.refusals.empty()) {
-        throw CommandError("refused: " + CountText(report.refusals.size(), "record") + notSent,
-            ErrorAdvice(report.refusals.front().error));
+        throw CommandError(text, ErrorAdvice(report.refusals.front().error));
     }
 }
 
@@ -119,6 +164,8 @@ int Import(const ImportCommandOptions &options, const Console &console)
         ThrowProblems(problems, options);
     }
     auto database = session.Database();
+    bool idsWereMade = std::any_of(
+        items.begin(), items.end(), [](const ImportItem &item) { return item.record.GetRecordId().empty(); });
     GiveIds(*database, items);
     for (ImportItem &item : items) {
         item.record.SetNewCreate(true);
@@ -139,7 +186,7 @@ int Import(const ImportCommandOptions &options, const Console &console)
     } else {
         PrintReport(report, rows.size(), console);
     }
-    ThrowUnlessWhole(report);
+    ThrowUnlessWhole(report, idsWereMade);
     return EXIT_DONE;
 }
 
@@ -151,7 +198,7 @@ void AddImportCommand(CLI::App &record, Chosen &chosen)
     auto options = std::make_shared<ImportCommandOptions>();
     CLI::App *command = AddCommand(record, "import",
         "Save the rows of files as records. Every row is checked against the record type before the first is sent",
-        "nubis record import --bundle com.example.notes --type Note --id-field number notes.csv");
+        "nubis record import --bundle com.example.notes --type note --id-field title notes.csv");
     AddDatabaseOptions(*command, options->common);
     command
         ->add_option("files", options->files,
@@ -164,7 +211,7 @@ void AddImportCommand(CLI::App &record, Chosen &chosen)
             "Field whose value is the record id [the member recordId, else the library makes ids]")
         ->type_name("FIELD");
     command->add_option("--format", options->format, "json or csv [from the file's name or content]")
-        ->transform(CLI::CheckedTransformer(FORMATS).description(""))
+        ->transform(OneOf(FORMATS))
         ->type_name("FORMAT");
     command->add_flag("--existing", options->existing, "Also overwrite records that are there already");
     SetAction(*command, chosen, [options](const Console &console) { return Import(*options, console); });

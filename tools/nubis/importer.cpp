@@ -49,6 +49,9 @@ private:
             TakeOldest();
         }
         if (unreachable_ || Interrupted()) {
+            if (report_.notSent == 0) {
+                report_.firstNotSent = &items_[batch.items.front()];
+            }
             report_.notSent += batch.items.size();
             return;
         }
@@ -80,7 +83,8 @@ private:
         std::string id = item.record.GetRecordId();
         Nubis::NBError error = ErrorFor(outcome, id);
         if (error.HasError()) {
-            report_.refusals.push_back({item.file, item.line, std::move(id), std::move(error)});
+            auto &failures = IsTransportError(error) ? report_.unanswered : report_.refusals;
+            failures.push_back({item.file, item.line, std::move(id), std::move(error)});
             return;
         }
         ++report_.saved;

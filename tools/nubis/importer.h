@@ -32,6 +32,8 @@ struct ImportReport {
     std::chrono::duration<double> time{};
     bool interrupted = false;
     std::vector<Refusal> refusals;
+    std::vector<Refusal> unanswered; // sent, but the service went away: saved or not
+    const ImportItem *firstNotSent = nullptr;
 };
 
 // Sends the batches of a plan; a double stands for the database in tests.

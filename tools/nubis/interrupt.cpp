@@ -15,7 +15,7 @@
 namespace NubisTool {
 namespace {
 
-constexpr std::array<int, 2> SIGNALS = {SIGINT, SIGTERM};
+constexpr std::array<int, 3> SIGNALS = {SIGINT, SIGTERM, SIGHUP};
 
 std::atomic<bool> g_interrupted{false};
 std::atomic<int> g_lastSignal{0};
@@ -47,6 +47,10 @@ InterruptGuard::InterruptGuard(SecondSignal second)
     sigemptyset(&action.sa_mask);
     for (size_t i = 0; i < SIGNALS.size(); ++i) {
         sigaction(SIGNALS[i], &action, &g_previous[i]);
+        // Under nohup the end of the terminal is to be outlived.
+        if (SIGNALS[i] == SIGHUP && g_previous[i].sa_handler == SIG_IGN) {
+            sigaction(SIGNALS[i], &g_previous[i], nullptr);
+        }
     }
 }
 

@@ -13,7 +13,7 @@ enum class SecondSignal {
     IS_REMEMBERED // for programs that pass signals on
 };
 
-// While one exists, SIGINT and SIGTERM no longer end the process but are remembered, so that the work under way can be
+// While one exists, SIGINT, SIGTERM and SIGHUP no longer end the process but are remembered, so that the work under way can be
 // brought to a clean end. One at a time; the handlers in place before come back when it goes.
 class InterruptGuard {
 public:

@@ -147,15 +147,14 @@ void AddSave(CLI::App &family, Chosen &chosen)
         {"merge", Nubis::NB_SAVE_CHANGED_FIELDS}, {"overwrite", Nubis::NB_SAVE_OVERWRITE}};
     auto options = std::make_shared<RecordOptions>();
     CLI::App *save = AddCommand(family, "save", "Create a record, or change one when an id is given",
-        R"(nubis record save --bundle com.example.notes --type Note '{"title": "Milk"}')");
+        R"(nubis record save --bundle com.example.notes --type note '{"title": "Milk"}')");
     AddTypeOption(*save, *options);
     save->add_option("--id", options->id, "Record id [the member recordId; none creates a record]")->type_name("ID");
     save->add_flag("--new", options->isNew, "Create the record although an id is given");
     save->add_option("--policy", options->policy,
             "For a record that is there: unchanged (only if \"version\" is still its version), merge (the given "
-            "fields) "
-            "or overwrite [merge]")
-        ->transform(CLI::CheckedTransformer(POLICIES).description(""))
+            "fields) or overwrite [merge]")
+        ->transform(OneOf(POLICIES))
         ->type_name("POLICY");
     save->add_option("record", options->json, "The record as a JSON object [read from standard input]")
         ->type_name("JSON");
@@ -189,7 +188,7 @@ void PrintRecords(const std::vector<Nubis::NBRecord> &records, const Nubis::NBSc
 void AddRecordCommands(CLI::App &app, Chosen &chosen)
 {
     CLI::App *family = AddCommand(app, "record", "Import, save, read and query records",
-        "nubis record query --bundle com.example.notes --type Note --order -created");
+        "nubis record query --bundle com.example.notes --type note --order -stars");
     family->require_subcommand(1);
     AddImportCommand(*family, chosen);
     AddSave(*family, chosen);
@@ -198,7 +197,7 @@ void AddRecordCommands(CLI::App &app, Chosen &chosen)
 
     auto options = std::make_shared<RecordOptions>();
     CLI::App *query = AddCommand(*family, "query", "Read the records that meet conditions",
-        "nubis record query --bundle com.example.notes --type Note --where 'title~Milk&done=false' --order -created");
+        "nubis record query --bundle com.example.notes --type note --where 'title~Milk&stars>=4' --order -stars");
     AddTypeOption(*query, *options);
     AddFieldsOption(*query, *options);
     query->add_option("--where", options->where, "Conditions joined by &: name=Ann&age>=30&city!=Rome&tags~x")
@@ -208,7 +207,7 @@ void AddRecordCommands(CLI::App &app, Chosen &chosen)
         ->allow_extra_args(false)
         ->type_name("A,-B");
     query->add_option("--limit", options->limit, "At most so many records")
-        ->check(CLI::PositiveNumber)
+        ->check(WholeNumber(1))
         ->type_name("N")
         ->capture_default_str();
     query->add_flag("--all", options->all, "All records, however many");

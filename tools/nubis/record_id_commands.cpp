@@ -40,6 +40,9 @@ void Judge(const std::string &id, const SaveOutcome &requestOutcome, IdOutcome &
 // Performs the operation on all of the ids, as many at a time as a request may carry.
 IdOutcome PerformById(Session &session, const RecordOptions &options, const IdOperation &operation)
 {
+    if (std::find(options.ids.begin(), options.ids.end(), "") != options.ids.end()) {
+        throw UsageError("a record id is empty", "leave it out; `nubis record query` shows the ids");
+    }
     IdOutcome outcome;
     size_t most = std::max<size_t>(session.ContainerInfo().maxBatchNumber, 1);
     for (size_t start = 0; start < options.ids.size(); start += most) {
@@ -108,15 +111,15 @@ void AddRecordByIdCommands(CLI::App &record, Chosen &chosen)
 {
     auto options = std::make_shared<RecordOptions>();
     CLI::App *get = AddCommand(record, "get", "Read records by their ids",
-        "nubis record get --bundle com.example.notes --type Note note-1 note-2");
+        "nubis record get --bundle com.example.notes --type note note-1 note-2");
     AddIds(*get, *options);
     SetAction(*get, chosen, [options](const Console &console) { return Get(*options, console); });
 
     CLI::App *remove = AddCommand(record, "delete", "Delete records by their ids",
-        "nubis record delete --bundle com.example.notes --type Note note-1 note-2");
+        "nubis record delete --bundle com.example.notes --type note note-1 note-2");
     AddIds(*remove, *options);
     remove->add_option("--if-version", options->ifVersion, "Only if this is still the record's version")
-        ->check(CLI::PositiveNumber)
+        ->check(WholeNumber(1))
         ->type_name("N");
     SetAction(*remove, chosen, [options](const Console &console) { return Delete(*options, console); });
 }
