@@ -66,7 +66,8 @@ TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
         {"user", "info", "--demon", "unknown"}, {"changes", "--bundle", "b", "--interval", "x"},
         {"crid", "encode", "--version-number", "2", "--upid", "1", "x"}, {"crid", "encode", "--upid", "1", "x"},
         {"record", "delete", "--bundle", "b", "--type", "T", "--if-version", "1", "x", "y"}, {"service", "exec"},
-        {"service", "exec", "--"}, {"catalogue", "list", "surplus"}};
+        {"service", "exec", "--"}, {"crid", "encode", "-n", "0", "--upid", "-1", "5"},
+        {"crid", "encode", "-n", "0", "--upid", "18446744073709551616", "5"}, {"catalogue", "list", "surplus"}};
     for (const std::vector<std::string> &arguments : wrong) {
         Outcome outcome = RunNubis(arguments);
         EXPECT_EQ(outcome.status, EXIT_USAGE) << testing::PrintToString(arguments) << outcome.err;
@@ -109,7 +110,8 @@ TEST(CommandLine, CridsAreMadeAndTakenApart)
 
     Outcome wrong = RunNubis({"crid", "decode", std::string(33, 'A'), "Zebra"});
     EXPECT_EQ(wrong.status, EXIT_OPERATION_FAILED);
-    EXPECT_THAT(wrong.err, HasSubstr("Zebra"));
+    EXPECT_THAT(wrong.err, HasSubstr("\"Zebra\""));
+    EXPECT_EQ(RunNubis({"crid", "decode", ""}).status, EXIT_OPERATION_FAILED);
     EXPECT_THAT(wrong.out, HasSubstr("VERSION"));
     EXPECT_EQ(RunNubis({"crid", "encode", "-n", "0", "--upid", "1", "no number"}).status, EXIT_OPERATION_FAILED);
     EXPECT_EQ(RunNubis({"crid", "encode", "-n", "1", "--upid", "1", "abc"}).status, EXIT_OPERATION_FAILED);

@@ -7,10 +7,10 @@
 
 namespace NubisTool {
 
-CLI::Validator WholeNumber(int64_t least, int64_t most)
+CLI::Validator WholeNumber(uint64_t least, uint64_t most)
 {
     auto check = [least, most](std::string &text) -> std::string {
-        int64_t number = 0;
+        uint64_t number = 0;
         const char *end = text.data() + text.size();
         auto result = std::from_chars(text.data(), end, number);
         if (result.ec == std::errc() && result.ptr == end && number >= least && number <= most) {

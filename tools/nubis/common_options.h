@@ -27,7 +27,7 @@ struct CommonOptions {
 
 // --user alone: for commands that deal with the service's process.
 // CLI11's own checks speak of floating point limits and of enumerators; these two speak to people.
-CLI::Validator WholeNumber(int64_t least, int64_t most = std::numeric_limits<int64_t>::max());
+CLI::Validator WholeNumber(uint64_t least, uint64_t most = std::numeric_limits<uint64_t>::max());
 
 template <typename Choice>
 CLI::Validator OneOf(const std::map<std::string, Choice> &choices)

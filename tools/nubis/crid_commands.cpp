@@ -67,7 +67,7 @@ int Decode(const CridOptions &options, const Console &console)
         if (Nubis::DecodeRecordId(crid, id)) {
             ids.push_back(id);
         } else {
-            wrong += (wrong.empty() ? "" : ", ") + crid;
+            wrong += (wrong.empty() ? "\"" : ", \"") + crid + "\"";
         }
     }
     if (!ids.empty()) {
@@ -95,7 +95,10 @@ void AddCridCommands(CLI::App &app, Chosen &chosen)
         ->required()
         ->check(CLI::IsMember({0, 1, 5, 10}).description(""))
         ->type_name("0|1|5|10");
-    encode->add_option("--upid", options->upid, "User partition")->required()->type_name("NUMBER");
+    encode->add_option("--upid", options->upid, "User partition")
+        ->required()
+        ->check(WholeNumber(0))
+        ->type_name("NUMBER");
     encode->add_option("id", options->id, "Record id, as the form takes it")->required()->type_name("ID");
     encode->add_flag("--json", options->json, "Write JSON for programs");
     SetAction(*encode, chosen, [options](const Console &console) { return Encode(*options, console); });

@@ -13,8 +13,9 @@ enum class SecondSignal {
     IS_REMEMBERED // for programs that pass signals on
 };
 
-// While one exists, SIGINT, SIGTERM and SIGHUP no longer end the process but are remembered, so that the work under way can be
-// brought to a clean end. One at a time; the handlers in place before come back when it goes.
+// While one exists, SIGINT, SIGTERM and SIGHUP (unless it was ignored) no longer end the process but are remembered, so
+// that the work under way can be brought to a clean end. One at a time; the handlers in place before come back when it
+// goes.
 class InterruptGuard {
 public:
     explicit InterruptGuard(SecondSignal second = SecondSignal::ENDS_PROCESS);
