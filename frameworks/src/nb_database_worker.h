@@ -45,6 +45,7 @@ NBError NBDatabase::Exchange(Json::Value &request, int timeout, ReadReply &&read
     }
     return error;
 }
+
 // Sends one request for each record type, types in ascending order, and gathers the results of all.
 // fillRequest(request, records) puts the records of a group into the request. The error is that of the last group;
 // records of a group that failed have its error in their results.
