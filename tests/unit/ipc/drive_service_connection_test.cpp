@@ -56,7 +56,7 @@ TEST_F(ConnectionTest, OneOfManyRequestsReconnectsAfterADeath)
     const auto proxy = Connect();
     NubisTest::LogCapture log;
     NubisTest::FakeDriveService::Kill(userId_);
-    ASSERT_TRUE(log.WaitFor("receive service died ability will disconnect"));
+    ASSERT_TRUE(log.WaitFor("Remove death recipient success"));
     service_->OfferAgain(userId_);
     std::vector<std::future<NubisTest::SendOutcome>> sent;
     for (int i = 0; i < 12; ++i) {

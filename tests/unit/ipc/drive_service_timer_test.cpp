@@ -67,7 +67,7 @@ TEST_F(TimerTest, AnIdleServiceIsDisconnectedAndTheTimerStops)
     clock_.Advance(12 * TICK);
     EXPECT_THAT(log_.Take(LOG_INFO), Not(Contains("disconnect ability")));
     clock_.Advance(TICK);
-    ASSERT_TRUE(log_.WaitFor(" ability disconnect"));
+    ASSERT_TRUE(log_.WaitFor("Remove death recipient success"));
     clock_.Advance(22 * TICK);
     EXPECT_THAT(log_.Take(LOG_INFO), Not(Contains("stop timer")));
     clock_.Advance(TICK);
