@@ -44,6 +44,9 @@ bool ParseRequest(const std::string &text, Json::Value &request)
 }
 } // namespace
 
+DriveCallbackStub::DriveCallbackStub(int32_t userId) : userId_(userId)
+{}
+
 int DriveCallbackStub::OnRemoteRequest(
     uint32_t, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &)
 {

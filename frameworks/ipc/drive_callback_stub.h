@@ -33,6 +33,9 @@ public:
         WAIT_UNKNOWN = 2,
     };
 
+    // The user whose kit serves what the service asks for.
+    explicit DriveCallbackStub(int32_t userId);
+
     int OnRemoteRequest(
         uint32_t code, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &option) override;
     // 0, with the reply filled, when the request was understood.
@@ -54,6 +57,7 @@ private:
     using ReverseHandler = std::function<int32_t(const Json::Value &request, std::string &reply)>;
     using WaitingReply = std::shared_ptr<ffrt::promise<std::string>>;
 
+    const int32_t userId_;
     // By function name; constant after construction.
     const std::map<std::string, ReverseHandler> reverseHandlers_{};
 

@@ -31,7 +31,7 @@ DriveServiceProxy::DriveServiceProxy(int userId)
     : bundleName_("com.orvane.tyra.aerostash"), abilityName_("DriveServiceAbility"),
       descriptor_(OHOS::Str8ToStr16("OHOS.Aerostash.DriveServiceAbility")), maxRequests_(MAX_REQUESTS_IN_FLIGHT),
       userId_(userId), link_(std::make_shared<ProxyLink>(this)), ipcConnect_(new (std::nothrow) DriveIpcConnect(link_)),
-      callbackStub_(new (std::nothrow) DriveCallbackStub())
+      callbackStub_(new (std::nothrow) DriveCallbackStub(userId_))
 {
     ConnectService();
 }

@@ -34,7 +34,7 @@ protected:
         return promise->get_future();
     }
 
-    OHOS::sptr<DriveCallbackStub> stub_ = new DriveCallbackStub;
+    OHOS::sptr<DriveCallbackStub> stub_ = new DriveCallbackStub(100);
 };
 
 TEST_F(DriveCallbackStubTest, RepliesReachTheirWaiterAsTheyWereSent)
