@@ -3,13 +3,13 @@
 
 #include "drive_service_stub.h"
 
-#include <mutex>
+#include <optional>
 
 #include "host/calling_peer.h"
 #include "ipc_types.h"
 #include "message_parcel.h"
-#include "records/limits.h"
 #include "util/log.h"
+#include "util/parcel_text.h"
 
 namespace DriveService {
 
@@ -17,20 +17,10 @@ namespace {
 
 constexpr const char16_t *DESCRIPTOR = u"OHOS.Aerostash.DriveServiceAbility";
 
-// Empty when there is none, or its length is not one that a text can have.
-std::string ReadText(OHOS::MessageParcel &parcel)
+std::optional<ClientCallback> ReadCallback(OHOS::MessageParcel &parcel)
 {
-    int32_t length = parcel.ReadInt32();
-    if (length < 1 || static_cast<size_t>(length) > MAX_PARCEL_TEXT) {
-        return "";
-    }
-    const void *bytes = parcel.ReadRawData(static_cast<size_t>(length));
-    return bytes == nullptr ? "" : std::string(static_cast<const char *>(bytes), static_cast<size_t>(length));
-}
-
-bool WriteText(OHOS::MessageParcel &parcel, const std::string &text)
-{
-    return parcel.WriteInt32(static_cast<int32_t>(text.size())) && parcel.WriteRawData(text.data(), text.size());
+    OHOS::sptr<OHOS::IRemoteObject> object = parcel.ReadRemoteObject();
+    return object == nullptr ? std::nullopt : std::make_optional<ClientCallback>(object);
 }
 
 } // namespace
@@ -48,7 +38,9 @@ int DriveServiceStub::OnRemoteRequest(
         LogError("a request with a wrong interface token was refused");
         return OHOS::ERR_INVALID_STATE;
     }
-    std::string answer = router_.Answer(ReadText(data), Host::GetCallingPeer().deviceName);
+    std::string text = ReadText(data);
+    std::optional<ClientCallback> callback = ReadCallback(data);
+    std::string answer = router_.Answer(text, Host::GetCallingPeer().deviceName, callback ? &*callback : nullptr);
     if (!reply.WriteInt32(OHOS::ERR_NONE) || !WriteText(reply, answer)) {
         LogError("a reply of " + std::to_string(answer.size()) + " bytes did not fit into its parcel");
     }

@@ -14,6 +14,7 @@
 
 #include "account/push_key.h"
 #include "catalogue/catalogue.h"
+#include "requests/client_callback.h"
 #include "store/store.h"
 
 namespace DriveService {
@@ -28,10 +29,11 @@ struct ServiceContext {
 };
 
 // One request while it is answered. Its readers throw RequestError (INVALID_ARGUMENT) that names the member when one
-// is missing or of the wrong type. The JSON must outlive it.
+// is missing or of the wrong type. The JSON and the callback must outlive it.
 class Request {
 public:
-    Request(const Json::Value &json, std::string deviceName) : json_(json), deviceName_(std::move(deviceName))
+    Request(const Json::Value &json, std::string deviceName, const ClientCallback *callback)
+        : json_(json), deviceName_(std::move(deviceName)), callback_(callback)
     {}
 
     std::string Text(const char *name) const;                             // required, may be empty
@@ -49,9 +51,16 @@ public:
         return deviceName_;
     }
 
+    // What the client can be called by while the request is answered; null when it sent nothing for that.
+    const ClientCallback *Callback() const
+    {
+        return callback_;
+    }
+
 private:
     const Json::Value &json_;
     std::string deviceName_;
+    const ClientCallback *callback_;
 };
 
 // The database that a request names, as the catalogue describes it.

@@ -56,7 +56,8 @@ std::string FailureReply(const Failure &failure)
 RequestRouter::RequestRouter(ServiceContext context) : context_(std::move(context))
 {}
 
-Json::Value RequestRouter::Dispatch(const std::string &text, const std::string &deviceName)
+Json::Value RequestRouter::Dispatch(
+    const std::string &text, const std::string &deviceName, const ClientCallback *callback)
 {
     Json::Value json;
     std::string error;
@@ -67,7 +68,7 @@ Json::Value RequestRouter::Dispatch(const std::string &text, const std::string &
         throw RequestError(ErrorCode::MALFORMED_REQUEST, "a request is an object, came " + DescribeJson(json));
     }
     // It is the peer's word, and stands in every record of its.
-    Request request(json, IsUtf8(deviceName) ? Excerpt(deviceName) : "");
+    Request request(json, IsUtf8(deviceName) ? Excerpt(deviceName) : "", callback);
     std::string function = request.NonEmptyText("function");
     auto handler = Handlers().find(function);
     if (handler == Handlers().end()) {
@@ -77,10 +78,11 @@ Json::Value RequestRouter::Dispatch(const std::string &text, const std::string &
     return handler->second(context_, request);
 }
 
-std::string RequestRouter::Answer(const std::string &text, const std::string &deviceName) noexcept
+std::string RequestRouter::Answer(
+    const std::string &text, const std::string &deviceName, const ClientCallback *callback) noexcept
 {
     try {
-        std::string reply = WriteJson(Dispatch(text, deviceName));
+        std::string reply = WriteJson(Dispatch(text, deviceName, callback));
         if (reply.size() <= MAX_PARCEL_TEXT) {
             return reply;
         }

@@ -16,10 +16,12 @@ class RequestRouter {
 public:
     explicit RequestRouter(ServiceContext context);
 
-    std::string Answer(const std::string &text, const std::string &deviceName) noexcept;
+    // `callback` may be null.
+    std::string Answer(
+        const std::string &text, const std::string &deviceName, const ClientCallback *callback = nullptr) noexcept;
 
 private:
-    Json::Value Dispatch(const std::string &text, const std::string &deviceName);
+    Json::Value Dispatch(const std::string &text, const std::string &deviceName, const ClientCallback *callback);
 
     ServiceContext context_;
 };
