@@ -9,10 +9,10 @@
 
 #include <json/value.h>
 
-#include "ffrt_inner.h"
 #include "json_helper.h"
 #include "log.h"
 #include "nb_database.h"
+#include "start_task.h"
 
 // What the operations of NBDatabase do alike.
 namespace Nubis {
@@ -24,7 +24,7 @@ constexpr int DEFAULT_REQUEST_TIMEOUT = -1;
 template <typename... Parameters, typename... Arguments>
 void NBDatabase::StartWorker(void (NBDatabase::*inner)(Parameters...), Arguments &&...arguments)
 {
-    ffrt::thread(inner, shared_from_this(), std::forward<Arguments>(arguments)...).detach();
+    StartTask(inner, shared_from_this(), std::forward<Arguments>(arguments)...);
 }
 
 // Sends the request and, when it succeeded, lets readReply(reply, error) take the reply apart. A reply that cannot be
