@@ -36,22 +36,6 @@ std::optional<IndexedValue> ReadValue(const SQLite::Column &column, ValueKind ki
     return column.getString();
 }
 
-// A finished SELECT must be reset at once: one that stands on a row keeps the transaction from ending.
-class ResetAtEnd {
-public:
-    explicit ResetAtEnd(SQLite::Statement &statement) : statement_(statement)
-    {}
-    ~ResetAtEnd()
-    {
-        statement_.tryReset();
-    }
-    ResetAtEnd(const ResetAtEnd &) = delete;
-    ResetAtEnd &operator=(const ResetAtEnd &) = delete;
-
-private:
-    SQLite::Statement &statement_;
-};
-
 int64_t BytesOf(const StoredRecord &record)
 {
     return static_cast<int64_t>(record.data.size() + record.relations.size());

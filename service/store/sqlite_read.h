@@ -34,12 +34,30 @@ public:
     QueryPage Query(const RecordQuery &query) override;
     ChangesPage Changes(const ChangesQuery &query) override;
     bool IsIndexed(int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields) override;
+    std::vector<StoredAsset> Assets(int64_t databaseId, const std::string &recordId) override;
+    bool IsUploaded(int64_t databaseId, const std::string &assetId, const std::string &content) override;
     std::optional<std::string> Setting(const std::string &name) override;
 
 private:
     std::vector<QueryPosition> FindPositions(const RecordQuery &query);
 
     SqliteConnection &connection_;
+};
+
+// A finished SELECT must be reset at once: one that stands on a row keeps the transaction from ending.
+class ResetAtEnd {
+public:
+    explicit ResetAtEnd(SQLite::Statement &statement) : statement_(statement)
+    {}
+    ~ResetAtEnd()
+    {
+        statement_.tryReset();
+    }
+    ResetAtEnd(const ResetAtEnd &) = delete;
+    ResetAtEnd &operator=(const ResetAtEnd &) = delete;
+
+private:
+    SQLite::Statement &statement_;
 };
 
 // Turns the exceptions of the database library into StoreError.

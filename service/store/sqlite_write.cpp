@@ -114,6 +114,9 @@ void SqliteWrite::Put(int64_t databaseId, StoredRecord &record, const std::vecto
         BindRecord(put, databaseId, record);
         put.exec();
         ReplaceValues(databaseId, record, values);
+        if (record.deleted) {
+            ReplaceAssets(databaseId, record.recordId, {});
+        }
     });
 }
 

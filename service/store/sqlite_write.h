@@ -22,6 +22,8 @@ public:
     void EnsureIndexed(
         int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields) override;
     void Put(int64_t databaseId, StoredRecord &record, const std::vector<IndexRow> &values) override;
+    void ReplaceAssets(
+        int64_t databaseId, const std::string &recordId, const std::vector<StoredAsset> &assets) override;
     void SetSetting(const std::string &name, const std::string &value) override;
     void Commit() override;
 

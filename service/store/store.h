@@ -45,6 +45,12 @@ public:
     virtual bool IsIndexed(
         int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields) = 0;
 
+    // By field and id.
+    virtual std::vector<StoredAsset> Assets(int64_t databaseId, const std::string &recordId) = 0;
+
+    // Whether the asset with this content was uploaded for any record of the database.
+    virtual bool IsUploaded(int64_t databaseId, const std::string &assetId, const std::string &content) = 0;
+
     virtual std::optional<std::string> Setting(const std::string &name) = 0;
 };
 
@@ -63,8 +69,13 @@ public:
     virtual void EnsureIndexed(
         int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields) = 0;
 
-    // Inserts or replaces the record and its indexed values, and gives it the next number of the change sequence.
+    // Inserts or replaces the record and its indexed values, and gives it the next number of the change sequence. What
+    // is known of the assets of a record that is deleted goes with it.
     virtual void Put(int64_t databaseId, StoredRecord &record, const std::vector<IndexRow> &values) = 0;
+
+    // What is known of the record's assets is this and nothing else.
+    virtual void ReplaceAssets(
+        int64_t databaseId, const std::string &recordId, const std::vector<StoredAsset> &assets) = 0;
 
     virtual void SetSetting(const std::string &name, const std::string &value) = 0;
 

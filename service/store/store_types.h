@@ -49,6 +49,15 @@ struct StoredRecord {
     std::string relations = "[]";
 };
 
+// What is known of the content of one asset of a record. An id stands in a field once.
+struct StoredAsset {
+    std::string field;
+    std::string assetId;
+    bool uploaded = false; // someone confirmed that the content is where it belongs
+    int64_t revision = 0;  // counts the contents that the asset has had
+    std::string content;   // tells contents apart; compared, never read
+};
+
 // A field's value as queries compare it: integers and booleans, doubles, texts and ids.
 using IndexedValue = std::variant<int64_t, double, std::string>;
 

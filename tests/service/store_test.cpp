@@ -132,7 +132,7 @@ TEST_F(StoreTest, DatabasesOfNewerProgramsAndOtherFilesAreRefused)
         }
         return "opened";
     };
-    EXPECT_THAT(open(path_), testing::HasSubstr("has schema version 99, this program knows versions up to 1"));
+    EXPECT_THAT(open(path_), testing::HasSubstr("has schema version 99, this program knows versions up to "));
     EXPECT_THAT(open(folder_.Path()), testing::HasSubstr("cannot use the database " + folder_.Path()));
     EXPECT_THAT(open(folder_.Path() + "/none/db"), testing::HasSubstr("cannot make " + folder_.Path() + "/none/db"));
     std::string other = folder_.Path() + "/other";
@@ -175,6 +175,38 @@ TEST_F(StoreTest, AViewThatCannotBeTakenSpoilsNoLaterOne)
     EXPECT_THROW(store_->BeginRead(), StoreError);
     other.Execute("ALTER TABLE hidden RENAME TO schema_info");
     EXPECT_EQ(store_->BeginRead()->Setting("a"), std::nullopt);
+}
+
+TEST_F(StoreTest, ADatabaseOfTheFirstProgramIsBroughtUpToDate)
+{
+    Put("a");
+    store_.reset();
+    {
+        SqliteConnection connection(path_);
+        std::vector<std::string> later;
+        SQLite::Statement &tables = connection.Prepare(
+            "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT IN"
+            " ('schema_info', 'cloud_database', 'record', 'record_value', 'indexed_type', 'setting')");
+        while (tables.executeStep()) {
+            later.push_back(tables.getColumn(0).getString());
+        }
+        for (const std::string &name : later) {
+            connection.Execute("DROP TABLE " + name);
+        }
+        connection.Execute("UPDATE schema_info SET version = 1");
+    }
+    store_ = std::make_unique<SqliteStore>(path_);
+    std::unique_ptr<WriteSession> session = store_->BeginWrite();
+    int64_t id = session->EnsureDatabase({"b", "c", 1}).id;
+    session->ReplaceAssets(id, "a", {{"f", "x", true, 3, "content"}, {"f", "y", false, 1, "content"}});
+    EXPECT_EQ(session->View().Assets(id, "a").size(), 2u);
+    EXPECT_TRUE(session->View().IsUploaded(id, "x", "content"));
+    EXPECT_FALSE(session->View().IsUploaded(id, "x", "other"));
+    EXPECT_FALSE(session->View().IsUploaded(id, "y", "content"));
+    StoredRecord tombstone = session->View().FindRecord(id, "a").value();
+    tombstone.deleted = true;
+    session->Put(id, tombstone, {});
+    EXPECT_TRUE(session->View().Assets(id, "a").empty());
 }
 
 TEST_F(StoreTest, SettingsAreKept)
