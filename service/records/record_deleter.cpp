@@ -16,9 +16,10 @@ std::optional<Failure> Judge(const DeleteContext &context, const Json::Value &js
     if (!record) {
         return Failure(ErrorCode::RECORD_NOT_FOUND, named + " does not exist", "recordId");
     }
-    if (record->recordType != context.recordType) {
+    if (record->recordType != outcome.recordType) {
         return Failure(ErrorCode::RECORD_TYPE_MISMATCH,
-            named + " is of type \"" + record->recordType + "\", not \"" + context.recordType + "\"", "recordType");
+            named + " is of type \"" + record->recordType + "\", not \"" + Excerpt(outcome.recordType) + "\"",
+            "recordType");
     }
     if (record->deleted || context.policy != SavePolicy::IF_UNCHANGED) {
         return std::nullopt;
@@ -42,7 +43,7 @@ std::optional<Failure> Judge(const DeleteContext &context, const Json::Value &js
 RecordOutcome DeleteOne(WriteSession &session, const DeleteContext &context, const Json::Value &json)
 {
     RecordOutcome outcome;
-    outcome.recordType = context.recordType;
+    outcome.recordType = context.recordType.empty() ? TextMember(json, "recordType") : context.recordType;
     outcome.recordId = TextMember(json, "recordId");
     outcome.localRecordId = outcome.recordId;
     if (outcome.recordId.empty()) {

@@ -12,7 +12,7 @@
 namespace DriveService {
 
 struct DeleteContext {
-    std::string recordType;
+    std::string recordType; // empty: each element names its own
     int64_t databaseId = 0;
     SavePolicy policy = SavePolicy::IF_UNCHANGED; // the other two delete whatever the record has become
     ChangeStamp stamp;

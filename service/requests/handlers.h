@@ -32,6 +32,11 @@ Json::Value GetServiceKey(ServiceContext &context, const Request &request);
 // write_requests.cpp
 Json::Value SaveRecords(ServiceContext &context, const Request &request);
 Json::Value DeleteRecords(ServiceContext &context, const Request &request);
+Json::Value ModifyRecords(ServiceContext &context, const Request &request);
+
+// lock_requests.cpp
+Json::Value GetLock(ServiceContext &context, const Request &request);
+Json::Value DeleteLock(ServiceContext &context, const Request &request);
 
 // fetch_requests.cpp
 Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &request);

@@ -34,6 +34,9 @@ const std::map<std::string, Handler> &Handlers()
         {"getServiceKey", GetServiceKey},
         {"saveRecords", SaveRecords},
         {"deleteRecords", DeleteRecords},
+        {"modifyRecords", ModifyRecords},
+        {"getLock", GetLock},
+        {"deleteLock", DeleteLock},
         {"fetchRecordsWithQuery", FetchRecordsWithQuery},
         {"fetchRecordWithId", FetchRecordWithId},
         {"fetchRecordWithIds", FetchRecordWithIds},
@@ -43,12 +46,43 @@ const std::map<std::string, Handler> &Handlers()
     return *handlers;
 }
 
-std::string FailureReply(const Failure &failure)
+std::string WriteReply(Json::Value reply, const std::string &uuid)
+{
+    if (!uuid.empty()) {
+        reply["uuid"] = uuid;
+    }
+    return WriteJson(reply);
+}
+
+std::string FailureReply(const Failure &failure, const std::string &uuid)
 {
     Json::Value reply(Json::objectValue);
     reply["code"] = static_cast<int>(failure.code);
     reply["error"] = failure.ToJson();
-    return WriteJson(reply);
+    return WriteReply(std::move(reply), uuid);
+}
+
+// The text of what `answer` returns, or of why it threw; an empty uuid is left out.
+template <typename Answer>
+std::string ReplyOf(const Answer &answer, const std::string &uuid) noexcept
+{
+    try {
+        std::string reply = WriteReply(answer(), uuid);
+        if (reply.size() <= MAX_PARCEL_TEXT) {
+            return reply;
+        }
+        return FailureReply(Failure(ErrorCode::REPLY_TOO_LARGE,
+                                "the reply has " + std::to_string(reply.size()) + " bytes; ask for less at a time"),
+            uuid);
+    } catch (const RequestError &refusal) {
+        return FailureReply(refusal.GetFailure(), uuid);
+    } catch (const StoreError &failure) {
+        LogError(std::string("request failed: ") + failure.what());
+        return FailureReply(Failure(ErrorCode::STORE_FAILED, failure.what()), uuid);
+    } catch (const std::exception &failure) {
+        LogError(std::string("request failed: ") + failure.what());
+        return FailureReply(Failure(ErrorCode::INTERNAL_ERROR, failure.what()), uuid);
+    }
 }
 
 } // namespace
@@ -57,13 +91,8 @@ RequestRouter::RequestRouter(ServiceContext context) : context_(std::move(contex
 {}
 
 Json::Value RequestRouter::Dispatch(
-    const std::string &text, const std::string &deviceName, const ClientCallback *callback)
+    const Json::Value &json, const std::string &deviceName, const ClientCallback *callback)
 {
-    Json::Value json;
-    std::string error;
-    if (!ParseJson(text, json, error)) {
-        throw RequestError(ErrorCode::MALFORMED_REQUEST, "the request is no JSON: " + error);
-    }
     if (!json.isObject()) {
         throw RequestError(ErrorCode::MALFORMED_REQUEST, "a request is an object, came " + DescribeJson(json));
     }
@@ -81,22 +110,21 @@ Json::Value RequestRouter::Dispatch(
 std::string RequestRouter::Answer(
     const std::string &text, const std::string &deviceName, const ClientCallback *callback) noexcept
 {
-    try {
-        std::string reply = WriteJson(Dispatch(text, deviceName, callback));
-        if (reply.size() <= MAX_PARCEL_TEXT) {
-            return reply;
+    auto answer = [&] {
+        Json::Value json;
+        std::string error;
+        if (!ParseJson(text, json, error)) {
+            throw RequestError(ErrorCode::MALFORMED_REQUEST, "the request is no JSON: " + error);
         }
-        return FailureReply(Failure(ErrorCode::REPLY_TOO_LARGE,
-            "the reply has " + std::to_string(reply.size()) + " bytes; ask for less at a time"));
-    } catch (const RequestError &refusal) {
-        return FailureReply(refusal.GetFailure());
-    } catch (const StoreError &failure) {
-        LogError(std::string("request failed: ") + failure.what());
-        return FailureReply(Failure(ErrorCode::STORE_FAILED, failure.what()));
-    } catch (const std::exception &failure) {
-        LogError(std::string("request failed: ") + failure.what());
-        return FailureReply(Failure(ErrorCode::INTERNAL_ERROR, failure.what()));
-    }
+        return Dispatch(json, deviceName, callback);
+    };
+    return ReplyOf(answer, "");
+}
+
+std::string RequestRouter::AnswerWithUuid(const Json::Value &json, const std::string &uuid,
+    const std::string &deviceName, const ClientCallback *callback) noexcept
+{
+    return ReplyOf([&] { return Dispatch(json, deviceName, callback); }, uuid);
 }
 
 } // namespace DriveService

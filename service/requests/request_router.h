@@ -20,8 +20,12 @@ public:
     std::string Answer(
         const std::string &text, const std::string &deviceName, const ClientCallback *callback = nullptr) noexcept;
 
+    // For a request that has been read already; every answer gets its "uuid".
+    std::string AnswerWithUuid(const Json::Value &json, const std::string &uuid, const std::string &deviceName,
+        const ClientCallback *callback) noexcept;
+
 private:
-    Json::Value Dispatch(const std::string &text, const std::string &deviceName, const ClientCallback *callback);
+    Json::Value Dispatch(const Json::Value &json, const std::string &deviceName, const ClientCallback *callback);
 
     ServiceContext context_;
 };

@@ -3,68 +3,32 @@
 
 #include "requests/handlers.h"
 
-#include "account/record_id_rules.h"
-#include "account/settings.h"
-#include "records/limits.h"
+#include <algorithm>
+
 #include "records/record_deleter.h"
-#include "records/record_json.h"
-#include "records/record_saver.h"
+#include "requests/write_support.h"
 
 namespace DriveService {
 
 namespace {
 
-// The array of records of a write, within the container's bound.
-const Json::Value &BatchOf(const Request &request, const Target &target)
+bool AnyRefused(const std::vector<RecordOutcome> &outcomes)
 {
-    const Json::Value &records = request.Array("records");
-    if (records.size() > target.container->maxBatchNumber) {
-        throw RequestError(ErrorCode::BATCH_TOO_LARGE,
-            "the request has " + std::to_string(records.size()) + " records, container \"" + target.container->name +
-                "\" takes at most " + std::to_string(target.container->maxBatchNumber) + " at once",
-            "records");
-    }
-    return records;
+    return std::any_of(
+        outcomes.begin(), outcomes.end(), [](const RecordOutcome &outcome) { return outcome.failure.has_value(); });
 }
 
-SavePolicy PolicyOf(const Request &request)
+// Nothing of the request was done: no outcome may show what would have become of its record.
+void MarkNotApplied(std::vector<RecordOutcome> &outcomes)
 {
-    return static_cast<SavePolicy>(request.Integer(
-        "savePolicy", static_cast<int64_t>(SavePolicy::IF_UNCHANGED), static_cast<int64_t>(SavePolicy::OVERWRITE)));
-}
-
-ChangeStamp StampOf(const ServiceContext &context, const Request &request, const Target &target)
-{
-    return {context.nowMs(), request.DeviceName(), target.app->appId};
-}
-
-Json::Value OutcomesToJson(const std::vector<RecordOutcome> &outcomes)
-{
-    Json::Value list(Json::arrayValue);
-    size_t bytes = 0;
-    for (const RecordOutcome &outcome : outcomes) {
-        bool echoes = false;
-        if (outcome.record) {
-            bytes += ReplyBytesOf(*outcome.record);
-            echoes = bytes <= MAX_ECHOED_BYTES;
+    for (RecordOutcome &outcome : outcomes) {
+        outcome.record.reset();
+        if (!outcome.failure) {
+            outcome.failure = Failure(ErrorCode::NOT_APPLIED,
+                "another record of the request was refused, and the request is to be done as a whole or not at all",
+                "atomic");
         }
-        Json::Value json;
-        if (outcome.failure) {
-            json = RecordFailureToJson(*outcome.failure, outcome.recordId, outcome.localRecordId, outcome.recordType);
-            if (outcome.record && echoes) {
-                json["currentRecord"] = RecordToJson(*outcome.record);
-            }
-        } else {
-            json = RecordToJson(*outcome.record);
-            json["localRecordId"] = outcome.localRecordId;
-            if (!echoes) {
-                json.removeMember("record");
-                json.removeMember("relations");
-            }
-        }
-        list.append(std::move(json));
     }
-    return list;
 }
 
 } // namespace
@@ -72,16 +36,12 @@ Json::Value OutcomesToJson(const std::vector<RecordOutcome> &outcomes)
 Json::Value SaveRecords(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
-    const Json::Value &records = BatchOf(request, target);
-    SaveContext save{*target.app, *target.container, 0, PolicyOf(request), StampOf(context, request, target), "", {}};
-    // Everything that begins sessions of its own comes before the write session.
-    save.ownerId = AccountId(context.store);
-    EffectiveIdRule idRule = FindIdRule(context.store, target.key.bundleName, *target.container);
-    save.makeRecordId = [&idRule] { return MakeRecordId(idRule); };
+    CheckBatch(request, target, {"records"});
+    SaveContext save = MakeSaveContext(context, request, target, PolicyOf(request));
 
-    std::unique_ptr<WriteSession> session = context.store.BeginWrite();
+    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target);
     save.databaseId = session->EnsureDatabase(target.key).id;
-    std::vector<RecordOutcome> outcomes = RecordSaver(*session, save).Save(records);
+    std::vector<RecordOutcome> outcomes = RecordSaver(*session, save).Save(request.Array("records"));
     session->Commit();
     session.reset();
 
@@ -93,18 +53,45 @@ Json::Value SaveRecords(ServiceContext &context, const Request &request)
 Json::Value DeleteRecords(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
-    const Json::Value &records = BatchOf(request, target);
+    CheckBatch(request, target, {"records"});
     FindRecordType(target, request);
     DeleteContext deletion{request.Text("recordType"), 0, PolicyOf(request), StampOf(context, request, target)};
 
-    std::unique_ptr<WriteSession> session = context.store.BeginWrite();
+    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target);
     deletion.databaseId = session->EnsureDatabase(target.key).id;
-    std::vector<RecordOutcome> outcomes = DeleteRecordsIn(*session, deletion, records);
+    std::vector<RecordOutcome> outcomes = DeleteRecordsIn(*session, deletion, request.Array("records"));
     session->Commit();
     session.reset();
 
     Json::Value reply = Success();
     reply["records"] = OutcomesToJson(outcomes);
+    return reply;
+}
+
+// Deletions come first, so that a record may take over what a deleted one had to itself.
+Json::Value ModifyRecords(ServiceContext &context, const Request &request)
+{
+    Target target = FindTarget(context, request);
+    CheckBatch(request, target, {"recordsToSave", "recordsToDelete"});
+    bool atomic = request.BooleanOr("atomic", false);
+    SaveContext save = MakeSaveContext(context, request, target, PolicyOf(request));
+    DeleteContext deletion{"", 0, save.policy, save.stamp};
+
+    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target);
+    save.databaseId = deletion.databaseId = session->EnsureDatabase(target.key).id;
+    std::vector<RecordOutcome> deleted = DeleteRecordsIn(*session, deletion, request.Array("recordsToDelete"));
+    std::vector<RecordOutcome> saved = RecordSaver(*session, save).Save(request.Array("recordsToSave"));
+    if (atomic && (AnyRefused(deleted) || AnyRefused(saved))) {
+        MarkNotApplied(deleted);
+        MarkNotApplied(saved);
+    } else {
+        session->Commit();
+    }
+    session.reset();
+
+    Json::Value reply = Success();
+    reply["recordsToSave"] = OutcomesToJson(saved);
+    reply["recordsToDelete"] = OutcomesToJson(deleted);
     return reply;
 }
 

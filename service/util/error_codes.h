@@ -21,6 +21,7 @@ enum class ErrorCode : int {
     INVALID_QUERY = 1009,       // "queryParam" cannot be understood or asks for what the schema does not allow
     UNKNOWN_FIELD = 1010,       // a name that the record type has no field for
     REPLY_TOO_LARGE = 1011,     // the answer does not fit into one reply: ask for less at a time
+    LOCK_HELD = 1012,           // another session holds the container's lock
 
     // One record was refused; others of the same request are not touched by that.
     INVALID_RECORD = 1101,       // the record's own members (id, type, relations ...) are wrong
@@ -33,6 +34,7 @@ enum class ErrorCode : int {
     UNKNOWN_REFERENCE = 1108,    // a reference names no live record of the right type
     UNKNOWN_RELATION = 1109,     // a relation that the schema lacks, or one to no live record of the right type
     RECORD_TYPE_MISMATCH = 1110, // the id belongs to a record of another type
+    NOT_APPLIED = 1111,          // nothing is wrong with it, but with another record of the same atomic request
 
     // The service failed; the same request may succeed later.
     STORE_FAILED = 1201,   // the database could not be read or written

@@ -22,6 +22,8 @@ ErrorType TypeOf(ErrorCode code)
         case ErrorCode::DUPLICATE_RECORD:
         case ErrorCode::UNKNOWN_REFERENCE:
         case ErrorCode::UNKNOWN_RELATION:
+        case ErrorCode::NOT_APPLIED:
+        case ErrorCode::LOCK_HELD:
             return ErrorType::STATE;
         case ErrorCode::STORE_FAILED:
         case ErrorCode::INTERNAL_ERROR:
@@ -56,6 +58,8 @@ const char *ReasonOf(ErrorCode code)
             return "UNKNOWN_FIELD";
         case ErrorCode::REPLY_TOO_LARGE:
             return "REPLY_TOO_LARGE";
+        case ErrorCode::LOCK_HELD:
+            return "LOCK_HELD";
         case ErrorCode::INVALID_RECORD:
             return "INVALID_RECORD";
         case ErrorCode::INVALID_FIELD:
@@ -76,6 +80,8 @@ const char *ReasonOf(ErrorCode code)
             return "UNKNOWN_RELATION";
         case ErrorCode::RECORD_TYPE_MISMATCH:
             return "RECORD_TYPE_MISMATCH";
+        case ErrorCode::NOT_APPLIED:
+            return "NOT_APPLIED";
         case ErrorCode::STORE_FAILED:
             return "STORE_FAILED";
         case ErrorCode::INTERNAL_ERROR:

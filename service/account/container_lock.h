@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_SERVICE_ACCOUNT_CONTAINER_LOCK_H
+#define NUBIS_SERVICE_ACCOUNT_CONTAINER_LOCK_H
+
+#include <string>
+
+#include "store/store.h"
+
+namespace DriveService {
+
+// How long a lock lasts from when it was taken or renewed.
+constexpr int64_t LOCK_SECONDS = 60;
+
+// The lock on a container, kept in the store. It covers all of the container's databases, because requests for it name
+// none. A session's id is its key: who knows it may write. Lives no longer than the session that it works in.
+class ContainerLock {
+public:
+    ContainerLock(WriteSession &session, const DatabaseKey &key, int64_t nowMs);
+
+    // Gives the lock to the session, anew if it holds it already, and returns the session's id. A session whose lock
+    // has run out, and that nobody took meanwhile, goes on; any other id begins a new one. Throws RequestError
+    // (LOCK_HELD) when another session holds it.
+    std::string Take(const std::string &sessionId);
+
+    // The lock is free afterwards, also when it was before. Throws as above.
+    void Release(const std::string &sessionId);
+
+    // Throws as above.
+    void RequireFree(const std::string &sessionId) const;
+
+private:
+    bool IsHeld() const;
+    void Keep();
+
+    WriteSession &session_;
+    const std::string setting_;
+    const std::string containerName_;
+    const int64_t nowMs_;
+    std::string holder_; // the last one; empty: none
+    int64_t expiresMs_ = 0;
+};
+
+} // namespace DriveService
+
+#endif // NUBIS_SERVICE_ACCOUNT_CONTAINER_LOCK_H

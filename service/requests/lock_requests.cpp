@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "requests/handlers.h"
+
+#include "account/container_lock.h"
+
+namespace DriveService {
+
+Json::Value GetLock(ServiceContext &context, const Request &request)
+{
+    Target target = FindTarget(context, request);
+    std::string wanted = request.TextOr("lockSessionId", "");
+    std::unique_ptr<WriteSession> session = context.store.BeginWrite();
+    std::string sessionId = ContainerLock(*session, target.key, context.nowMs()).Take(wanted);
+    session->Commit();
+    Json::Value reply = Success();
+    reply["lockSessionId"] = sessionId;
+    reply["lockInterval"] = Json::Int64(LOCK_SECONDS);
+    return reply;
+}
+
+Json::Value DeleteLock(ServiceContext &context, const Request &request)
+{
+    Target target = FindTarget(context, request);
+    std::string sessionId = request.NonEmptyText("lockSessionId");
+    std::unique_ptr<WriteSession> session = context.store.BeginWrite();
+    ContainerLock(*session, target.key, context.nowMs()).Release(sessionId);
+    session->Commit();
+    return Success();
+}
+
+} // namespace DriveService
