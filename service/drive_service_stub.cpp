@@ -3,11 +3,14 @@
 
 #include "drive_service_stub.h"
 
+#include <memory>
 #include <optional>
+#include <utility>
 
 #include "host/calling_peer.h"
 #include "ipc_types.h"
 #include "message_parcel.h"
+#include "util/json_util.h"
 #include "util/log.h"
 #include "util/parcel_text.h"
 
@@ -23,26 +26,78 @@ std::optional<ClientCallback> ReadCallback(OHOS::MessageParcel &parcel)
     return object == nullptr ? std::nullopt : std::make_optional<ClientCallback>(object);
 }
 
+// A request whose transaction has ended.
+struct PendingRequest {
+    Json::Value json;
+    std::string uuid;
+    std::string deviceName;
+    ClientCallback callback;
+};
+
+void AnswerPending(RequestRouter &router, const PendingRequest &request)
+{
+    std::string answer = router.AnswerWithUuid(request.json, request.uuid, request.deviceName, &request.callback);
+    if (!request.callback.Call(answer)) {
+        LogError("the reply to request " + Excerpt(request.uuid) + " was dropped");
+    }
+}
+
 } // namespace
 
-DriveServiceStub::DriveServiceStub(RequestRouter &router) : OHOS::IPCObjectStub(DESCRIPTOR), router_(router)
+DriveServiceStub::DriveServiceStub(RequestRouter &router, RequestPool &pool)
+    : OHOS::IPCObjectStub(DESCRIPTOR), router_(router), pool_(pool)
 {}
 
 int DriveServiceStub::OnRemoteRequest(
     uint32_t code, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &option)
 {
-    if (code != TRANSACTION_SYNC) {
+    if (code != TRANSACTION_SYNC && code != TRANSACTION_ASYNC) {
         return OHOS::IPCObjectStub::OnRemoteRequest(code, data, reply, option);
     }
     if (data.ReadInterfaceToken() != DESCRIPTOR) {
         LogError("a request with a wrong interface token was refused");
         return OHOS::ERR_INVALID_STATE;
     }
+    if (code == TRANSACTION_ASYNC) {
+        return AnswerLater(data);
+    }
+    AnswerAtOnce(data, reply);
+    return OHOS::ERR_NONE;
+}
+
+void DriveServiceStub::AnswerAtOnce(OHOS::MessageParcel &data, OHOS::MessageParcel &reply)
+{
     std::string text = ReadText(data);
     std::optional<ClientCallback> callback = ReadCallback(data);
     std::string answer = router_.Answer(text, Host::GetCallingPeer().deviceName, callback ? &*callback : nullptr);
     if (!reply.WriteInt32(OHOS::ERR_NONE) || !WriteText(reply, answer)) {
         LogError("a reply of " + std::to_string(answer.size()) + " bytes did not fit into its parcel");
+    }
+}
+
+int DriveServiceStub::AnswerLater(OHOS::MessageParcel &data)
+{
+    Json::Value json;
+    std::string error;
+    if (!ParseJson(ReadText(data), json, error)) {
+        LogError("an asynchronous request that is no JSON was refused: " + error);
+        return OHOS::ERR_INVALID_DATA;
+    }
+    std::string uuid = TextMember(json, "uuid");
+    if (uuid.empty()) {
+        LogError("an asynchronous request without a uuid was refused");
+        return OHOS::ERR_INVALID_DATA;
+    }
+    std::optional<ClientCallback> callback = ReadCallback(data);
+    if (!callback) {
+        LogError("the asynchronous request " + Excerpt(uuid) + " has no object to be answered by");
+        return OHOS::ERR_NULL_OBJECT;
+    }
+    auto request = std::make_shared<const PendingRequest>(
+        PendingRequest{std::move(json), std::move(uuid), Host::GetCallingPeer().deviceName, *std::move(callback)});
+    if (!pool_.Post([&router = router_, request] { AnswerPending(router, *request); })) {
+        LogError("the asynchronous request " + Excerpt(request->uuid) + " came when no more could be taken");
+        return OHOS::ERR_TRANSACTION_FAILED;
     }
     return OHOS::ERR_NONE;
 }

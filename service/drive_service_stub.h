@@ -7,6 +7,7 @@
 #include <string>
 
 #include "ipc_object_stub.h"
+#include "requests/request_pool.h"
 #include "requests/request_router.h"
 
 namespace DriveService {
@@ -19,21 +20,32 @@ namespace DriveService {
 //
 //   int32 result (0) | int32 length | the reply text as raw data
 //
-// Called on IPC threads, several at once. The router must live as long.
+// What transaction 3 may add, and transaction 4 must, is the client's callback object. The reply parcel of transaction 4
+// is empty; the answer comes by that object, with the request's "uuid", perhaps before the transaction has ended.
+//
+// Called on IPC threads, several at once. The router must live as long, and as long as the pool works.
 class DriveServiceStub : public OHOS::IPCObjectStub {
 public:
     // A request that is answered in its own transaction.
     static constexpr uint32_t TRANSACTION_SYNC = 3;
+    // A request that is answered by the callback object.
+    static constexpr uint32_t TRANSACTION_ASYNC = 4;
 
-    explicit DriveServiceStub(RequestRouter &router);
+    explicit DriveServiceStub(RequestRouter &router, RequestPool &pool = RequestPool::Get());
 
     // A wrong interface token gives ERR_INVALID_STATE, and a transaction other than those above
-    // IPC_STUB_UNKNOW_TRANS_ERR; both leave the reply empty.
+    // IPC_STUB_UNKNOW_TRANS_ERR. Transaction 4 gives ERR_INVALID_DATA for a text that is no JSON object with a "uuid",
+    // ERR_NULL_OBJECT without a callback object, and ERR_TRANSACTION_FAILED when the pool takes no more. All of them
+    // leave the reply empty and nothing is run.
     int OnRemoteRequest(
         uint32_t code, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &option) override;
 
 private:
+    void AnswerAtOnce(OHOS::MessageParcel &data, OHOS::MessageParcel &reply);
+    int AnswerLater(OHOS::MessageParcel &data);
+
     RequestRouter &router_;
+    RequestPool &pool_;
 };
 
 } // namespace DriveService

@@ -12,7 +12,9 @@
 #include "command_line.h"
 #include "drive_service_stub.h"
 #include "host/ability_server.h"
+#include "requests/request_pool.h"
 #include "service_instance.h"
+#include "util/log.h"
 
 namespace {
 
@@ -21,6 +23,9 @@ using DriveService::ServiceInstance;
 
 constexpr const char *BUNDLE_NAME = "com.orvane.tyra.aerostash";
 constexpr const char *ABILITY_NAME = "DriveServiceAbility";
+
+// Longer than any request takes, unless it waits for a client that does not answer.
+constexpr std::chrono::seconds FINISH_TIME(10);
 
 std::atomic<Host::AbilityServer *> g_server{nullptr};
 
@@ -40,6 +45,11 @@ int Serve(const DriveService::ServeOptions &options)
     serverOptions.abilityName = ABILITY_NAME;
     serverOptions.userId = options.userId;
     serverOptions.idleTimeout = std::chrono::seconds(options.idleSeconds);
+    serverOptions.beforeClose = [] {
+        if (!DriveService::RequestPool::Get().Finish(FINISH_TIME)) {
+            DriveService::LogError("the service ends although requests are still being answered");
+        }
+    };
     Host::AbilityServer server(serverOptions, new DriveServiceStub(instance->Router()));
     g_server = &server;
     std::signal(SIGINT, StopServer);

@@ -96,6 +96,9 @@ public:
             }
             wasBusy = isBusy;
         }
+        if (listener_ && options_.beforeClose) {
+            options_.beforeClose();
+        }
         Close();
     }
 

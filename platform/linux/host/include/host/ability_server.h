@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -21,6 +22,9 @@ struct AbilityServerOptions {
     int32_t userId = 100;
     // Run returns when nobody has been connected for this long; zero or less: never for that reason.
     std::chrono::milliseconds idleTimeout{0};
+    // Called once by Run when it is about to return, before the connected clients are cut off: the place to finish what
+    // they wait for. Clients that connect meanwhile wait too. May be empty.
+    std::function<void()> beforeClose;
 };
 
 // Offers one ability of this process to the processes of the same user on this machine. Owned by the service program.
