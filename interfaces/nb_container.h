@@ -10,6 +10,7 @@
 
 #include <json/forwards.h>
 
+#include "nb_subscription.h"
 #include "nb_types.h"
 #include "nubis_export.h"
 
@@ -51,10 +52,31 @@ public:
     // Null when the container was made without one.
     std::shared_ptr<NubisNative> GetNubis() const;
 
+    // Asks the service to notify the current demon of the kit (NubisNative::GetCloudSyncSaName) of changes in this
+    // container until the subscription expires. A kit without a demon leaves the receiver to the service.
+    void SaveSubscription(
+        std::shared_ptr<NBContext> context, NBSubscription &subscription, NBSubscriptionCallback callback);
+    // Ends the subscription of this id.
+    void DeleteSubscription(std::shared_ptr<NBContext> context, std::string id, NBErrorCallback callback);
+    // Asks the service to notify the subscription of this id as if the container had changed.
+    void ChangesNotify(std::shared_ptr<NBContext> context, std::string id, NBErrorCallback callback);
+    // What the three above do on their worker task: at most 60 s, then the callback. A container without a kit sends
+    // nothing: NB_LOCAL_KIT_GONE.
+    void InnerSaveSubscription(
+        std::shared_ptr<NBContext> context, Json::Value request, NBSubscriptionCallback callback);
+    void InnerDelSubscription(std::shared_ptr<NBContext> context, Json::Value request, NBErrorCallback callback);
+    void InnerChangeNotify(std::shared_ptr<NBContext> context, Json::Value request, NBErrorCallback callback);
+
     // Puts the trace ids of the context into the request, each only if the context has it.
     void AddTraceId(const std::shared_ptr<NBContext> &context, Json::Value &request) const;
 
 private:
+    Json::Value MakeSubscriptionRequest(const char *function) const;
+    Json::Value MakeSubscriptionRequest(const char *function, const std::string &id) const;
+    // Sends through the kit, which must be there.
+    template <typename ReadReply>
+    NBError Exchange(const Json::Value &request, ReadReply &&readReply);
+
     const std::shared_ptr<NubisNative> nubis_;
     // Written by Init only.
     std::shared_ptr<NBDatabase> publicDatabase_;

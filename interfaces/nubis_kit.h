@@ -16,12 +16,14 @@
 
 #include "nb_app_info.h"
 #include "nb_error.h"
+#include "nb_subscription.h"
 #include "nb_types.h"
 #include "nubis_export.h"
 
 namespace Nubis {
 class DriveServiceProxy;
 class NBContainer;
+class NBContext;
 class NBReport;
 
 // The entry to the library: one instance per operating-system user, shared by every caller in the process.
@@ -145,10 +147,35 @@ public:
     // False, with the unknown status, for a value of 4 or more.
     bool IntToSwitchStatus(int value, NBAppSwitchStatus &status);
 
+    // Ask for, or end, many subscriptions in one request, which may take as long as the service needs. Each receiver is
+    // the current demon, as with NBContainer::SaveSubscription. The context is only handed on to the callback.
+    void BatchSaveSubscription(std::shared_ptr<NBContext> context, std::vector<NBContainerSubscription> &subscriptions,
+        NBBatchSubscriptionCallback callback);
+    void BatchDeleteSubscription(std::shared_ptr<NBContext> context,
+        std::vector<NBContainerSubscription> &subscriptions, NBBatchSubscriptionCallback callback);
+    // What the two above do on their worker task. A reply without an array of results is NB_LOCAL_BAD_DATA.
+    void InnerBatchSaveSubscription(
+        std::shared_ptr<NBContext> context, Json::Value request, NBBatchSubscriptionCallback callback);
+    void InnerBatchDelSubscription(
+        std::shared_ptr<NBContext> context, Json::Value request, NBBatchSubscriptionCallback callback);
+
+    // Whether a notification comes from the cloud side unchanged: checks its signature with the push key that
+    // GetCloudUserInfo fetched last. NB_LOCAL_BAD_NOTIFICATION when it is no object or key or signature is missing,
+    // NB_LOCAL_UNEXPECTED_REPLY when the signature is wrong. Only texts are protected: a member of another kind counts as
+    // one of empty value.
+    NBError VerifyNotificationFromJson(const Json::Value &notification);
+    // Takes a notification apart, without verifying it. Names are replaced, lists and properties are added to those that
+    // the event has; what is missing or malformed is left out. Never an error.
+    NBError ResolveNotificationEvent(const std::string &notification, NBRecordChangeEvent &event);
+    // The same for the parts, each a JSON text.
+    NBError ResolveNotificationEvent(const std::string &databaseScopes, const std::string &recordTypes,
+        const std::string &properties, const std::string &context, NBRecordChangeEvent &event);
+
 protected:
     explicit NubisNative(int userId);
 
 private:
+    friend class NBContainer;
     friend class NBDatabase;
 
     // The two values of the selector.
@@ -156,6 +183,8 @@ private:
     static constexpr int FILE_KIND = 1;
     // Of the kit's own requests, in seconds.
     static constexpr int REQUEST_TIMEOUT = 60;
+    // The form of signatures that the library can verify.
+    static constexpr int SIGN_VERSION = 2;
 
     // Entries of one kind under the lock that guards them. A catalogue lock may be held while a container lock is
     // taken, never the other way round.
@@ -179,6 +208,9 @@ private:
     NBError SendInPlace(Json::Value &request, Json::Value &reply, int timeout);
     NBError JudgeReply(const std::string &replyText, const std::string &traceId, Json::Value &reply);
 
+    // Says in a subscription where to notify and with which key to sign; nothing without a demon.
+    void AddNotificationTarget(Json::Value &subscription) const;
+
     Containers containers_;
     Containers fileContainers_;
     AppInfos appInfos_;
@@ -190,7 +222,8 @@ private:
     std::atomic<NBCloudSyncDemon> syncDemon_{NB_SYNC_DEMON_NONE};
     mutable std::mutex userInfoMutex_;
     std::string pushKeyId_;
-    std::string pushKeyValue_;
+    // Never null. Replaced and read atomically, because notifications are verified without the lock above.
+    std::shared_ptr<const std::string> pushKeyValue_ = std::make_shared<const std::string>();
     std::atomic<int32_t> saVersion_{0};
 };
 } // namespace Nubis

@@ -4,13 +4,12 @@
 #ifndef NUBIS_NB_DATABASE_WORKER_H
 #define NUBIS_NB_DATABASE_WORKER_H
 
-#include <exception>
 #include <utility>
 
 #include <json/value.h>
 
+#include "exchange.h"
 #include "json_helper.h"
-#include "log.h"
 #include "nb_database.h"
 #include "start_task.h"
 
@@ -27,23 +26,11 @@ void NBDatabase::StartWorker(void (NBDatabase::*inner)(Parameters...), Arguments
     StartTask(inner, shared_from_this(), std::forward<Arguments>(arguments)...);
 }
 
-// Sends the request and, when it succeeded, lets readReply(reply, error) take the reply apart. A reply that cannot be
-// read is NB_LOCAL_BAD_DATA: whoever waits for the outcome must get one.
 template <typename ReadReply>
 NBError NBDatabase::Exchange(Json::Value &request, int timeout, ReadReply &&readReply)
 {
-    NBError error;
-    try {
-        Json::Value reply;
-        error = SendDataToCloudSrv(request, reply, timeout);
-        if (!error.HasError()) {
-            readReply(reply, error);
-        }
-    } catch (const std::exception &e) {
-        NB_LOGE("handle reply failed, %{public}s", e.what());
-        error.SetLocalError(NB_LOCAL_BAD_DATA);
-    }
-    return error;
+    return Nubis::Exchange([&](Json::Value &reply) { return SendDataToCloudSrv(request, reply, timeout); },
+        std::forward<ReadReply>(readReply));
 }
 
 // Sends one request for each record type, types in ascending order, and gathers the results of all.

@@ -13,7 +13,6 @@
 // The signed-in cloud user.
 namespace Nubis {
 namespace {
-constexpr int SIGN_VERSION = 2;
 constexpr int32_t CLOUD_STATUS_END = 5;
 
 // Ends the reporting of events in the name of the cloud user.
@@ -75,7 +74,7 @@ NBError NubisNative::GetUserInfoFromJson(const Json::Value &reply, NBUserInfo &u
     userInfo.pushKeyValue = JsonHelper::GetStringFromJson(*user, "pushKeyValue");
     std::lock_guard<std::mutex> lock(userInfoMutex_);
     pushKeyId_ = userInfo.pushKeyId;
-    pushKeyValue_ = userInfo.pushKeyValue;
+    std::atomic_store(&pushKeyValue_, std::make_shared<const std::string>(userInfo.pushKeyValue));
     return NBError();
 }
 

@@ -1,0 +1,241 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <chrono>
+#include <functional>
+#include <future>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "kit_fixture.h"
+#include "log_capture.h"
+#include "nb_context.h"
+
+namespace {
+using namespace Nubis;
+using NubisTest::BUNDLE;
+using NubisTest::JsonText;
+using NubisTest::ParseJson;
+using testing::ElementsAre;
+
+// A callback and the waiting for it. A second call ends the test program.
+template <typename... Parts>
+class Outcome {
+public:
+    std::function<void(std::shared_ptr<NBContext>, Parts...)> Callback()
+    {
+        return [promise = promise_](std::shared_ptr<NBContext> context, auto &&...parts) {
+            promise->set_value({std::move(context), std::forward<decltype(parts)>(parts)...});
+        };
+    }
+
+    std::tuple<std::shared_ptr<NBContext>, std::decay_t<Parts>...> Wait()
+    {
+        auto future = promise_->get_future();
+        if (future.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
+            throw std::runtime_error("the callback did not come");
+        }
+        return future.get();
+    }
+
+private:
+    using Values = std::tuple<std::shared_ptr<NBContext>, std::decay_t<Parts>...>;
+    std::shared_ptr<std::promise<Values>> promise_ = std::make_shared<std::promise<Values>>();
+};
+
+using SaveOutcome = Outcome<std::shared_ptr<NBContainer>, NBSubscriptionResult &>;
+using ErrorOutcome = Outcome<const NBError &>;
+using BatchOutcome = Outcome<const std::vector<NBContainerSubscriptionResult> &, const NBError &>;
+
+class SubscriptionTest : public NubisTest::KitTest {
+protected:
+    SubscriptionTest() : container_(std::make_shared<NBContainer>(BUNDLE, "main", kit_, 1))
+    {
+        kit_->GetUserInfoFromJson(ParseJson(R"({"userInfo": {"pushKeyId": "key-7"}})"), userInfo_);
+    }
+
+    // The last request without what every request carries.
+    Json::Value Sent(const std::string &function)
+    {
+        Json::Value request = LastRequest(function);
+        for (const char *name : {"function", "nbVersion", "saVersion"}) {
+            EXPECT_TRUE(request.isMember(name)) << name;
+            request.removeMember(name);
+        }
+        return request;
+    }
+
+    NBSubscriptionResult Save(const std::shared_ptr<NBContainer> &container)
+    {
+        NBSubscription subscription{5000000000};
+        SaveOutcome outcome;
+        const auto context = NubisTest::ContextOf("t", "p");
+        container->SaveSubscription(context, subscription, outcome.Callback());
+        auto [handedBack, asked, result] = outcome.Wait();
+        EXPECT_EQ(handedBack, context);
+        EXPECT_EQ(asked, container);
+        return result;
+    }
+
+    using BatchCall = void (NubisNative::*)(
+        std::shared_ptr<NBContext>, std::vector<NBContainerSubscription> &, NBBatchSubscriptionCallback);
+
+    std::pair<std::vector<NBContainerSubscriptionResult>, NBError> Batch(BatchCall call)
+    {
+        std::vector<NBContainerSubscription> subscriptions{{BUNDLE, "main", "i1", 1}, {"b", "c", "i2", -5000000000}};
+        BatchOutcome outcome;
+        (kit_.get()->*call)(nullptr, subscriptions, outcome.Callback());
+        auto [context, results, error] = outcome.Wait();
+        return {results, error};
+    }
+
+    NBUserInfo userInfo_;
+    std::shared_ptr<NBContainer> container_;
+};
+
+TEST_F(SubscriptionTest, SavingSaysWhereAndHowToNotify)
+{
+    service_->Answer("saveSubscription", R"({"id": "s-1", "expirationTime": 4999999999})");
+    NBSubscriptionResult result = Save(container_);
+    EXPECT_FALSE(result.error.HasError());
+    EXPECT_EQ(result.id, "s-1");
+    EXPECT_EQ(result.expirationTime, 4999999999);
+    Json::Value expected = ParseJson(R"({"bundleName": "com.example.notes", "containerName": "main", "syncDemon": "1",
+        "expirationTime": 5000000000, "saName": "cloudFile_notifyDataChange", "signVersion": 2, "keyId": "key-7",
+        "traceId": "t", "prepareTraceId": "p"})");
+    EXPECT_EQ(Sent("saveSubscription"), expected);
+
+    NubisNative::GetInstance(userId_, NB_SYNC_DEMON_NONE);
+    service_->Answer("saveSubscription", R"({"id": 5, "expirationTime": "soon"})");
+    result = Save(container_);
+    EXPECT_FALSE(result.error.HasError());
+    EXPECT_EQ(result.id, "");
+    EXPECT_EQ(result.expirationTime, 0);
+    for (const char *name : {"saName", "signVersion", "keyId"}) {
+        expected.removeMember(name);
+    }
+    EXPECT_EQ(Sent("saveSubscription"), expected);
+
+    service_->Answer("saveSubscription", R"({"code": 9, "error": {"description": "no"}, "id": "s-2"})");
+    result = Save(container_);
+    EXPECT_EQ(result.error.GetServerErrorCode(), 9);
+    EXPECT_EQ(result.id, "");
+}
+
+TEST_F(SubscriptionTest, DeletingAndAskingForANotificationNameTheSubscription)
+{
+    const Json::Value expected =
+        ParseJson(R"({"bundleName": "com.example.notes", "containerName": "main", "syncDemon": "1", "id": "s-1"})");
+    using Call = void (NBContainer::*)(std::shared_ptr<NBContext>, std::string, NBErrorCallback);
+    for (const auto &[function, call] :
+        std::map<std::string, Call>{
+            {"deleteSubscription", &NBContainer::DeleteSubscription}, {"changesNotify", &NBContainer::ChangesNotify}}) {
+        for (const int code : {0, 9}) {
+            service_->Answer(function, R"({"error": {}, "code": )" + std::to_string(code) + "}");
+            ErrorOutcome outcome;
+            (container_.get()->*call)(std::make_shared<NBContext>(), "s-1", outcome.Callback());
+            const auto [context, error] = outcome.Wait();
+            EXPECT_NE(context, nullptr);
+            EXPECT_EQ(error.GetServerErrorCode(), code) << function;
+        }
+        Json::Value sent = Sent(function);
+        EXPECT_NE(sent["traceId"].asString(), "") << "the kit adds one";
+        sent.removeMember("traceId");
+        EXPECT_EQ(sent, expected);
+    }
+}
+
+TEST_F(SubscriptionTest, AContainerWithoutAKitSendsNothing)
+{
+    const auto orphan = std::make_shared<NBContainer>(BUNDLE, "main", nullptr, 0);
+    NubisTest::LogCapture log;
+    EXPECT_EQ(Save(orphan).error.GetLocalErrorCode(), 22);
+    EXPECT_THAT(log.TakeErrors(), ElementsAre("save subscription failed, nubis is null"));
+    ErrorOutcome deleted;
+    orphan->DeleteSubscription(nullptr, "s-1", deleted.Callback());
+    EXPECT_EQ(std::get<NBError>(deleted.Wait()).GetLocalErrorCode(), 22);
+    EXPECT_THAT(log.TakeErrors(), ElementsAre("del subscription failed, nubis is null"));
+    ErrorOutcome notified;
+    orphan->ChangesNotify(nullptr, "s-1", notified.Callback());
+    EXPECT_EQ(std::get<NBError>(notified.Wait()).GetLocalErrorCode(), 22);
+    EXPECT_THAT(log.TakeErrors(), ElementsAre("change notify failed, nubis is null"));
+}
+
+TEST_F(SubscriptionTest, ABatchHasOneResultForEachItem)
+{
+    service_->Answer("batchSaveSubscription", R"({"subscriptions": [
+        {"bundleName": "com.example.notes", "containerName": "main", "id": "i1", "expirationTime": 7},
+        {"code": 7, "bundleName": "b", "containerName": "c", "id": "not read"},
+        {"code": 8, "error": {"code": 1004, "description": "no such bundle"}}, "text"]})");
+    auto [results, error] = Batch(&NubisNative::BatchSaveSubscription);
+    EXPECT_FALSE(error.HasError());
+    ASSERT_EQ(results.size(), 4u);
+    EXPECT_FALSE(results[0].error.HasError());
+    EXPECT_EQ(results[0].bundleName + results[0].containerName + results[0].id, "com.example.notesmaini1");
+    EXPECT_EQ(results[0].expirationTime, 7);
+    EXPECT_EQ(results[1].error.GetLocalErrorCode(), 24);
+    EXPECT_EQ(results[1].bundleName + results[1].containerName + results[1].id, "bc");
+    EXPECT_EQ(results[2].error.GetServerErrorCode(), 1004);
+    EXPECT_FALSE(results[3].error.HasError());
+    Json::Value sent = Sent("batchSaveSubscription");
+    sent.removeMember("traceId");
+    EXPECT_EQ(sent, ParseJson(R"({"subscriptions": [{"bundleName": "com.example.notes", "containerName": "main",
+        "expirationTime": 1, "saName": "cloudFile_notifyDataChange", "signVersion": 2, "keyId": "key-7"},
+        {"bundleName": "b", "containerName": "c", "expirationTime": -5000000000,
+        "saName": "cloudFile_notifyDataChange", "signVersion": 2, "keyId": "key-7"}]})"));
+
+    service_->Answer("batchDeleteSubscription", R"({"subscriptions": []})");
+    EXPECT_FALSE(Batch(&NubisNative::BatchDeleteSubscription).second.HasError());
+    sent = Sent("batchDeleteSubscription");
+    sent.removeMember("traceId");
+    EXPECT_EQ(sent, ParseJson(R"({"subscriptions": [
+        {"id": "i1", "bundleName": "com.example.notes", "containerName": "main"},
+        {"id": "i2", "bundleName": "b", "containerName": "c"}]})"));
+}
+
+TEST_F(SubscriptionTest, ABatchReplyWithoutResultsIsAnError)
+{
+    NubisTest::LogCapture log;
+    const auto failure = [&](BatchCall call, const std::string &function, const std::string &reply) {
+        service_->Answer(function, reply);
+        const auto [results, error] = Batch(call);
+        EXPECT_TRUE(results.empty());
+        EXPECT_EQ(error.GetLocalErrorCode(), 3);
+        return log.TakeErrors();
+    };
+    for (const char *reply : {"[]", "{}"}) {
+        EXPECT_THAT(failure(&NubisNative::BatchSaveSubscription, "batchSaveSubscription", reply),
+            ElementsAre("batch save subscription failed, no subscriptions node"));
+        EXPECT_THAT(failure(&NubisNative::BatchDeleteSubscription, "batchDeleteSubscription", reply),
+            ElementsAre("batch del subscription failed, no subscriptions node"));
+    }
+    const char *reply = R"({"subscriptions": {}})";
+    EXPECT_THAT(failure(&NubisNative::BatchSaveSubscription, "batchSaveSubscription", reply),
+        ElementsAre("batch save subscription failed, subscriptions is not array"));
+    EXPECT_THAT(failure(&NubisNative::BatchDeleteSubscription, "batchDeleteSubscription", reply),
+        ElementsAre("batch del subscription failed, subscriptions is not array"));
+
+    service_->Answer("batchSaveSubscription", R"({"code": 5, "error": {}, "subscriptions": [{}]})");
+    const auto [results, error] = Batch(&NubisNative::BatchSaveSubscription);
+    EXPECT_TRUE(results.empty());
+    EXPECT_EQ(error.GetServerErrorCode(), 5);
+}
+
+TEST_F(SubscriptionTest, WhateverTheServiceAnswersTheCallbackComes)
+{
+    std::vector<Json::Value> replies = NubisTest::HostileJson();
+    Json::Value items(Json::arrayValue);
+    for (Json::Value &item : NubisTest::SpoilEachMember(ParseJson(
+             R"({"code": 7, "error": {}, "bundleName": "b", "containerName": "c", "id": "i", "expirationTime": 1})"))) {
+        items.append(std::move(item));
+    }
+    replies.emplace_back()["subscriptions"] = items;
+    for (const Json::Value &reply : replies) {
+        service_->Answer("saveSubscription", JsonText(reply));
+        service_->Answer("batchSaveSubscription", JsonText(reply));
+        Save(container_);
+        Batch(&NubisNative::BatchSaveSubscription);
+    }
+}
+} // namespace
