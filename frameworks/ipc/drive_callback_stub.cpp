@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <exception>
+#include <iterator>
 #include <mutex>
 #include <utility>
 
@@ -14,6 +15,7 @@
 #include "log.h"
 #include "message_parcel_util.h"
 #include "string_ex.h"
+#include "urgent_scope.h"
 
 namespace Nubis {
 namespace {
@@ -45,7 +47,11 @@ bool ParseRequest(const std::string &text, Json::Value &request)
 } // namespace
 
 DriveCallbackStub::DriveCallbackStub(int32_t userId) : userId_(userId)
-{}
+{
+    reverseHandlers_["onUploadRecordAssets"] = [this](const Json::Value &request, std::string &reply) {
+        return OnUploadRecordAssets(request, reply);
+    };
+}
 
 int DriveCallbackStub::OnRemoteRequest(
     uint32_t, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &)
@@ -104,14 +110,22 @@ int32_t DriveCallbackStub::HandleRemoteRequestCallback(
     }
     // What the handler calls may drop the last reference to this stub.
     const OHOS::sptr<DriveCallbackStub> self(this);
-    return handler->second(request, reply);
+    const UrgentScope urgent;
+    try {
+        return handler->second(request, reply);
+    } catch (const std::exception &e) {
+        NB_LOGE("handle remote request failed, function [%{public}s] threw:%{public}s", function.c_str(), e.what());
+    } catch (...) {
+        NB_LOGE("handle remote request failed, function [%{public}s] threw", function.c_str());
+    }
+    return REQUEST_FAILED;
 }
 
 void DriveCallbackStub::AddRequest(const std::string &uuid)
 {
-    auto waiting = std::make_shared<ffrt::promise<std::string>>();
+    WaitingRequest request{std::make_shared<ffrt::promise<std::string>>()};
     std::lock_guard<ffrt::mutex> lock(requestMutex_);
-    waitingRequests_[uuid] = std::move(waiting);
+    waitingRequests_[uuid] = std::move(request);
 }
 
 void DriveCallbackStub::RemoveRequest(const std::string &uuid)
@@ -122,7 +136,7 @@ void DriveCallbackStub::RemoveRequest(const std::string &uuid)
 
 int32_t DriveCallbackStub::WaitRequestReply(const std::string &uuid, std::string &reply, int timeout)
 {
-    WaitingReply waiting;
+    std::shared_ptr<ffrt::promise<std::string>> waiting;
     {
         std::lock_guard<ffrt::mutex> lock(requestMutex_);
         const auto found = waitingRequests_.find(uuid);
@@ -130,7 +144,8 @@ int32_t DriveCallbackStub::WaitRequestReply(const std::string &uuid, std::string
             NB_LOGE("can not find request uuid:%{public}s", uuid.c_str());
             return WAIT_UNKNOWN;
         }
-        waiting = found->second;
+        found->second.isWaitedFor = true;
+        waiting = found->second.reply;
     }
     auto future = waiting->get_future();
     auto status = ffrt::future_status::ready;
@@ -156,20 +171,27 @@ void DriveCallbackStub::SetRequestReplyResult(const std::string &uuid, const std
 {
     std::lock_guard<ffrt::mutex> lock(requestMutex_);
     const auto found = waitingRequests_.find(uuid);
-    if (found == waitingRequests_.end()) {
+    if (found == waitingRequests_.end() || found->second.isEnded) {
         NB_LOGE("set request result failed, can not find request uuid:%{public}s", uuid.c_str());
         return;
     }
-    found->second->set_value(text);
+    found->second.isReplied = true;
+    found->second.reply->set_value(text);
 }
 
 void DriveCallbackStub::NotifyAllWaitRequest(const std::string &text)
 {
     std::lock_guard<ffrt::mutex> lock(requestMutex_);
-    for (const auto &[uuid, waiting] : waitingRequests_) {
-        NB_LOGE("notify all wait request uuid:%{public}s", uuid.c_str());
-        waiting->set_value(text);
+    for (auto next = waitingRequests_.begin(); next != waitingRequests_.end();) {
+        auto &[uuid, request] = *next;
+        if (!request.isEnded) {
+            NB_LOGE("notify all wait request uuid:%{public}s", uuid.c_str());
+        }
+        if (!request.isEnded && !request.isReplied) {
+            request.reply->set_value(text);
+        }
+        request.isEnded = true;
+        next = request.isWaitedFor ? waitingRequests_.erase(next) : std::next(next);
     }
-    waitingRequests_.clear();
 }
 } // namespace Nubis

@@ -15,6 +15,7 @@
 #include "drive_callback_ability.h"
 #include "ffrt_inner.h"
 #include "iremote_stub.h"
+#include "nubis_kit.h"
 
 namespace Nubis {
 // The object that the service calls back: with the replies to asynchronous requests, and with requests of its own.
@@ -44,25 +45,38 @@ public:
     int32_t HandleRequestReply(const Json::Value &request, const std::string &requestText, std::string &reply);
     int32_t HandleRemoteRequestCallback(const Json::Value &request, const std::string &requestText, std::string &reply);
 
+    // The request "onUploadRecordAssets": served by the kit's upload callback when that was set for this process, else
+    // by the private database of the file container that the request names; -1 when the one or the other is missing.
+    int32_t OnUploadRecordAssets(const Json::Value &request, std::string &reply);
+    // The callback's result. While it runs, the progress of the request's task is delivered.
+    static int32_t UploadByCallback(
+        const NBUploadAssetCallback &callback, const Json::Value &request, std::string &reply);
+
     // A request of this uuid that is waiting already is forgotten.
     void AddRequest(const std::string &uuid);
     void RemoveRequest(const std::string &uuid);
     // Waits at most timeout seconds, without limit when that is below 1, and returns a WaitStatus.
     int32_t WaitRequestReply(const std::string &uuid, std::string &reply, int timeout);
     void SetRequestReplyResult(const std::string &uuid, const std::string &text);
-    // Gives the text to every waiting request.
+    // Ends every request, also those that have not begun to wait: without a reply of its own it gets the text.
     void NotifyAllWaitRequest(const std::string &text);
 
 private:
     using ReverseHandler = std::function<int32_t(const Json::Value &request, std::string &reply)>;
-    using WaitingReply = std::shared_ptr<ffrt::promise<std::string>>;
+    struct WaitingRequest {
+        std::shared_ptr<ffrt::promise<std::string>> reply;
+        bool isWaitedFor = false;
+        bool isReplied = false;
+        // NotifyAllWaitRequest has passed; kept only until the caller comes to wait.
+        bool isEnded = false;
+    };
 
     const int32_t userId_;
     // By function name; constant after construction.
-    const std::map<std::string, ReverseHandler> reverseHandlers_{};
+    std::map<std::string, ReverseHandler> reverseHandlers_;
 
     ffrt::mutex requestMutex_;
-    std::map<std::string, WaitingReply> waitingRequests_;
+    std::map<std::string, WaitingRequest> waitingRequests_;
 };
 } // namespace Nubis
 

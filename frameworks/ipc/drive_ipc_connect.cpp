@@ -9,20 +9,11 @@
 
 #include "drive_service_proxy.h"
 #include "errors.h"
-#include "ffrt_inner.h"
 #include "log.h"
 
 namespace Nubis {
 namespace {
 constexpr std::chrono::seconds CONNECT_TIMEOUT(5);
-
-void SendHello(const std::shared_ptr<ProxyLink> &link)
-{
-    const ProxyLink::Access proxy(link);
-    if (proxy) {
-        proxy->SendHelloToCloud();
-    }
-}
 } // namespace
 
 DriveIpcConnect::DriveIpcConnect(std::shared_ptr<ProxyLink> link) : link_(std::move(link))
@@ -42,15 +33,18 @@ void DriveIpcConnect::OnAbilityConnectDone(
     }
     NB_LOGI("ability connect success, ability name:%{public}s", element.GetAbilityName().c_str());
     {
-        std::lock_guard<std::mutex> lock(mutex_);
-        remoteObject_ = remoteObject;
-        if (remoteObject_ != nullptr && deathRecipient_ != nullptr) {
-            remoteObject_->AddDeathRecipient(deathRecipient_);
+        std::lock_guard<ffrt::mutex> lock(changeMutex_);
+        SetRemoteObject(remoteObject);
+        if (remoteObject != nullptr && deathRecipient_ != nullptr) {
+            remoteObject->AddDeathRecipient(deathRecipient_);
             NB_LOGI("Add death recipient success");
         }
     }
-    connected_.notify_one();
-    ffrt::thread(SendHello, link_).detach();
+    changed_.notify_one();
+    const ProxyLink::Access proxy(link_);
+    if (proxy) {
+        proxy->StartGreeting(true);
+    }
 }
 
 void DriveIpcConnect::OnAbilityDisconnectDone(const OHOS::AppExecFwk::ElementName &, int resultCode)
@@ -59,7 +53,7 @@ void DriveIpcConnect::OnAbilityDisconnectDone(const OHOS::AppExecFwk::ElementNam
     if (resultCode != 0) {
         NB_LOGE("ability disconnect failed, error code:%{public}d", resultCode);
     }
-    std::lock_guard<std::mutex> lock(mutex_);
+    std::lock_guard<ffrt::mutex> lock(changeMutex_);
     const bool isLate = std::exchange(isDisconnectDue_, false) && resultCode != 0;
     if (!isLate) {
         DropRemoteObject();
@@ -69,50 +63,70 @@ void DriveIpcConnect::OnAbilityDisconnectDone(const OHOS::AppExecFwk::ElementNam
 void DriveIpcConnect::OnRemoteDied(const OHOS::wptr<OHOS::IRemoteObject> &died)
 {
     NB_LOGI("receive service died ability will disconnect");
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (died.GetRefPtr() != nullptr && died.promote() != remoteObject_) {
+    std::lock_guard<ffrt::mutex> lock(changeMutex_);
+    const auto remoteObject = GetRemoteObject();
+    if (died.GetRefPtr() != nullptr && died.promote() != remoteObject) {
         return;
     }
-    isDisconnectDue_ = remoteObject_ != nullptr;
+    isDisconnectDue_ = remoteObject != nullptr;
     DropRemoteObject();
 }
 
-// With mutex_ held: a request that found the object here is either woken now or sent when it is gone.
+// With changeMutex_ held.
 void DriveIpcConnect::DropRemoteObject()
 {
-    if (remoteObject_ != nullptr && deathRecipient_ != nullptr) {
-        remoteObject_->RemoveDeathRecipient(deathRecipient_);
+    const auto remoteObject = GetRemoteObject();
+    if (remoteObject != nullptr && deathRecipient_ != nullptr) {
+        remoteObject->RemoveDeathRecipient(deathRecipient_);
         NB_LOGI("Remove death recipient success");
     }
-    remoteObject_ = nullptr;
+    SetRemoteObject(nullptr);
+    changed_.notify_all();
     const ProxyLink::Access proxy(link_);
     if (proxy) {
         proxy->WakeAllRequests();
     }
 }
 
-bool DriveIpcConnect::IsConnected()
+OHOS::sptr<OHOS::IRemoteObject> DriveIpcConnect::GetRemoteObject()
 {
     std::lock_guard<std::mutex> lock(mutex_);
-    return remoteObject_ != nullptr;
+    return remoteObject_;
+}
+
+// With changeMutex_ held.
+void DriveIpcConnect::SetRemoteObject(const OHOS::sptr<OHOS::IRemoteObject> &remoteObject)
+{
+    // Ends after unlocking, because the end of the last reference may be long.
+    OHOS::sptr<OHOS::IRemoteObject> replaced;
+    std::lock_guard<std::mutex> lock(mutex_);
+    replaced = remoteObject_;
+    remoteObject_ = remoteObject;
+}
+
+bool DriveIpcConnect::IsConnected()
+{
+    return GetRemoteObject() != nullptr;
 }
 
 void DriveIpcConnect::WaitIpcConnect()
 {
     std::unique_lock<std::mutex> lock(mutex_);
-    if (!connected_.wait_for(lock, CONNECT_TIMEOUT, [this]() { return remoteObject_ != nullptr; })) {
+    if (!changed_.wait_for(lock, CONNECT_TIMEOUT, [this]() { return remoteObject_ != nullptr; })) {
         NB_LOGE("wait ipc connect failed, timeout");
     }
+}
+
+void DriveIpcConnect::WaitIpcDisconnect()
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait_for(lock, CONNECT_TIMEOUT, [this]() { return remoteObject_ == nullptr; });
 }
 
 int32_t DriveIpcConnect::SendData(
     uint32_t code, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &option)
 {
-    OHOS::sptr<OHOS::IRemoteObject> remoteObject;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        remoteObject = remoteObject_;
-    }
+    const auto remoteObject = GetRemoteObject();
     if (remoteObject == nullptr) {
         return NOT_CONNECTED;
     }

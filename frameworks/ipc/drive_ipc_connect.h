@@ -11,6 +11,7 @@
 #include <string>
 
 #include "ability_connect_callback_stub.h"
+#include "ffrt_inner.h"
 #include "proxy_link.h"
 #include "service_death_recipient.h"
 
@@ -38,22 +39,30 @@ public:
     void OnRemoteDied(const OHOS::wptr<OHOS::IRemoteObject> &died = nullptr);
 
     bool IsConnected();
-    // Returns as soon as it is connected, or after five seconds.
+    // Each returns as soon as it is connected, or is not any more, or after five seconds.
     void WaitIpcConnect();
+    void WaitIpcDisconnect();
     // One transaction; the remote object's result. Blocks without a lock.
     int32_t SendData(uint32_t code, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &option);
 
 private:
+    OHOS::sptr<OHOS::IRemoteObject> GetRemoteObject();
+    void SetRemoteObject(const OHOS::sptr<OHOS::IRemoteObject> &remoteObject);
     void DropRemoteObject();
 
     const std::shared_ptr<ProxyLink> link_;
     OHOS::sptr<ServiceDeathRecipient> deathRecipient_;
 
-    std::mutex mutex_;
-    std::condition_variable connected_;
-    OHOS::sptr<OHOS::IRemoteObject> remoteObject_;
+    // Held while the object changes, until everyone who waits for the old one has been woken: a request of the next
+    // connection must not be among them. The waking locks an FFRT mutex, so this is one too.
+    ffrt::mutex changeMutex_;
     // The object's death was heard of, the disconnection that goes with it was not.
     bool isDisconnectDue_ = false;
+
+    // Guards the object alone; taken under changeMutex_, held over nothing.
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    OHOS::sptr<OHOS::IRemoteObject> remoteObject_;
 };
 } // namespace Nubis
 

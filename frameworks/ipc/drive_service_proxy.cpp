@@ -84,6 +84,9 @@ void DriveServiceProxy::DisConnectService()
         NB_LOGE("disconnect ability fail, error code:%{public}d", result);
     }
     NB_LOGI("disconnect ability");
+    if (result == OHOS::ERR_OK) {
+        ipcConnect_->WaitIpcDisconnect();
+    }
 }
 
 void DriveServiceProxy::GetAblityVerison()

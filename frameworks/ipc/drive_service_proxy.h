@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 
 #include <json/value.h>
@@ -22,8 +21,9 @@
 namespace Nubis {
 // The way to the cloud-drive service of one user: connects on demand, carries requests, and disconnects when idle.
 //
-// The kit of the user owns it. Any thread may call; at most twelve requests are in flight, further ones wait. Its end
-// waits for a liveness exchange that is under way; requests must have returned by then. The service stays connected.
+// The kit of the user owns it. Any thread may call; at most twelve requests are in flight, further ones wait, except
+// those inside an UrgentScope. Its end waits for a liveness exchange that is under way; requests must have returned by
+// then. The service stays connected.
 class DriveServiceProxy {
 public:
     // What SendData returns besides the errors of the transaction and the statuses of the asynchronous wait.
@@ -35,13 +35,13 @@ public:
 
     // Connects at once, which may take some seconds; a failure is left to the requests.
     explicit DriveServiceProxy(int userId);
-    virtual ~DriveServiceProxy();
+    ~DriveServiceProxy();
     DriveServiceProxy(const DriveServiceProxy &) = delete;
     DriveServiceProxy &operator=(const DriveServiceProxy &) = delete;
 
     // Returns when connected or when the attempt has failed; callers at the same time share one attempt.
     void ConnectService();
-    // The connection ends when the ability manager says so.
+    // Returns when the ability manager has said that the connection is ended, or after five seconds.
     void DisConnectService();
     // Asks the bundle manager for the service's "abilityVersion"; keeps the present one when it cannot be had.
     void GetAblityVerison();
@@ -60,8 +60,13 @@ public:
         Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function);
     int32_t InnerAsyncRequest(
         Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function, int timeout);
-    // Whether requests of this function are answered through the callback stub instead of the reply parcel.
+    // Whether requests of this function are answered through the callback stub instead of the reply parcel. It may ask
+    // the service for its parameters, so whoever calls it must not have a slot.
     bool IsSupportAsync(const std::string &function);
+
+    // Has SendHelloToCloud done by a task of its own, so that a service that does not answer holds nobody up. At most
+    // one is under way: another one of a tick is left out, one of a new connection follows it.
+    void StartGreeting(bool isNewConnection);
 
     // Starts the timer unless it runs; every request does.
     void StartTimeTask();
@@ -71,19 +76,27 @@ public:
     // Gives every request that waits for an asynchronous reply an empty one.
     void WakeAllRequests();
 
-protected:
-    // The service's switch for asynchronous requests; none when it is not known.
-    virtual std::optional<bool> GetUseAsyncIpc();
-
 private:
+    class UnderWay;
     class InFlight;
+    enum GreetingState : int32_t {
+        GREETING_NONE,
+        GREETING_UNDER_WAY,
+        GREETING_TWICE
+    };
 
     bool EnsureConnected();
+    int32_t SendConnected(
+        Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function, int timeout);
+    void BeginRequest();
+    void EndRequest();
     void TakeSlot();
     void ReturnSlot();
 
     static void RunTimeTask(const std::shared_ptr<ProxyLink> &link);
     bool OnTimerTick();
+    void DisconnectIdleService();
+    void Greet();
 
     // Constant after construction.
     const std::string bundleName_;
@@ -100,10 +113,15 @@ private:
     // -1 while unknown.
     std::atomic<int32_t> abilityVersion_{-1};
 
-    // Guards the change of requestsInFlight_, which the timer reads without it.
+    // Guards the change of requestsInFlight_, which the timer reads without it, and the two below.
     ffrt::mutex slotMutex_;
     ffrt::condition_variable slotFreed_;
     std::atomic<uint32_t> requestsInFlight_{0};
+    // From before its look at the connection to its end a request is under way, and an idle service is disconnected
+    // only while none is; one that comes meanwhile waits.
+    uint32_t requestsUnderWay_ = 0;
+    bool isDisconnecting_ = false;
+    ffrt::condition_variable disconnected_;
 
     std::mutex connectMutex_;
     // Attempts that have ended; changed under connectMutex_, read by those who are about to wait for it.
@@ -116,6 +134,7 @@ private:
     ffrt::task_handle timerTask_;
     std::atomic<bool> isTimerRunning_{false};
     std::atomic<int32_t> idleTicks_{0};
+    std::atomic<int32_t> greeting_{GREETING_NONE};
 };
 } // namespace Nubis
 

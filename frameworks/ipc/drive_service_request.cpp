@@ -8,6 +8,8 @@
 #include "json_helper.h"
 #include "log.h"
 #include "message_parcel_util.h"
+#include "sys_config.h"
+#include "urgent_scope.h"
 #include "uuid_helper.h"
 #include "wall_clock.h"
 
@@ -46,6 +48,24 @@ bool NeedsCallback(const std::string &function)
 }
 } // namespace
 
+// Keeps the timer from disconnecting the service.
+class DriveServiceProxy::UnderWay {
+public:
+    explicit UnderWay(DriveServiceProxy &proxy) : proxy_(proxy)
+    {
+        proxy_.BeginRequest();
+    }
+    ~UnderWay()
+    {
+        proxy_.EndRequest();
+    }
+    UnderWay(const UnderWay &) = delete;
+    UnderWay &operator=(const UnderWay &) = delete;
+
+private:
+    DriveServiceProxy &proxy_;
+};
+
 // One request's slot and deadline.
 class DriveServiceProxy::InFlight {
 public:
@@ -69,10 +89,19 @@ private:
 int32_t DriveServiceProxy::SendData(
     Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function, int timeout)
 {
+    const UnderWay underWay(*this);
     if (!EnsureConnected()) {
         NB_LOGE("send request failed, ipcconnect is null or is not connect");
         return SEND_NOT_CONNECTED;
     }
+    return SendConnected(request, reply, traceId, function, timeout);
+}
+
+int32_t DriveServiceProxy::SendConnected(
+    Json::Value &request, std::string &reply, const std::string &traceId, const std::string &function, int timeout)
+{
+    // Before there is a slot to hold: it may send a request itself, which then waits for nobody who waits for it.
+    const bool isAsync = IsSupportAsync(function);
     int32_t status = SEND_OK;
     long long cost = 0;
     {
@@ -83,8 +112,8 @@ int32_t DriveServiceProxy::SendData(
         idleTicks_ = 0;
         requestTimeOut_.AddRequest(traceId, static_cast<uint32_t>(timeout < 1 ? DEFAULT_TIMEOUT_SECONDS : timeout));
         const int64_t start = WallClock::NowMillis();
-        status = IsSupportAsync(function) ? InnerAsyncRequest(request, reply, traceId, function, timeout)
-                                          : InnerSyncRequest(request, reply, traceId, function);
+        status = isAsync ? InnerAsyncRequest(request, reply, traceId, function, timeout)
+                         : InnerSyncRequest(request, reply, traceId, function);
         cost = static_cast<long long>(WallClock::NowMillis() - start);
     }
     if (status != SEND_OK) {
@@ -95,6 +124,19 @@ int32_t DriveServiceProxy::SendData(
             function.c_str(), cost);
     }
     return status;
+}
+
+void DriveServiceProxy::BeginRequest()
+{
+    std::unique_lock<ffrt::mutex> lock(slotMutex_);
+    disconnected_.wait(lock, [this]() { return !isDisconnecting_; });
+    ++requestsUnderWay_;
+}
+
+void DriveServiceProxy::EndRequest()
+{
+    std::lock_guard<ffrt::mutex> lock(slotMutex_);
+    --requestsUnderWay_;
 }
 
 bool DriveServiceProxy::EnsureConnected()
@@ -111,7 +153,9 @@ bool DriveServiceProxy::EnsureConnected()
 void DriveServiceProxy::TakeSlot()
 {
     std::unique_lock<ffrt::mutex> lock(slotMutex_);
-    slotFreed_.wait(lock, [this]() { return requestsInFlight_ < static_cast<uint32_t>(maxRequests_); });
+    if (!UrgentScope::IsInside()) {
+        slotFreed_.wait(lock, [this]() { return requestsInFlight_ < static_cast<uint32_t>(maxRequests_); });
+    }
     ++requestsInFlight_;
 }
 
@@ -132,17 +176,12 @@ bool DriveServiceProxy::IsSupportAsync(const std::string &function)
     if (leastVersion == AsyncFunctions().end()) {
         return false;
     }
-    const std::optional<bool> useAsyncIpc = GetUseAsyncIpc();
-    if (!useAsyncIpc.has_value()) {
+    const auto config = SysConfig::GetInstance(userId_);
+    if (config == nullptr) {
         NB_LOGE("get sys config failed, will not use async ipc");
         return false;
     }
-    return *useAsyncIpc && version >= leastVersion->second;
-}
-
-std::optional<bool> DriveServiceProxy::GetUseAsyncIpc()
-{
-    return std::nullopt;
+    return config->GetUseAsyncIpc() && version >= leastVersion->second;
 }
 
 int32_t DriveServiceProxy::InnerSyncRequest(

@@ -39,9 +39,51 @@ bool DriveServiceProxy::OnTimerTick()
 {
     // A request over its deadline already tells that the service is not well; asking it would only take one more slot.
     if (!requestTimeOut_.HasRequestTimeOut() && requestsInFlight_ > 0 && checkAlive_ != 0) {
-        SendHelloToCloud();
+        StartGreeting(false);
     }
     return CheckStopTimer();
+}
+
+void DriveServiceProxy::StartGreeting(bool isNewConnection)
+{
+    int32_t state = GREETING_NONE;
+    while (!greeting_.compare_exchange_strong(state, GREETING_UNDER_WAY)) {
+        // The one under way may be lost with the connection that it was sent on.
+        if (!isNewConnection || state == GREETING_TWICE || greeting_.compare_exchange_strong(state, GREETING_TWICE)) {
+            return;
+        }
+        state = GREETING_NONE;
+    }
+    ffrt::thread([link = link_]() {
+        const ProxyLink::Access proxy(link);
+        if (proxy) {
+            proxy->Greet();
+        }
+    }).detach();
+}
+
+void DriveServiceProxy::Greet()
+{
+    int32_t state = GREETING_UNDER_WAY;
+    do {
+        greeting_ = state = GREETING_UNDER_WAY;
+        SendHelloToCloud();
+    } while (!greeting_.compare_exchange_strong(state, GREETING_NONE));
+}
+
+void DriveServiceProxy::DisconnectIdleService()
+{
+    {
+        std::lock_guard<ffrt::mutex> lock(slotMutex_);
+        if (requestsUnderWay_ > 0 || idleTicks_ < DISCONNECT_TICKS) {
+            return;
+        }
+        isDisconnecting_ = true;
+    }
+    DisConnectService();
+    std::lock_guard<ffrt::mutex> lock(slotMutex_);
+    isDisconnecting_ = false;
+    disconnected_.notify_all();
 }
 
 bool DriveServiceProxy::CheckStopTimer()
@@ -49,7 +91,7 @@ bool DriveServiceProxy::CheckStopTimer()
     const int32_t idleTicks = ++idleTicks_;
     if (idleTicks >= DISCONNECT_TICKS && requestsInFlight_ == 0 && ipcConnect_ != nullptr &&
         ipcConnect_->IsConnected()) {
-        DisConnectService();
+        DisconnectIdleService();
     }
     std::lock_guard<ffrt::mutex> lock(timerMutex_);
     if (idleTicks < STOP_TICKS || !isTimerRunning_) {

@@ -72,6 +72,14 @@ public:
         answerers_[function] = std::move(answerer);
     }
 
+    // Asynchronous requests of the function are answered through their callback object within the transaction; those of
+    // others wait for ReplyTo.
+    void AnswerAsyncAtOnce(const std::string &function, const std::string &reply)
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        asyncReplies_[function] = reply;
+    }
+
     // The requests of one function so far.
     std::vector<Json::Value> Requests(const std::string &function)
     {
@@ -143,22 +151,30 @@ private:
     {
         const std::string function = Nubis::JsonHelper::GetStringFromJson(arrival.request, "function");
         Answerer answerer;
+        std::string asyncReply;
         {
             std::lock_guard<std::mutex> lock(mutex_);
             arrivals_[function].push_back(arrival);
             arrived_.notify_all();
             const auto found = answerers_.find(function);
-            if (found == answerers_.end() || arrival.isAsync) {
-                return R"({"code": 0})";
+            if (found != answerers_.end()) {
+                answerer = found->second;
             }
-            answerer = found->second;
+            if (arrival.isAsync) {
+                answerer = nullptr;
+                asyncReply = asyncReplies_[function];
+            }
         }
-        return answerer(arrival.request);
+        if (!asyncReply.empty()) {
+            ReplyTo(arrival, Nubis::JsonHelper::StringToJson(asyncReply));
+        }
+        return answerer == nullptr ? R"({"code": 0})" : answerer(arrival.request);
     }
 
     std::mutex mutex_;
     std::condition_variable arrived_;
     std::map<std::string, Answerer> answerers_;
+    std::map<std::string, std::string> asyncReplies_;
     std::map<std::string, std::vector<Arrival>> arrivals_;
 };
 } // namespace NubisTest

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <future>
+#include <limits>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -97,11 +98,29 @@ TEST_F(DriveCallbackStubTest, EveryWaiterIsWokenAtOnce)
     EXPECT_EQ(Wait("u1", 0).get().first, 2);
 }
 
+TEST_F(DriveCallbackStubTest, RequestsThatHaveNotBegunToWaitEndAsWell)
+{
+    NubisTest::LogCapture log;
+    stub_->AddRequest("u1");
+    stub_->AddRequest("u2");
+    const std::string reply = R"({"uuid":"u2"})";
+    stub_->SetRequestReplyResult("u2", reply);
+    stub_->NotifyAllWaitRequest("");
+    stub_->NotifyAllWaitRequest("");
+    EXPECT_EQ(log.TakeErrors().size(), 2U);
+    // Too late: the request has ended.
+    stub_->SetRequestReplyResult("u1", "late");
+    EXPECT_THAT(log.TakeErrors(), ElementsAre("set request result failed, can not find request uuid:u1"));
+    EXPECT_EQ(Wait("u1", 0).get(), std::make_pair(0, std::string()));
+    EXPECT_EQ(Wait("u2", 0).get(), std::make_pair(0, reply));
+    EXPECT_EQ(Wait("u1", 0).get().first, 2);
+}
+
 TEST_F(DriveCallbackStubTest, RequestsThatCannotBeHandledGetNoReply)
 {
     NubisTest::LogCapture log;
     const std::vector<std::string> texts = {"{", "[1]", "5", "{}", R"({"function": 7})", R"({"function": "f"})",
-        R"({"uuid": ""})", NubisTest::JsonText(NubisTest::NestJson(1500))};
+        R"({"uuid": 5})", NubisTest::JsonText(NubisTest::NestJson(1500))};
     for (const auto &text : texts) {
         std::string reply = "untouched";
         EXPECT_EQ(stub_->HandleRemoteRequest(text, reply), -1) << text;
@@ -126,5 +145,23 @@ TEST_F(DriveCallbackStubTest, AWrongTokenIsRefusedBeforeTheText)
     EXPECT_EQ(stub_->SendRequest(1, data, reply, option), 1);
     EXPECT_EQ(reply.GetDataSize(), 0U);
     EXPECT_THAT(log.TakeErrors(), ElementsAre("on remote request failed token:OHOS.Other"));
+}
+// Lengths that lie about what follows; the third would read beyond the parcel.
+TEST_F(DriveCallbackStubTest, BrokenParcelsAreFailures)
+{
+    for (const int32_t length : {0, -1, 100, 134217728, 134217729, std::numeric_limits<int32_t>::min()}) {
+        OHOS::MessageParcel data;
+        OHOS::MessageParcel reply;
+        OHOS::MessageOption option;
+        data.WriteInterfaceToken(u"OHOS.Drive.DriveCallbackAbility");
+        data.WriteInt32(length);
+        data.WriteRawData("{}", 2);
+        EXPECT_EQ(stub_->SendRequest(1, data, reply, option), -1) << length;
+        EXPECT_EQ(reply.GetDataSize(), 0U) << length;
+    }
+    OHOS::MessageParcel empty;
+    OHOS::MessageParcel reply;
+    OHOS::MessageOption option;
+    EXPECT_EQ(stub_->SendRequest(1, empty, reply, option), 1);
 }
 } // namespace

@@ -42,7 +42,7 @@ TEST_F(ConnectionTest, TheVersionComesFromTheMetadata)
 TEST_F(ConnectionTest, WithoutAServiceRequestsFailAsNotConnected)
 {
     NubisTest::LogCapture log;
-    NubisTest::TestProxy proxy(userId_, std::nullopt);
+    DriveServiceProxy proxy(userId_);
     EXPECT_EQ(Send(proxy, "getLock").status, 19);
     EXPECT_THAT(log.TakeErrors(), AllOf(Contains(StartsWith("connect ability fail, error code:")),
                                       Contains("send request failed, ipcconnect is null or is not connect")));
@@ -81,6 +81,15 @@ TEST_F(ConnectionTest, ADeathEndsEveryAsynchronousWait)
         ASSERT_EQ(outcome.wait_for(std::chrono::seconds(30)), std::future_status::ready);
         EXPECT_EQ(outcome.get().reply, "");
     }
+}
+
+TEST_F(ConnectionTest, AConnectionMayOutliveItsProxy)
+{
+    NubisTest::LogCapture log;
+    Connect().reset();
+    NubisTest::FakeDriveService::Kill(userId_);
+    ASSERT_TRUE(log.WaitFor("Remove death recipient success"));
+    EXPECT_THAT(log.TakeErrors(), testing::Not(Contains(StartsWith("notify all"))));
 }
 
 // The connection by itself, with remote objects that a test names.

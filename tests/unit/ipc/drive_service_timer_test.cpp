@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "ffrt_inner.h"
 #include "host/manual_clock.h"
 #include "log_capture.h"
 #include "proxy_fixture.h"
@@ -32,11 +33,11 @@ protected:
     }
 
     // Connects and lets the greeting and the start of the timer come to rest.
-    std::unique_ptr<NubisTest::TestProxy> ConnectAndRest(const std::string &greetingReply = R"({"code": 0})")
+    std::unique_ptr<DriveServiceProxy> ConnectAndRest(const std::string &greetingReply = R"({"code": 0})")
     {
         service_ = NubisTest::FakeDriveService::Offer(userId_);
         service_->Answer("getAppState", greetingReply);
-        auto proxy = std::make_unique<NubisTest::TestProxy>(userId_, std::nullopt);
+        auto proxy = std::make_unique<DriveServiceProxy>(userId_);
         service_->WaitFor("getAppState", 1);
         EXPECT_TRUE(log_.WaitFor(" ms,"));
         clock_.Advance(seconds(0));
@@ -45,7 +46,7 @@ protected:
     }
 
     // A request that stays in flight until the future of the result is let go by Open.
-    std::future<NubisTest::SendOutcome> HoldRequest(NubisTest::TestProxy &proxy, int timeout)
+    std::future<NubisTest::SendOutcome> HoldRequest(DriveServiceProxy &proxy, int timeout)
     {
         service_->AnswerWith("getLock", [opened = gate_.get_future().share()](const Json::Value &) {
             opened.wait();
@@ -127,6 +128,57 @@ TEST_F(TimerTest, ALateRequestIsLoggedOnceAndStopsTheAsking)
     EXPECT_THAT(log_.TakeErrors(), testing::ElementsAre("request id:t1 is timeout, timeout:180"));
     gate_.set_value();
     EXPECT_EQ(sent.get().status, 0);
+}
+
+TEST_F(TimerTest, AGreetingThatHangsHoldsNothingUp)
+{
+    const auto proxy = ConnectAndRest(R"({"code": 0, "checkAlive": 1})");
+    auto sent = HoldRequest(*proxy, 60);
+    std::promise<void> greetingGate;
+    service_->AnswerWith("getAppState", [opened = greetingGate.get_future().share()](const Json::Value &) {
+        opened.wait();
+        return std::string(R"({"code": 0, "checkAlive": 1})");
+    });
+    clock_.Advance(TICK);
+    service_->WaitFor("getAppState", 2);
+    clock_.Advance(20 * TICK);
+    EXPECT_EQ(service_->Requests("getAppState").size(), 2U);
+    EXPECT_THAT(log_.TakeErrors(), testing::ElementsAre("request id:t1 is timeout, timeout:60"));
+    // A new connection is greeted all the same, after the greeting that is under way.
+    proxy->StartGreeting(true);
+    greetingGate.set_value();
+    service_->WaitFor("getAppState", 3);
+    gate_.set_value();
+    EXPECT_EQ(sent.get().status, 0);
+}
+
+// Holds the news of a disconnect back until it is let go.
+std::promise<void> *g_disconnectNews = nullptr;
+
+void HoldDisconnectNews(const LogType, const LogLevel, const unsigned int, const char *, const char *message)
+{
+    const std::string text = message;
+    const std::string news = "()} ability disconnect";
+    if (text.size() > news.size() && text.compare(text.size() - news.size(), news.size(), news) == 0) {
+        g_disconnectNews->get_future().wait();
+    }
+}
+
+TEST_F(TimerTest, ARequestThatMeetsAnIdleDisconnectReconnects)
+{
+    const auto proxy = ConnectAndRest();
+    std::promise<void> news;
+    g_disconnectNews = &news;
+    LOG_SetCallback(HoldDisconnectNews);
+    std::promise<int32_t> status;
+    // In tasks: the clock leaves the tick behind when the disconnect does not end, and returns when the request waits.
+    clock_.Advance(13 * TICK);
+    ffrt::submit([&]() { status.set_value(Send(*proxy, "deleteLock").status); });
+    clock_.Advance(seconds(0));
+    EXPECT_TRUE(service_->Requests("deleteLock").empty());
+    news.set_value();
+    EXPECT_EQ(status.get_future().get(), 0);
+    LOG_SetCallback(nullptr);
 }
 
 TEST_F(TimerTest, TheTimerEndsWithItsProxy)

@@ -16,22 +16,6 @@
 #include "json_samples.h"
 
 namespace NubisTest {
-// A proxy whose switch for asynchronous requests is the test's.
-class TestProxy : public Nubis::DriveServiceProxy {
-public:
-    TestProxy(int userId, std::optional<bool> useAsyncIpc) : DriveServiceProxy(userId), useAsyncIpc_(useAsyncIpc)
-    {}
-
-protected:
-    std::optional<bool> GetUseAsyncIpc() override
-    {
-        return useAsyncIpc_;
-    }
-
-private:
-    const std::optional<bool> useAsyncIpc_;
-};
-
 struct SendOutcome {
     int32_t status = 0;
     std::string reply;
@@ -48,11 +32,20 @@ protected:
         FakeDriveService::Withdraw(userId_);
     }
 
-    std::unique_ptr<TestProxy> Connect(
+    // Each time for a user of its own, because a user's switch is fetched but once a day. Without a switch the service
+    // has no such parameter.
+    std::unique_ptr<Nubis::DriveServiceProxy> Connect(
         const Host::AbilityRegistry::Metadata &metadata = {}, std::optional<bool> useAsyncIpc = std::nullopt)
     {
+        FakeDriveService::Withdraw(userId_);
+        userId_ = NextUser();
         service_ = FakeDriveService::Offer(userId_, metadata);
-        auto proxy = std::make_unique<TestProxy>(userId_, useAsyncIpc);
+        if (useAsyncIpc.has_value()) {
+            service_->Answer(
+                "getSysParameters", *useAsyncIpc ? R"({"parameters": [{"key": "ohNubisUseAsyncIPC", "value": 1}]})"
+                                                 : R"({"parameters": [{"key": "ohNubisUseAsyncIPC", "value": 0}]})");
+        }
+        auto proxy = std::make_unique<Nubis::DriveServiceProxy>(userId_);
         // The greeting after the connection, so that it does not mix with what the test sends.
         service_->WaitFor("getAppState", 1);
         return proxy;
@@ -80,7 +73,7 @@ protected:
         return ++user;
     }
 
-    const int userId_;
+    int userId_;
     OHOS::sptr<FakeDriveService> service_;
 };
 } // namespace NubisTest

@@ -48,7 +48,8 @@ inline Json::Value Catalogue(int groupVersion = 1, int mainVersion = 1, int team
 // A kit for a user of its own and the fake service behind it.
 class KitTest : public testing::Test {
 protected:
-    KitTest() : userId_(NextUser()), service_(FakeDriveService::Offer(userId_))
+    explicit KitTest(const Host::AbilityRegistry::Metadata &metadata = {})
+        : userId_(NextUser()), service_(FakeDriveService::Offer(userId_, metadata))
     {
         service_->Answer("GetCloudAppInfo", JsonText(Catalogue()));
         service_->Answer("getRecordIdRules", R"({"ruleId": 5, "upid": "77", "rootId": "root"})");
