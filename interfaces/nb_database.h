@@ -169,6 +169,11 @@ public:
     std::shared_ptr<NBAssetsDownloader> GetAssetsDownloader();
     std::shared_ptr<NBAssetReadSession> NewAssetReadSession(
         std::string recordType, std::string recordId, std::string fieldName, std::string assetId);
+    // The targets of the service's requests to upload the assets of records. The library uploads none: a request with
+    // an array of "records" leaves the reply as it was, as does one that is no object; any other gets the text "null".
+    void OnUploadRecordAssets(const Json::Value &recordAssets, std::string &reply);
+    Json::Value InnerUploadOneRecordAssets(const Json::Value &recordAssets, const std::string &userId);
+    void InnnerUploadRecordAssets(const Json::Value &recordAssets, std::string &reply, std::string &userId);
     // From now on replies are read with a copy of this schema.
     void UpdateSchema(const NBSchema &schema);
 
@@ -177,9 +182,11 @@ public:
     // As NubisNative::SendDataToCloudSrv, with the sync demon put into the request first.
     NBError SendDataToCloudSrv(Json::Value &request, Json::Value &reply, int timeout);
 
-    // Progress of saves, by the task id that the request of the save carries as "taskId" (the context's prepare trace
-    // id followed by its request trace id). Deliveries begin with the first Enable and stop when as many Disable calls
-    // have followed. All databases of the process share one registry and one timer. SaveRecords adds and removes.
+    // Progress of saves, by the task id that the request of the save carries as "taskId": its prepare trace id followed
+    // by its trace id, as GetTaskIdBySendData reads them, or a new id when it has neither. Deliveries begin with the
+    // first Enable and stop when as many Disable calls have followed. All databases of the process share one registry
+    // and one timer. SaveRecords adds and removes.
+    static std::string GetTaskIdBySendData(const Json::Value &request);
     static void AddProgressCallBack(const std::string &taskId, NBProgressCallback callback,
         std::shared_ptr<NBContext> context, std::shared_ptr<NBProgressMap> progress);
     static void RemoveProgressCallBack(const std::string &taskId);

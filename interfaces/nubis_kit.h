@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -25,6 +26,14 @@ class DriveServiceProxy;
 class NBContainer;
 class NBContext;
 class NBReport;
+
+// Serves the service's requests to upload the assets of records. The request is JSON text; 0 when it was handled, and
+// the reply, empty at first, is then sent as it stands; any other value fails the request.
+//
+// Called once for each request, on a thread of the connection with no lock held, for several requests at once; the
+// service waits meanwhile. It may call the library, blocking calls and SetUploadAssetCallBack too. It must not throw:
+// an exception is logged and fails the request with -1. A call that is under way may outlast its removal.
+using NBUploadAssetCallback = std::function<int(const std::string &request, std::string &reply)>;
 
 // The entry to the library: one instance per operating-system user, shared by every caller in the process.
 //
@@ -91,6 +100,19 @@ public:
     std::shared_ptr<NBReport> GetReport() const;
     // The version of the calling system service, sent with every request from now on.
     void SetSaVersion(int saVersion);
+
+    // Sets the callback for the service's upload requests, for everyone who shares the instance, and the bundle name
+    // that the requests are checked with: a process of this name serves them by the callback, one whose own name is not
+    // known by the callback if there is one; in any other process the databases serve them and the callback is never
+    // called. An empty function removes the callback, so that requests to a process of this name fail.
+    void SetUploadAssetCallBack(const std::string &bundleName, NBUploadAssetCallback callback);
+    // Both as they were last set, empty when they were not.
+    NBUploadAssetCallback GetUploadAssetCallBack() const;
+    std::string GetUploadAssetBundleName() const;
+    // Hands an upload request, a JSON object with "bundleName" and "containerName", to the private database of that
+    // container of structured data, whatever the demon. 0 with the reply filled, or -1 with the reply as it was, when
+    // the request names no container or this one cannot be had. Gets the container as GetContainer does.
+    int32_t OnUploadAsset(const std::string &request, std::string &reply);
 
     // Sends one request, a JSON object, and fills the reply. The request itself is not changed; missing envelope
     // members are added on the way. timeout, in seconds, ends only requests that the service answers asynchronously,
@@ -224,6 +246,9 @@ private:
     std::string pushKeyId_;
     // Never null. Replaced and read atomically, because notifications are verified without the lock above.
     std::shared_ptr<const std::string> pushKeyValue_ = std::make_shared<const std::string>();
+    mutable std::mutex uploadCallbackMutex_;
+    NBUploadAssetCallback uploadAssetCallback_;
+    std::string uploadAssetBundleName_;
     std::atomic<int32_t> saVersion_{0};
 };
 } // namespace Nubis

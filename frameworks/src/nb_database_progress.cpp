@@ -5,8 +5,12 @@
 
 #include <utility>
 
+#include <json/value.h>
+
 #include "ffrt_inner.h"
+#include "json_helper.h"
 #include "log.h"
+#include "uuid_helper.h"
 
 // The registry of progress callbacks and its timer.
 namespace Nubis {
@@ -66,6 +70,13 @@ void StopTimer(ffrt_timer_t timer)
     }
 }
 } // namespace
+
+std::string NBDatabase::GetTaskIdBySendData(const Json::Value &request)
+{
+    const std::string taskId =
+        JsonHelper::GetStringFromJson(request, "prepareTraceId") + JsonHelper::GetStringFromJson(request, "traceId");
+    return taskId.empty() ? UuidHelper::GenerateUuidWithoutDelim() : taskId;
+}
 
 void NBDatabase::AddProgressCallBack(const std::string &taskId, NBProgressCallback callback,
     std::shared_ptr<NBContext> context, std::shared_ptr<NBProgressMap> progress)

@@ -10,18 +10,10 @@
 #include "json_helper.h"
 #include "log.h"
 #include "nb_database_worker.h"
-#include "uuid_helper.h"
 
 // Writing records.
 namespace Nubis {
 namespace {
-std::string GetTaskIdBySendData(const Json::Value &request)
-{
-    const std::string taskId =
-        JsonHelper::GetStringFromJson(request, "prepareTraceId") + JsonHelper::GetStringFromJson(request, "traceId");
-    return taskId.empty() ? UuidHelper::GenerateUuidWithoutDelim() : taskId;
-}
-
 // A deletion does not need the fields, so one that cannot be written does not keep the record from being deleted.
 Json::Value MakeDeleteJson(const NBRecord &record)
 {
