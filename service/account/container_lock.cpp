@@ -52,7 +52,7 @@ void ContainerLock::RequireFree(const std::string &sessionId) const
 std::string ContainerLock::Take(const std::string &sessionId)
 {
     RequireFree(sessionId);
-    if (holder_.empty() || sessionId != holder_) {
+    if (!IsHeld()) {
         holder_ = HexEncode(RandomBytes(SESSION_ID_BYTES));
     }
     expiresMs_ = nowMs_ + LOCK_MS;

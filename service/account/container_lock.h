@@ -19,8 +19,8 @@ class ContainerLock {
 public:
     ContainerLock(WriteSession &session, const DatabaseKey &key, int64_t nowMs);
 
-    // Gives the lock to the session, anew if it holds it already, and returns the session's id. A session whose lock
-    // has run out, and that nobody took meanwhile, goes on; any other id begins a new one. Throws RequestError
+    // Gives the lock to the session that holds it already, anew, or else to a new one, and returns the session's id. A
+    // session whose lock has run out sees by the new id that others may have written since. Throws RequestError
     // (LOCK_HELD) when another session holds it.
     std::string Take(const std::string &sessionId);
 

@@ -7,14 +7,19 @@
 
 namespace DriveService {
 
-std::string KeptSetting(Store &store, const std::string &name, const std::function<std::string()> &make)
+std::string KeptSetting(Store &store, const std::string &name, const std::function<std::string()> &make,
+    const std::function<bool(const std::string &)> &isCurrent)
 {
-    if (std::optional<std::string> kept = store.BeginRead()->Setting(name)) {
+    auto find = [&](ReadSession &view) {
+        std::optional<std::string> kept = view.Setting(name);
+        return kept && (isCurrent == nullptr || isCurrent(*kept)) ? kept : std::nullopt;
+    };
+    if (std::optional<std::string> kept = find(*store.BeginRead())) {
         return *kept;
     }
     std::unique_ptr<WriteSession> session = store.BeginWrite();
     // Another thread may have made it meanwhile.
-    if (std::optional<std::string> kept = session->View().Setting(name)) {
+    if (std::optional<std::string> kept = find(session->View())) {
         return *kept;
     }
     std::string made = make();

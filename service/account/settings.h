@@ -17,8 +17,10 @@ constexpr const char *SETTING_ACCOUNT_ID = "account/userId";
 constexpr const char *SETTING_CLOUD_STATUS = "account/cloudStatus";
 
 // The setting's value; one that is not there yet is made and kept, so that everyone gets the same for ever.
-// `make` runs within a write session and must not begin another.
-std::string KeptSetting(Store &store, const std::string &name, const std::function<std::string()> &make);
+// `make` runs within a write session and must not begin another. One that `isCurrent` turns down, when it is given, is
+// made anew.
+std::string KeptSetting(Store &store, const std::string &name, const std::function<std::string()> &make,
+    const std::function<bool(const std::string &)> &isCurrent = nullptr);
 
 // The cloud account's id of the store's user.
 std::string AccountId(Store &store);

@@ -5,6 +5,7 @@
 
 #include "query/cursor.h"
 #include "query/query_parser.h"
+#include "records/find_live.h"
 #include "records/limits.h"
 #include "records/record_json.h"
 #include "requests/fetch_fields.h"
@@ -14,25 +15,50 @@ namespace DriveService {
 
 namespace {
 
-// The live record of the type, or why there is none.
-std::optional<Failure> FindLive(ReadSession &session, int64_t databaseId, const std::string &recordType,
-    const std::string &recordId, StoredRecord &found)
+// The records that the request names, one element for each, in its order. With a rule they are all of its type, without
+// one each element names its type.
+Json::Value FetchNamed(
+    ServiceContext &context, const Request &request, const Target &target, const RecordTypeRule *rule)
 {
-    std::string named = "record \"" + Excerpt(recordId) + "\"";
-    std::optional<StoredRecord> record = session.FindRecord(databaseId, recordId);
-    if (!record) {
-        return Failure(ErrorCode::RECORD_NOT_FOUND, named + " does not exist", "recordId");
+    std::set<std::string> fields = WantedFields(request, target, rule);
+    const Json::Value &wanted = request.Array("records");
+    if (wanted.size() > MAX_FETCHED_IDS) {
+        throw RequestError(ErrorCode::BATCH_TOO_LARGE,
+            "the request names " + std::to_string(wanted.size()) + " records, at most " +
+                std::to_string(MAX_FETCHED_IDS) + " are answered at once",
+            "records");
     }
-    if (record->deleted) {
-        return Failure(ErrorCode::RECORD_DELETED,
-            named + " was deleted (version " + std::to_string(record->version) + ")", "recordId");
+    DatabaseInfo database = FindDatabase(context, target);
+    std::unique_ptr<ReadSession> session = context.store.BeginRead();
+    Json::Value reply = Success();
+    Json::Value &list = reply["records"] = Json::Value(Json::arrayValue);
+    size_t bytes = 0;
+    for (const Json::Value &item : wanted) {
+        std::string recordId = TextMember(item, "recordId");
+        std::string recordType = rule != nullptr ? rule->recordType : TextMember(item, "recordType");
+        StoredRecord record;
+        std::optional<Failure> failure;
+        if (recordId.empty()) {
+            failure = Failure(ErrorCode::INVALID_RECORD,
+                "a record to fetch is an object with the text \"recordId\", came " + DescribeJson(item), "recordId");
+        } else if (target.container->FindType(recordType) == nullptr) {
+            failure = UnknownRecordType(target, recordType);
+        } else {
+            failure = FindLive(*session, database.id, recordType, recordId, record);
+        }
+        if (!failure && bytes + ReplyBytesOf(record) > MAX_ECHOED_BYTES) {
+            failure = Failure(ErrorCode::REPLY_TOO_LARGE,
+                "record \"" + Excerpt(recordId) + "\" does not fit into this reply; fetch it with another request",
+                "records");
+        }
+        if (failure) {
+            list.append(RecordFailureToJson(*failure, recordId, recordId, recordType));
+        } else {
+            bytes += ReplyBytesOf(record);
+            list.append(RecordToJson(record, fields));
+        }
     }
-    if (record->recordType != recordType) {
-        return Failure(ErrorCode::RECORD_TYPE_MISMATCH,
-            named + " is of type \"" + record->recordType + "\", not \"" + recordType + "\"", "recordType");
-    }
-    found = std::move(*record);
-    return std::nullopt;
+    return reply;
 }
 
 } // namespace
@@ -84,43 +110,12 @@ Json::Value FetchRecordWithId(ServiceContext &context, const Request &request)
 Json::Value FetchRecordWithIds(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
-    const RecordTypeRule &rule = FindRecordType(target, request);
-    std::set<std::string> fields = WantedFields(request, target, &rule);
-    const Json::Value &wanted = request.Array("records");
-    if (wanted.size() > MAX_FETCHED_IDS) {
-        throw RequestError(ErrorCode::BATCH_TOO_LARGE,
-            "the request names " + std::to_string(wanted.size()) + " records, at most " +
-                std::to_string(MAX_FETCHED_IDS) + " are answered at once",
-            "records");
-    }
-    DatabaseInfo database = FindDatabase(context, target);
-    std::unique_ptr<ReadSession> session = context.store.BeginRead();
-    Json::Value reply = Success();
-    Json::Value &list = reply["records"] = Json::Value(Json::arrayValue);
-    size_t bytes = 0;
-    for (const Json::Value &item : wanted) {
-        std::string recordId = TextMember(item, "recordId");
-        StoredRecord record;
-        std::optional<Failure> failure;
-        if (recordId.empty()) {
-            failure = Failure(ErrorCode::INVALID_RECORD,
-                "a record to fetch is an object with the text \"recordId\", came " + DescribeJson(item), "recordId");
-        } else {
-            failure = FindLive(*session, database.id, rule.recordType, recordId, record);
-        }
-        if (!failure && bytes + ReplyBytesOf(record) > MAX_ECHOED_BYTES) {
-            failure = Failure(ErrorCode::REPLY_TOO_LARGE,
-                "record \"" + Excerpt(recordId) + "\" does not fit into this reply; fetch it with another request",
-                "records");
-        }
-        if (failure) {
-            list.append(RecordFailureToJson(*failure, recordId, recordId, rule.recordType));
-        } else {
-            bytes += ReplyBytesOf(record);
-            list.append(RecordToJson(record, fields));
-        }
-    }
-    return reply;
+    return FetchNamed(context, request, target, &FindRecordType(target, request));
+}
+
+Json::Value BatchDownloadRecords(ServiceContext &context, const Request &request)
+{
+    return FetchNamed(context, request, FindTarget(context, request), nullptr);
 }
 
 } // namespace DriveService

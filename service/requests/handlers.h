@@ -34,6 +34,16 @@ Json::Value SaveRecords(ServiceContext &context, const Request &request);
 Json::Value DeleteRecords(ServiceContext &context, const Request &request);
 Json::Value ModifyRecords(ServiceContext &context, const Request &request);
 
+// copy_requests.cpp
+Json::Value CopyRecords(ServiceContext &context, const Request &request);
+
+// share_requests.cpp
+Json::Value SetPreShared(ServiceContext &context, const Request &request);
+
+// key_requests.cpp
+Json::Value GetCommonKey(ServiceContext &context, const Request &request);
+Json::Value GetAccessToken(ServiceContext &context, const Request &request);
+
 // lock_requests.cpp
 Json::Value GetLock(ServiceContext &context, const Request &request);
 Json::Value DeleteLock(ServiceContext &context, const Request &request);

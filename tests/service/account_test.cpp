@@ -125,6 +125,34 @@ TEST_F(AccountTest, ServiceKeysAreMadeOnceAndCarryTheirDigest)
     EXPECT_EQ(Ask("getServiceKey")["keys"], keys);
 }
 
+TEST_F(AccountTest, CommonKeysAreKeptForEachPairOfTypes)
+{
+    Json::Value key = Ask("getCommonKey", J("{'dataType': 1, 'keyType': -2}"))["key"];
+    EXPECT_THAT(key.asString(), MatchesRegex("[0-9a-f]{64}"));
+    EXPECT_NE(Ask("getCommonKey", J("{'dataType': -2, 'keyType': 1}"))["key"], key);
+    Restart();
+    EXPECT_EQ(Ask("getCommonKey", J("{'dataType': 1, 'keyType': -2}"))["key"], key);
+    EXPECT_THAT(
+        Ask("getCommonKey", J("{'dataType': 1}")), FailsWith(ErrorCode::INVALID_ARGUMENT, "keyType", "keyType"));
+}
+
+TEST_F(AccountTest, AnAccessTokenIsRenewedWhenItHasRunOut)
+{
+    constexpr int64_t hourMs = 3600 * 1000;
+    nowMs_ = 5000 * hourMs;
+    Json::Value token = Ask("getAccessToken");
+    EXPECT_THAT(token["accessToken"].asString(), SizeIs(43));
+    EXPECT_EQ(token["expireTime"].asInt64(), nowMs_ + hourMs);
+    nowMs_ += hourMs - 1;
+    Restart();
+    EXPECT_EQ(Ask("getAccessToken"), token);
+    nowMs_ += 1;
+    Json::Value next = Ask("getAccessToken");
+    EXPECT_NE(next["accessToken"], token["accessToken"]);
+    nowMs_ -= 10 * hourMs;
+    EXPECT_EQ(Ask("getAccessToken")["expireTime"].asInt64(), nowMs_ + hourMs) << "the clock was set back";
+}
+
 TEST_F(AccountTest, RecordIdRulesAreKeptOrComeFromTheCatalogue)
 {
     Json::Value made = Ask("getRecordIdRules");
