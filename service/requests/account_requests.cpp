@@ -5,9 +5,11 @@
 
 #include <cstdlib>
 #include <stdexcept>
+#include <utility>
 
 #include <sys/statvfs.h>
 
+#include "account/service_setting.h"
 #include "account/settings.h"
 #include "util/json_util.h"
 
@@ -31,17 +33,6 @@ Json::Value JsonSetting(ServiceContext &context, const std::string &name, const 
         }
     }
     return value;
-}
-
-// A parameter's value is wrapped, because a JSON text is always an object or an array.
-Json::Value Parameter(ServiceContext &context, const char *key, const Json::Value &initial)
-{
-    Json::Value wrapped(Json::objectValue);
-    wrapped["key"] = key;
-    wrapped["value"] = initial;
-    wrapped = JsonSetting(context, std::string("parameter/") + key, wrapped);
-    wrapped["key"] = key;
-    return wrapped;
 }
 
 void AddSpace(const std::string &folder, Json::Value &userInfo)
@@ -73,25 +64,31 @@ Json::Value GetCloudUserInfo(ServiceContext &context, const Request &request)
     return reply;
 }
 
-Json::Value GetAppState(ServiceContext &, const Request &)
+Json::Value GetAppState(ServiceContext &context, const Request &)
 {
+    ServiceSetting setting = ReadSetting(*context.store.BeginRead(), *FindSettingRule(SETTING_CHECK_ALIVE));
     Json::Value reply = Success();
-    reply["checkAlive"] = 1;
+    if (setting.state != SettingState::UNSET) {
+        reply[SETTING_CHECK_ALIVE] = setting.value;
+    }
     return reply;
 }
 
 Json::Value GetSysParameters(ServiceContext &context, const Request &)
 {
-    Json::Value flowControl(Json::objectValue);
-    flowControl["flowSpeedLimit"] = 0;
-    flowControl["flowThreshold"] = 0;
+    std::unique_ptr<ReadSession> session = context.store.BeginRead();
     Json::Value reply = Success();
     Json::Value &parameters = reply["parameters"] = Json::Value(Json::arrayValue);
-    parameters.append(Parameter(context, "enableQuicDomainList", Json::Value(Json::arrayValue)));
-    parameters.append(Parameter(context, "flowControl", flowControl));
-    parameters.append(Parameter(context, "flowControlWhiteList", Json::Value(Json::arrayValue)));
-    // Off: this service answers requests in their own transaction only.
-    parameters.append(Parameter(context, "ohNubisUseAsyncIPC", Json::Value(0)));
+    for (const SettingRule &rule : SettingRules()) {
+        ServiceSetting setting = ReadSetting(*session, rule);
+        if (!rule.isSysParameter || setting.state == SettingState::UNSET) {
+            continue;
+        }
+        Json::Value parameter(Json::objectValue);
+        parameter["key"] = rule.name;
+        parameter["value"] = setting.value;
+        parameters.append(std::move(parameter));
+    }
     return reply;
 }
 

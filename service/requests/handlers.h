@@ -19,6 +19,10 @@ Json::Value GetAppState(ServiceContext &context, const Request &request);
 Json::Value GetSysParameters(ServiceContext &context, const Request &request);
 Json::Value GetReportInfo(ServiceContext &context, const Request &request);
 
+// settings_requests.cpp
+Json::Value GetSettings(ServiceContext &context, const Request &request);
+Json::Value SetSetting(ServiceContext &context, const Request &request);
+
 // catalogue_requests.cpp
 Json::Value GetCloudAppInfo(ServiceContext &context, const Request &request);
 Json::Value GetCloudAppSwitches(ServiceContext &context, const Request &request);

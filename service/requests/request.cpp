@@ -86,6 +86,11 @@ const Json::Value &Request::Array(const char *name) const
     return value;
 }
 
+const Json::Value *Request::Find(const char *name) const
+{
+    return json_.isMember(name) ? &json_[name] : nullptr;
+}
+
 std::vector<std::string> Request::Texts(const char *name, size_t most) const
 {
     const Json::Value &array = Array(name);

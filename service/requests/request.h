@@ -43,6 +43,7 @@ public:
     int64_t IntegerOr(const char *name, int64_t other) const;
     bool BooleanOr(const char *name, bool other) const;
     const Json::Value &Array(const char *name) const; // required
+    const Json::Value *Find(const char *name) const;  // of any type; null when it is absent
     std::vector<std::string> Texts(const char *name, size_t most) const;
 
     // The device of the caller.

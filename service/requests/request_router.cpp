@@ -26,6 +26,8 @@ const std::map<std::string, Handler> &Handlers()
         {"getAppState", GetAppState},
         {"getSysParameters", GetSysParameters},
         {"getReportInfo", GetReportInfo},
+        {"getSettings", GetSettings},
+        {"setSetting", SetSetting},
         {"GetCloudAppInfo", GetCloudAppInfo},
         {"GetCloudAppSwitches", GetCloudAppSwitches},
         {"getCloudAppBriefInfo", GetCloudAppBriefInfo},

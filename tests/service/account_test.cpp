@@ -64,7 +64,7 @@ TEST_F(AccountTest, SmallAnswersHaveTheirForms)
     EXPECT_EQ(Ask("getAppState"), J("{'code': 0, 'checkAlive': 1}"));
     EXPECT_EQ(Ask("getSysParameters")["parameters"], J(R"([{'key': 'enableQuicDomainList', 'value': []},
         {'key': 'flowControl', 'value': {'flowSpeedLimit': 0, 'flowThreshold': 0}},
-        {'key': 'flowControlWhiteList', 'value': []}, {'key': 'ohNubisUseAsyncIPC', 'value': 0}])"));
+        {'key': 'flowControlWhiteList', 'value': []}, {'key': 'ohNubisUseAsyncIPC', 'value': 1}])"));
     Json::Value report = Ask("getReportInfo");
     EXPECT_NE(report["reportUrl"].asString(), "");
     EXPECT_TRUE(report["reportParam"].isObject());
@@ -72,17 +72,53 @@ TEST_F(AccountTest, SmallAnswersHaveTheirForms)
 
 TEST_F(AccountTest, SettingsThatWereChangedAreServed)
 {
-    Ask("getSysParameters");
+    Json::Value untouched = Ask("getSettings");
+    EXPECT_THAT(Ask("setSetting", J("{'name': 'flowControl', 'value': {'flowSpeedLimit': 4294967295}}")), Succeeds());
+    EXPECT_THAT(Ask("setSetting", J("{'name': 'flowControlWhiteList', 'value': ['a', 'b']}")), Succeeds());
+    EXPECT_THAT(Ask("setSetting", J("{'name': 'enableQuicDomainList', 'unset': true}")), Succeeds());
+    EXPECT_EQ(Ask("setSetting", J("{'name': 'ohNubisUseAsyncIPC', 'value': 0}"))["setting"],
+        J("{'name': 'ohNubisUseAsyncIPC', 'state': 'set', 'default': 1, 'value': 0}"));
+    EXPECT_EQ(Ask("setSetting", J("{'name': 'checkAlive', 'unset': true}"))["setting"],
+        J("{'name': 'checkAlive', 'state': 'unset', 'default': 1}"));
     std::unique_ptr<WriteSession> session = service_->GetStore().BeginWrite();
-    session->SetSetting("parameter/flowControlWhiteList", "{\"key\":\"flowControlWhiteList\",\"value\":[\"a\"]}");
     session->SetSetting("reportInfo", "{\"reportUrl\":\"https://r\",\"reportParam\":{\"k\":\"v\"}}");
-    session->SetSetting("parameter/flowControl", "broken");
     session->Commit();
     session.reset();
-    Json::Value parameters = Ask("getSysParameters")["parameters"];
-    EXPECT_EQ(parameters[2]["value"], J("['a']"));
-    EXPECT_EQ(parameters[1]["value"]["flowThreshold"], 0) << "a broken setting counts as not there";
+    Restart();
+    EXPECT_EQ(
+        Ask("getSysParameters")["parameters"], J(R"([{'key': 'flowControl', 'value': {'flowSpeedLimit': 4294967295}},
+        {'key': 'flowControlWhiteList', 'value': ['a', 'b']}, {'key': 'ohNubisUseAsyncIPC', 'value': 0}])"));
+    EXPECT_EQ(Ask("getAppState"), J("{'code': 0}"));
     EXPECT_EQ(Ask("getReportInfo")["reportUrl"], "https://r");
+
+    for (const Json::Value &setting : untouched["settings"]) {
+        Json::Value reset = J("{'reset': true}");
+        reset["name"] = setting["name"];
+        EXPECT_EQ(Ask("setSetting", reset)["setting"], setting);
+    }
+    EXPECT_EQ(Ask("getSettings"), untouched);
+}
+
+TEST_F(AccountTest, SettingsAreChecked)
+{
+    Json::Value untouched = Ask("getSettings");
+    const std::vector<std::pair<std::string, std::string>> wrong = {
+        {"{'name': 'flowControl', 'value': {'flowSpeedLimit': -1}}", "integers from 0 to 4294967295"},
+        {"{'name': 'flowControl', 'value': {'flowSpeedLimit': 4294967296}}", "integers from 0 to 4294967295"},
+        {"{'name': 'flowControl', 'value': {'other': 1}}", "\"flowThreshold\""},
+        {"{'name': 'flowControlWhiteList', 'value': ['a', 1]}", "array of at most 1000 texts, came an array"},
+        {"{'name': 'ohNubisUseAsyncIPC', 'value': '0'}", "expected 0 or 1, came text"},
+        {"{'name': 'ohNubisUseAsyncIPC', 'value': 1.0}", "expected 0 or 1, came number"},
+        {"{'name': 'checkAlive', 'value': null}", "expected 0 or 1, came null"},
+        {"{'name': 'checkAlive', 'value': 1, 'reset': true}", "only one"},
+        {"{'name': 'checkAlive'}", "expected one of"},
+    };
+    for (const auto &[request, text] : wrong) {
+        EXPECT_THAT(Ask("setSetting", J(request)), FailsWith(ErrorCode::INVALID_ARGUMENT, text, "value")) << request;
+    }
+    EXPECT_THAT(Ask("setSetting", J("{'name': 'sysTimeStamp', 'value': 1}")),
+        FailsWith(ErrorCode::INVALID_ARGUMENT, "only enableQuicDomainList, flowControl,", "name"));
+    EXPECT_EQ(Ask("getSettings"), untouched);
 }
 
 TEST_F(AccountTest, SettingsOfAnotherFormBreakNothing)
@@ -90,10 +126,10 @@ TEST_F(AccountTest, SettingsOfAnotherFormBreakNothing)
     Json::Value parameters = Ask("getSysParameters");
     Json::Value report = Ask("getReportInfo");
     Ask("getServiceKey");
-    for (const char *text : {"[]", "{}", "{\"key\":5,\"reportUrl\":{},\"containers\":7,\"version\":\"x\"}",
+    for (const char *text : {"[]", "{}", "{\"value\":5,\"reportUrl\":{},\"containers\":7,\"version\":\"x\"}",
              "{\"containers\":{\"people\":[]},\"version\":9223372036854775807}", "\"", "\xff"}) {
         std::unique_ptr<WriteSession> session = service_->GetStore().BeginWrite();
-        for (const char *name : {"parameter/flowControl", "reportInfo", "catalogue/com.example.people"}) {
+        for (const char *name : {"setting/flowControl", "reportInfo", "catalogue/com.example.people"}) {
             session->SetSetting(name, text);
         }
         session->SetSetting("serviceKeys/com.example.people/people", "{}");
