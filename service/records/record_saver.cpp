@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "assets/record_assets.h"
 #include "query/query_parser.h"
 #include "records/limits.h"
 #include "records/record_json.h"
@@ -193,6 +194,7 @@ void RecordSaver::FillNext(Candidate &candidate, const std::optional<StoredRecor
     } else if (context_.policy == SavePolicy::OVERWRITE) {
         next.relations = "[]";
     }
+    AssignAssetIds(*incoming.rule, candidate.data);
     next.data = WriteJson(candidate.data);
     if (next.data.size() + next.relations.size() > MAX_RECORD_BYTES) {
         candidate.outcome->failure = Failure(ErrorCode::INVALID_RECORD,
@@ -326,6 +328,7 @@ void RecordSaver::Write(Candidate &candidate)
     }
     session_.Put(context_.databaseId, candidate.next,
         MakeIndexRows(candidate.data, indexedFields_[candidate.incoming.recordType]));
+    KeepAssets(session_, context_.databaseId, *candidate.incoming.rule, candidate.incoming.recordId, candidate.data);
     candidate.outcome->record = std::move(candidate.next);
 }
 

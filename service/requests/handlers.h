@@ -56,6 +56,12 @@ Json::Value DeleteLock(ServiceContext &context, const Request &request);
 Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &request);
 Json::Value FetchRecordWithId(ServiceContext &context, const Request &request);
 Json::Value FetchRecordWithIds(ServiceContext &context, const Request &request);
+Json::Value BatchDownloadRecords(ServiceContext &context, const Request &request);
+
+// asset_requests.cpp
+Json::Value FetchAssetStatusWithId(ServiceContext &context, const Request &request);
+Json::Value BatchCreateAsset(ServiceContext &context, const Request &request);
+Json::Value UpdateAssetRevision(ServiceContext &context, const Request &request);
 
 // change_requests.cpp
 Json::Value FetchDatabaseChanges(ServiceContext &context, const Request &request);

@@ -143,10 +143,16 @@ const RecordTypeRule &FindRecordType(const Target &target, const Request &reques
     std::string name = request.NonEmptyText("recordType");
     const RecordTypeRule *rule = target.container->FindType(name);
     if (rule == nullptr) {
-        throw RequestError(ErrorCode::UNKNOWN_RECORD_TYPE,
-            "container \"" + target.container->name + "\" has no record type \"" + Excerpt(name) + "\"", "recordType");
+        throw RequestError(UnknownRecordType(target, name));
     }
     return *rule;
+}
+
+Failure UnknownRecordType(const Target &target, const std::string &recordType)
+{
+    return Failure(ErrorCode::UNKNOWN_RECORD_TYPE,
+        "container \"" + target.container->name + "\" has no record type \"" + Excerpt(recordType) + "\"",
+        "recordType");
 }
 
 DatabaseInfo FindDatabase(const ServiceContext &context, const Target &target)

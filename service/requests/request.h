@@ -16,6 +16,7 @@
 #include "catalogue/catalogue.h"
 #include "requests/client_callback.h"
 #include "store/store.h"
+#include "util/failure.h"
 
 namespace DriveService {
 
@@ -79,6 +80,9 @@ Target FindTarget(const ServiceContext &context, const Request &request);
 
 // The request's "recordType"; throws RequestError (UNKNOWN_RECORD_TYPE).
 const RecordTypeRule &FindRecordType(const Target &target, const Request &request);
+
+// Why a record of this type is refused when the container has no such type.
+Failure UnknownRecordType(const Target &target, const std::string &recordType);
 
 // The target's database, made when it is not there yet.
 DatabaseInfo FindDatabase(const ServiceContext &context, const Target &target);

@@ -46,6 +46,10 @@ const std::map<std::string, Handler> &Handlers()
         {"fetchRecordsWithQuery", FetchRecordsWithQuery},
         {"fetchRecordWithId", FetchRecordWithId},
         {"fetchRecordWithIds", FetchRecordWithIds},
+        {"batchDownloadRecords", BatchDownloadRecords},
+        {"fetchAssetStatusWithId", FetchAssetStatusWithId},
+        {"batchCreateAsset", BatchCreateAsset},
+        {"updateAssetRevision", UpdateAssetRevision},
         {"fetchDatabaseChanges", FetchDatabaseChanges},
         {"getStartCursor", GetStartCursor},
     };

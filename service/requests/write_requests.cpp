@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "assets/upload_request.h"
 #include "records/record_deleter.h"
 #include "requests/write_support.h"
 
@@ -44,6 +45,7 @@ Json::Value SaveRecords(ServiceContext &context, const Request &request)
     std::vector<RecordOutcome> outcomes = RecordSaver(*session, save).Save(request.Array("records"));
     session->Commit();
     session.reset();
+    AskForUploads(context, request, target, save.databaseId, outcomes);
 
     Json::Value reply = Success();
     reply["records"] = OutcomesToJson(outcomes);
@@ -88,6 +90,7 @@ Json::Value ModifyRecords(ServiceContext &context, const Request &request)
         session->Commit();
     }
     session.reset();
+    AskForUploads(context, request, target, save.databaseId, saved);
 
     Json::Value reply = Success();
     reply["recordsToSave"] = OutcomesToJson(saved);

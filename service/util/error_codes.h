@@ -35,6 +35,7 @@ enum class ErrorCode : int {
     UNKNOWN_RELATION = 1109,     // a relation that the schema lacks, or one to no live record of the right type
     RECORD_TYPE_MISMATCH = 1110, // the id belongs to a record of another type
     NOT_APPLIED = 1111,          // nothing is wrong with it, but with another record of the same atomic request
+    ASSET_NOT_FOUND = 1112,      // the record's field has no such asset
 
     // The service failed; the same request may succeed later.
     STORE_FAILED = 1201,   // the database could not be read or written

@@ -23,6 +23,7 @@ ErrorType TypeOf(ErrorCode code)
         case ErrorCode::UNKNOWN_REFERENCE:
         case ErrorCode::UNKNOWN_RELATION:
         case ErrorCode::NOT_APPLIED:
+        case ErrorCode::ASSET_NOT_FOUND:
         case ErrorCode::LOCK_HELD:
             return ErrorType::STATE;
         case ErrorCode::STORE_FAILED:
@@ -82,6 +83,8 @@ const char *ReasonOf(ErrorCode code)
             return "RECORD_TYPE_MISMATCH";
         case ErrorCode::NOT_APPLIED:
             return "NOT_APPLIED";
+        case ErrorCode::ASSET_NOT_FOUND:
+            return "ASSET_NOT_FOUND";
         case ErrorCode::STORE_FAILED:
             return "STORE_FAILED";
         case ErrorCode::INTERNAL_ERROR:

@@ -187,13 +187,14 @@ TEST_F(SaveTest, EveryKindOfValueIsKeptAsItWasSent)
     const char *fields = R"({'name': 'Zoë \u0000 \\ 漢字', 'age': -9223372036854775808, 'height': 0.1, 'active': false,
         'tags': ['', 'a,b&c'], 'scores': [1, -2], 'photo': 'AAEC/w==', 'props': {'i': 1, 'd': 1.5, 's': 't', 'b': true},
         'avatar': {'uri': 'file://x', 'assetName': 'x', 'assetOperType': 1, 'sha256': '', 'version': 18446744073709551615,
-        'assetId': '', 'subPath': '', 'exCheckInfo': '', 'size': 3}, 'friend': {'recordId': 'p1', 'recordType': 'person'}})";
+        'assetId': 'a', 'subPath': '', 'exCheckInfo': '', 'size': 3}, 'friend': {'recordId': 'p1', 'recordType': 'person'}})";
     SaveOne(NewPerson("p1", fields));
     EXPECT_EQ(Fetch("p1")["record"], J(fields));
 
-    SaveOne(J("{'recordId': 'm', 'recordType': 'media', 'isNew': true, 'attachments': [{'asset': {'uri': 'a'}}, "
-              "{'uri': 'b'}]}"));
-    EXPECT_EQ(Fetch("m", "media")["record"]["attachments"], J("[{'uri': 'a'}, {'uri': 'b'}]"));
+    SaveOne(J("{'recordId': 'm', 'recordType': 'media', 'isNew': true, 'attachments': "
+              "[{'asset': {'uri': 'a', 'assetId': '1'}}, {'uri': 'b', 'assetId': '2'}]}"));
+    EXPECT_EQ(Fetch("m", "media")["record"]["attachments"],
+        J("[{'uri': 'a', 'assetId': '1'}, {'uri': 'b', 'assetId': '2'}]"));
 }
 
 TEST_F(SaveTest, NumbersKeepEveryBit)
