@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 
 #include <poll.h>
@@ -51,6 +52,21 @@ void DriveServiceProcess::InstallNotesCatalogue()
     if (RunCommand(command, output) != 0) {
         throw std::runtime_error("the catalogue was refused: " + output);
     }
+}
+
+void DriveServiceProcess::InstallManifest(const std::string &abilityVersion)
+{
+    const std::filesystem::path folder = folders_.Root() / "manifests";
+    std::filesystem::create_directories(folder);
+    std::ofstream manifest(folder / (std::string(SERVICE_BUNDLE) + ".json"));
+    manifest << R"({"bundleName": ")" << SERVICE_BUNDLE << R"(", "abilities": [{"name": ")" << SERVICE_ABILITY
+             << R"(", "exec": [")" << NUBIS_TEST_BIN << R"(/nubis-drive-service", "--data", "${state}/drive",)"
+             << R"( "--user", "${user}"], "metadata": [)";
+    if (!abilityVersion.empty()) {
+        manifest << R"({"name": "abilityVersion", "value": ")" << abilityVersion << R"("})";
+    }
+    manifest << "]}]}";
+    setenv("NUBIS_MANIFEST_PATH", folder.c_str(), 1);
 }
 
 int DriveServiceProcess::Pid() const

@@ -26,6 +26,9 @@ public:
     // Puts a catalogue of the bundle TEST_BUNDLE in force: the record types of tests/integration/notes_catalogue.json.
     void InstallNotesCatalogue();
 
+    // A manifest that names this version of the service, or none when it is empty. Before the first connection.
+    void InstallManifest(const std::string &abilityVersion);
+
     // -1 when none runs.
     int Pid() const;
     // SIGKILL, and returns when the process is gone.
