@@ -35,6 +35,16 @@ std::string SystemError(const std::string &what, const std::string &path)
     return what + " " + path + ": " + std::strerror(errno);
 }
 
+bool Connect(int socket, const sockaddr_un &address, bool &nobody)
+{
+    int result = -1;
+    do {
+        result = connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof(address));
+    } while (result != 0 && errno == EINTR);
+    nobody = result != 0 && (errno == ENOENT || errno == ECONNREFUSED);
+    return result == 0;
+}
+
 } // namespace
 
 UniqueFd ConnectSocket(const std::string &path, std::string &error, bool &nobody)
@@ -49,14 +59,24 @@ UniqueFd ConnectSocket(const std::string &path, std::string &error, bool &nobody
     if (fd && setsockopt(fd.Get(), SOL_SOCKET, SO_SNDTIMEO, &QUEUE_TIME, sizeof(QUEUE_TIME)) != 0) {
         fd.Reset();
     }
-    int result = -1;
-    do {
-        result = fd ? connect(fd.Get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) : -1;
-    } while (result != 0 && errno == EINTR);
-    if (result != 0) {
-        nobody = errno == ENOENT || errno == ECONNREFUSED;
+    if (!fd || !Connect(fd.Get(), address, nobody)) {
         error = SystemError("cannot connect to", path);
         return UniqueFd();
+    }
+    return fd;
+}
+
+UniqueFd ConnectSocketAtOnce(const std::string &path, bool &nobody)
+{
+    sockaddr_un address;
+    std::string ignored;
+    nobody = false;
+    if (!FillAddress(path, address, ignored)) {
+        return UniqueFd();
+    }
+    UniqueFd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (fd && !Connect(fd.Get(), address, nobody)) {
+        fd.Reset();
     }
     return fd;
 }
