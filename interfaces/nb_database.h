@@ -52,6 +52,9 @@ using NBRecordsCallback = std::function<void(
 // The id and the result of the one record; both empty when there is not exactly one result.
 using NBSingleRecordCallback = std::function<void(
     std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>, std::string, NBRecordOperResult, const NBError &)>;
+// The results of what was saved and of what was deleted, by record id.
+using NBModifyCallback = std::function<void(std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>,
+    std::shared_ptr<NBResultMap>, std::shared_ptr<NBResultMap>, const NBError &)>;
 // A page of records and the cursor of the next one, empty after the last page.
 using NBQueryCallback = std::function<void(std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>,
     std::shared_ptr<std::vector<NBRecord>>, std::string, const NBError &)>;
@@ -61,6 +64,9 @@ using NBChangesCallback = std::function<void(std::shared_ptr<NBContext>, std::sh
 // The requested id and the record, which with an error carries only its id. The record may be moved from.
 using NBFetchCallback = std::function<void(
     std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>, std::string, NBRecord &, const NBError &)>;
+// The record as the service now has it, which with an error carries only its id. It may be moved from.
+using NBPreSharedCallback =
+    std::function<void(std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>, NBRecord &, const NBError &)>;
 // The progress of a save: called every 10 s while the task is enabled (EnableProgressCallBack), never after the save's
 // own callback has begun. It runs under the lock of the progress registry, so it must not start a save with progress,
 // nor enable or disable one; the next delivery of every task waits for it.
@@ -106,6 +112,19 @@ public:
     // error in their results. Records that the service does not answer for have none.
     int DeleteRecords(std::shared_ptr<NBContext> context, std::vector<NBRecord> &&records, NBSavePolicy policy,
         NBRecordsCallback callback);
+    // Saves and deletes in one request; atomic: all of it or nothing. What is saved has results as for SaveRecords, what
+    // is deleted as for DeleteRecords; when the request fails, a deleted record's result holds only its id and type.
+    int ModifyRecords(std::shared_ptr<NBContext> context, std::vector<NBRecord> &&recordsToSave,
+        std::vector<NBRecord> &&recordsToDelete, NBSavePolicy policy, bool atomic, NBModifyCallback callback);
+    // Writes new records with what the service takes from their sources. Results are kept under the id that the service
+    // gave, else a generated one, else the order's number; when the request fails, or the service does not answer for
+    // exactly the orders given (NB_LOCAL_UNEXPECTED_REPLY), under the order's own id, else as before.
+    int CopyRecords(
+        std::shared_ptr<NBContext> context, std::vector<NBCopyRecord> &&records, NBRecordsCallback callback);
+    int CopyRecord(std::shared_ptr<NBContext> context, NBCopyRecord &&record, NBSingleRecordCallback callback);
+    // Marks a record as shared in advance.
+    int SetPreShared(
+        std::shared_ptr<NBContext> context, std::string recordType, std::string recordId, NBPreSharedCallback callback);
 
     // Reading. desiredKeys names the fields to read; empty reads all. resultLimit is the size of a page in records, as
     // the service understands it. An empty cursor starts at the beginning.
@@ -141,6 +160,21 @@ public:
     NBError GenerateIdsWithKey(const std::vector<std::string> &keys, std::vector<std::string> &ids);
     // The container's root record id; always asks the service.
     NBError GetRootId(std::string &rootId);
+
+    // The lock, which keeps others from writing. While the database holds a session, every request for records carries
+    // it. Taking or deleting a lock while operations are being started on other threads is the caller's concern.
+    //
+    // Takes the lock, or renews it when `lock` names the session that holds it. On success `lock` and the database have
+    // the session, else both are as they were.
+    NBError GetLock(std::shared_ptr<NBContext> context, NBLock &lock);
+    NBError GetLock(NBLock &lock);
+    // Gives the lock back. The database forgets its session when that was the lock's, and on every failure.
+    NBError DeleteLock(std::shared_ptr<NBContext> context, NBLock lock);
+    NBError DeleteLock(NBLock lock);
+
+    // A key that the service keeps for the two types, and a token for the container. Empty on failure.
+    std::string GetCommonKey(int dataType, int keyType);
+    std::string GetAT();
 
     // The service keys of the private database. A fetch that failed, or was for another user than the given one (empty
     // accepts any), is repeated first. An empty record when there are no keys.
@@ -205,6 +239,12 @@ public:
         NBRecordsCallback callback);
     void InnerDeleteRecords(std::shared_ptr<NBContext> context, std::shared_ptr<NBResultMap> results,
         RecordsByType groups, NBSavePolicy policy, NBRecordsCallback callback);
+    void InnerModifyRecords(std::shared_ptr<NBContext> context, Json::Value request,
+        std::shared_ptr<NBResultMap> savedResults, NBModifyCallback callback);
+    void InnerCopyRecords(std::shared_ptr<NBContext> context, Json::Value request, std::shared_ptr<NBResultMap> results,
+        std::vector<NBCopyRecord> orders, NBRecordsCallback callback);
+    void InnerSetPreShared(
+        std::shared_ptr<NBContext> context, Json::Value request, NBRecord record, NBPreSharedCallback callback);
     void InnerFetchRecordWithQuery(
         std::shared_ptr<NBContext> context, Json::Value request, RecordList records, NBQueryCallback callback);
     void InnerFetchDatabaseChanges(
@@ -217,6 +257,10 @@ public:
     // dropped.
     void InsertRecordOperResult(const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecord,
         const std::shared_ptr<NBResultMap> &results);
+    // Gives every record of an array of records as they were sent, if it is one and there is a map, a result that holds
+    // the error and the record's id and type.
+    static void InsertDelRecordResult(
+        const Json::Value &records, const std::shared_ptr<NBResultMap> &results, const NBError &error);
     // Sends an O&M event about the result of a record, or of the whole request, if it is an error. May ask the service
     // where to report to, so never under a lock that a reply needs.
     void ReportOmRecordResult(const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecord,
@@ -250,9 +294,17 @@ private:
     int AddRecordToSave(NBRecord &&record, Json::Value &recordArray, NBResultMap &results, std::string &recordId);
     void ReadSavedRecords(
         const Json::Value &request, const Json::Value &reply, const Json::Value &replyRecords, NBResultMap &results);
+    // Gives every record the error of the call, if there is one.
+    static void SetErrors(const NBError &error, NBResultMap &results);
     void ParseOperResult(const Json::Value &replyRecord, NBRecordOperResult &result);
     void ReadRecords(const Json::Value &replyRecords, std::vector<NBRecord> &records);
+    NBError FetchRecord(Json::Value &request, NBRecord &record);
     void ReadRecordReply(const Json::Value &reply, NBRecord &record, NBError &error);
+    void ReadCopyReply(const Json::Value &request, const Json::Value &reply, const std::vector<NBCopyRecord> &orders,
+        NBResultMap &results, NBError &error);
+    // The id, or when it is empty a new one, or when there is none the number.
+    std::string ResultKey(std::string recordId, size_t number);
+    void SetLockSessionId(const std::string &lockSessionId);
 
     // Both with serviceKeyMutex_ held.
     void FetchServiceKey();
@@ -289,6 +341,7 @@ private:
 
 // Adapt a callback for one record to an operation on many.
 NUBIS_EXPORT NBRecordsCallback RecordsToRecordCallback(NBSingleRecordCallback callback);
+NUBIS_EXPORT NBRecordsCallback CopyRecordsToRecordCallback(NBSingleRecordCallback callback);
 } // namespace Nubis
 
 #endif // NB_DATABASE_H

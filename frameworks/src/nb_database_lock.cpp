@@ -3,135 +3,85 @@
 
 #include "nb_database.h"
 
-#include <algorithm>
 #include <utility>
 
 #include <json/value.h>
 
-#include "byte_buffer.h"
-#include "ffrt_inner.h"
 #include "json_helper.h"
 #include "log.h"
 #include "nb_database_worker.h"
-#include "securec.h"
 
-// The service keys of the private database.
+// The database's lock, and marking records as shared.
 namespace Nubis {
-namespace {
-constexpr size_t KEY_UUID_LENGTH = UserKey::UUID_SIZE - 1;
-constexpr int EFEK_TYPE = 1;
-constexpr int SFEK_TYPE = 3;
-
-template <size_t Size>
-errno_t CopyKey(const std::vector<uint8_t> &key, const std::string &uuid, uint8_t (&keyOut)[Size],
-    char (&uuidOut)[UserKey::UUID_SIZE])
+NBError NBDatabase::GetLock(std::shared_ptr<NBContext> context, NBLock &lock)
 {
-    if (!key.empty()) {
-        const errno_t result = memcpy_s(keyOut, Size, key.data(), std::min(key.size(), Size));
-        if (result != EOK) {
-            return result;
-        }
+    Json::Value request = MakeRequest("getLock");
+    if (!lock.lockSessionId.empty()) {
+        request["lockSessionId"] = lock.lockSessionId;
     }
-    return strcpy_s(uuidOut, UserKey::UUID_SIZE, uuid.c_str());
-}
-} // namespace
-
-void NBDatabase::GetServiceKey()
-{
-    std::lock_guard<ffrt::mutex> lock(*serviceKeyMutex_);
-    FetchServiceKey();
+    AddTraceId(context, request);
+    return Exchange(request, RECORD_REQUEST_TIMEOUT, [this, &lock](const Json::Value &reply, NBError &) {
+        lock.lockSessionId = JsonHelper::GetStringFromJson(reply, "lockSessionId");
+        lock.lockInterval = JsonHelper::GetIntFromJson(reply, "lockInterval");
+        SetLockSessionId(lock.lockSessionId);
+    });
 }
 
-void NBDatabase::ParseServiceKey(const Json::Value &reply)
+NBError NBDatabase::GetLock(NBLock &lock)
 {
-    std::lock_guard<ffrt::mutex> lock(*serviceKeyMutex_);
-    StoreServiceKeys(reply);
+    return GetLock(nullptr, lock);
 }
 
-void NBDatabase::FetchServiceKey()
+NBError NBDatabase::DeleteLock(std::shared_ptr<NBContext> context, NBLock lock)
 {
-    fetched_ &= ~static_cast<uint32_t>(SERVICE_KEY_FETCHED);
-    Json::Value request = MakeRequest("getServiceKey");
-    request["databaseType"] = static_cast<int>(scope_);
-    const NBError error = Exchange(
-        request, RECORD_REQUEST_TIMEOUT, [this](const Json::Value &reply, NBError &) { StoreServiceKeys(reply); });
+    Json::Value request = MakeRequest("deleteLock");
+    request["lockSessionId"] = lock.lockSessionId;
+    AddTraceId(context, request);
+    NBError error = Exchange(request, RECORD_REQUEST_TIMEOUT, [](const Json::Value &, NBError &) {});
     if (error.HasError()) {
-        NB_LOGE("get service key failed");
+        SetLockSessionId("");
+        NB_LOGE("delete lock failed, send data to cloud srv failed");
+        return error;
     }
+    const std::string localSessionId = GetLockSessionId();
+    if (lock.lockSessionId == localSessionId) {
+        SetLockSessionId("");
+    } else {
+        NB_LOGE("delete lock session id is not equal, lock sessionId:%{public}s, local sessionId:%{public}s",
+            lock.lockSessionId.c_str(), localSessionId.c_str());
+    }
+    return error;
 }
 
-void NBDatabase::StoreServiceKeys(const Json::Value &reply)
+NBError NBDatabase::DeleteLock(NBLock lock)
 {
-    const Json::Value *keys = JsonHelper::FindMember(reply, "keys");
-    if (keys == nullptr || !keys->isArray()) {
-        NB_LOGE("parse service key failed, no keys node");
-        return;
-    }
-    fetched_ &= ~static_cast<uint32_t>(SERVICE_KEY_FETCHED);
-    // A fresh holder, or keys of another user could stay in it.
-    serviceKey_ = std::make_shared<UserKey>();
-    for (const auto &keyJson : *keys) {
-        if (keyJson.isObject() && !StoreServiceKey(keyJson)) {
-            return;
-        }
-    }
-    serviceKey_->userId = std::to_string(GetUserId());
-    fetched_ |= SERVICE_KEY_FETCHED;
+    return DeleteLock(nullptr, std::move(lock));
 }
 
-bool NBDatabase::StoreServiceKey(const Json::Value &keyJson)
+void NBDatabase::SetLockSessionId(const std::string &lockSessionId)
 {
-    const auto key = ByteBuffer::HexStringToValueArray(JsonHelper::GetStringFromJson(keyJson, "key"));
-    ByteBuffer buffer;
-    buffer.FromByteArray(key.data(), key.size());
-    const std::string expected = JsonHelper::GetStringFromJson(keyJson, "userKeySHA256");
-    const std::string calculated = buffer.GetBufSha256Base64();
-    if (calculated != expected) {
-        NB_LOGE("parse service key failed, check user key sha256 error, cal sha256:%{public}s, "
-                "user key sha256:%{public}s",
-            calculated.c_str(), expected.c_str());
-        return false;
-    }
-    const std::string uuid = JsonHelper::GetStringFromJson(keyJson, "userKeyGuid");
-    if (uuid.size() != KEY_UUID_LENGTH) {
-        NB_LOGE("parse service key failed, userKeyUuid length is error, uuid:%{public}s", uuid.c_str());
-        return false;
-    }
-    const int keyType = JsonHelper::GetIntFromJson(keyJson, "keyType");
-    errno_t result = EOK;
-    if (keyType == EFEK_TYPE) {
-        result = CopyKey(key, uuid, serviceKey_->efek, serviceKey_->efekUuid);
-        if (result != EOK) {
-            NB_LOGE("parse service key failed, get efek failed, strcpy ret:%{public}d", result);
-        }
-    } else if (keyType == SFEK_TYPE) {
-        result = CopyKey(key, uuid, serviceKey_->sfek, serviceKey_->sfekUuid);
-        if (result != EOK) {
-            NB_LOGE("parse service key failed, get sfek failed, strcpy ret:%{public}d", result);
-        }
-    }
-    return result == EOK;
+    std::lock_guard<std::mutex> guard(lockSessionMutex_);
+    lockSessionId_ = lockSessionId;
 }
 
-std::shared_ptr<UserKey> NBDatabase::GetUserKey(const std::string &userId)
+int NBDatabase::SetPreShared(
+    std::shared_ptr<NBContext> context, std::string recordType, std::string recordId, NBPreSharedCallback callback)
 {
-    {
-        std::lock_guard<ffrt::mutex> lock(*serviceKeyMutex_);
-        if (serviceKey_ != nullptr && (fetched_ & SERVICE_KEY_FETCHED) == 0) {
-            NB_LOGI("get service key failed, will get service key again");
-            FetchServiceKey();
-        }
+    Json::Value request = MakeRequest("setPreShared");
+    request["recordType"] = recordType;
+    request["recordId"] = recordId;
+    AddTraceId(context, request);
+    StartWorker(
+        &NBDatabase::InnerSetPreShared, std::move(context), std::move(request), NBRecord(), std::move(callback));
+    return NB_LOCAL_SUCCESS;
+}
+
+void NBDatabase::InnerSetPreShared(
+    std::shared_ptr<NBContext> context, Json::Value request, NBRecord record, NBPreSharedCallback callback)
+{
+    const NBError error = FetchRecord(request, record);
+    if (callback != nullptr) {
+        callback(std::move(context), shared_from_this(), record, error);
     }
-    auto result = std::make_shared<UserKey>();
-    std::lock_guard<ffrt::mutex> lock(*serviceKeyMutex_);
-    if (serviceKey_ == nullptr) {
-        return result;
-    }
-    if (!userId.empty() && userId != serviceKey_->userId) {
-        NB_LOGI("userid change, will get service key again");
-        FetchServiceKey();
-    }
-    *result = *serviceKey_;
-    return result;
 }
 } // namespace Nubis

@@ -39,12 +39,6 @@ std::string MakeQueryParam(const NBQuery &query)
     param.pop_back();
     return param;
 }
-
-const Json::Value *FindArray(const Json::Value &reply, const char *key)
-{
-    const Json::Value *member = JsonHelper::FindMember(reply, key);
-    return member != nullptr && member->isArray() ? member : nullptr;
-}
 } // namespace
 
 int NBDatabase::FetchRecords(std::shared_ptr<NBContext> context, std::string recordType,
@@ -184,20 +178,27 @@ Json::Value NBDatabase::MakeFetchRequest(const std::shared_ptr<NBContext> &conte
 void NBDatabase::InnerFetchRecordWithId(
     std::shared_ptr<NBContext> context, Json::Value request, NBRecord record, NBFetchCallback callback)
 {
+    const NBError error = FetchRecord(request, record);
+    if (callback != nullptr) {
+        callback(std::move(context), shared_from_this(), record.GetRecordId(), record, error);
+    }
+}
+
+// Sends a request for the record that it names and reads the answer, which is the record. Whatever that is, the record
+// has an id afterwards, and nothing else with an error.
+NBError NBDatabase::FetchRecord(Json::Value &request, NBRecord &record)
+{
     const std::string requestedId = JsonHelper::GetStringFromJson(request, "recordId");
     record.SetRecordId(requestedId);
-    const NBError error = Exchange(request, RECORD_REQUEST_TIMEOUT,
+    NBError error = Exchange(request, RECORD_REQUEST_TIMEOUT,
         [&](const Json::Value &reply, NBError &result) { ReadRecordReply(reply, record, result); });
-    // The callback always names the record that was asked for.
     if (error.HasError()) {
         record = NBRecord();
     }
     if (record.GetRecordId().empty()) {
         record.SetRecordId(requestedId);
     }
-    if (callback != nullptr) {
-        callback(std::move(context), shared_from_this(), record.GetRecordId(), record, error);
-    }
+    return error;
 }
 
 void NBDatabase::ReadRecordReply(const Json::Value &reply, NBRecord &record, NBError &error)

@@ -19,6 +19,18 @@ namespace Nubis {
 constexpr int RECORD_REQUEST_TIMEOUT = 60;
 constexpr int DEFAULT_REQUEST_TIMEOUT = -1;
 
+// The member when it is an array, else null.
+inline const Json::Value *FindArray(const Json::Value &json, const char *key)
+{
+    const Json::Value *member = JsonHelper::FindMember(json, key);
+    return member != nullptr && member->isArray() ? member : nullptr;
+}
+
+// Appends what is sent of the record and returns it; null when one of its fields cannot be written.
+Json::Value *AppendRecordJson(const NBRecord &record, Json::Value &recordArray);
+// A deletion does not need the fields, so one that cannot be written does not keep the record from being deleted.
+Json::Value MakeDeleteJson(const NBRecord &record);
+
 // Runs the member on a task of its own, which holds the database until it ends.
 template <typename... Parameters, typename... Arguments>
 void NBDatabase::StartWorker(void (NBDatabase::*inner)(Parameters...), Arguments &&...arguments)
@@ -45,9 +57,8 @@ NBError NBDatabase::SendGroups(
         request["recordType"] = recordType;
         fillRequest(request, records);
         error = Exchange(request, DEFAULT_REQUEST_TIMEOUT, [&](const Json::Value &reply, NBError &) {
-            const Json::Value *replyRecords = JsonHelper::FindMember(reply, "records");
-            for (Json::ArrayIndex i = 0; replyRecords != nullptr && replyRecords->isArray() && i < replyRecords->size();
-                 ++i) {
+            const Json::Value *replyRecords = FindArray(reply, "records");
+            for (Json::ArrayIndex i = 0; replyRecords != nullptr && i < replyRecords->size(); ++i) {
                 InsertRecordOperResult(request, reply, (*replyRecords)[i], results);
             }
         });

@@ -13,20 +13,26 @@
 
 // Writing records.
 namespace Nubis {
-namespace {
-// A deletion does not need the fields, so one that cannot be written does not keep the record from being deleted.
-Json::Value MakeDeleteJson(const NBRecord &record)
+Json::Value *AppendRecordJson(const NBRecord &record, Json::Value &recordArray)
 {
     try {
-        return record.ToJsonValue();
+        return &recordArray.append(record.ToJsonValue());
     } catch (const std::exception &e) {
         NB_LOGE("record to json failed, record id:%{public}s, %{public}s", record.GetRecordId().c_str(), e.what());
-        NBRecord bare = record;
-        bare.SetRecordData(NBFieldMap());
-        return bare.ToJsonValue();
+        return nullptr;
     }
 }
-} // namespace
+
+Json::Value MakeDeleteJson(const NBRecord &record)
+{
+    Json::Value recordArray(Json::arrayValue);
+    if (Json::Value *json = AppendRecordJson(record, recordArray)) {
+        return std::move(*json);
+    }
+    NBRecord bare = record;
+    bare.SetRecordData(NBFieldMap());
+    return bare.ToJsonValue();
+}
 
 NBRecordsCallback RecordsToRecordCallback(NBSingleRecordCallback callback)
 {
@@ -98,10 +104,7 @@ int NBDatabase::AddRecordToSave(
         }
         record.SetRecordId(recordId);
     }
-    try {
-        recordArray.append(record.ToJsonValue());
-    } catch (const std::exception &e) {
-        NB_LOGE("record to json failed, record id:%{public}s, %{public}s", recordId.c_str(), e.what());
+    if (AppendRecordJson(record, recordArray) == nullptr) {
         return NB_LOCAL_BAD_DATA;
     }
     results.insert_or_assign(recordId, NBRecordOperResult(NBError(NB_LOCAL_UNEXPECTED_REPLY), std::move(record)));
@@ -114,16 +117,11 @@ void NBDatabase::InnerSaveRecords(std::shared_ptr<NBContext> context, Json::Valu
     const std::string taskId = JsonHelper::GetStringFromJson(request, "taskId");
     const NBError error =
         Exchange(request, DEFAULT_REQUEST_TIMEOUT, [this, &request, &results](const Json::Value &reply, NBError &) {
-            const Json::Value *records = JsonHelper::FindMember(reply, "records");
-            if (records != nullptr && records->isArray()) {
+            if (const Json::Value *records = FindArray(reply, "records")) {
                 ReadSavedRecords(request, reply, *records, *results);
             }
         });
-    if (error.HasError()) {
-        for (auto &[recordId, result] : *results) {
-            result.SetError(error);
-        }
-    }
+    SetErrors(error, *results);
     if (!taskId.empty()) {
         RemoveProgressCallBack(taskId);
     }
@@ -159,6 +157,16 @@ void NBDatabase::InnerDeleteRecords(std::shared_ptr<NBContext> context, std::sha
     const NBError error = SendGroups(request, groups, results, fillRequest);
     if (callback != nullptr) {
         callback(std::move(context), shared_from_this(), std::move(results), error);
+    }
+}
+
+void NBDatabase::SetErrors(const NBError &error, NBResultMap &results)
+{
+    if (!error.HasError()) {
+        return;
+    }
+    for (auto &[recordId, result] : results) {
+        result.SetError(error);
     }
 }
 

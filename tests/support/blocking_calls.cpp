@@ -68,6 +68,31 @@ Saved Delete(const Database &database, std::vector<Nubis::NBRecord> records, Nub
     return pending.Wait(database->DeleteRecords(NewContext(), std::move(records), policy, ResultsInto(pending)));
 }
 
+Modified Modify(const Database &database, std::vector<Nubis::NBRecord> save, std::vector<Nubis::NBRecord> erase,
+    bool atomic, Nubis::NBSavePolicy policy)
+{
+    Pending<Modified> pending;
+    return pending.Wait(database->ModifyRecords(NewContext(), std::move(save), std::move(erase), policy, atomic,
+        [pending](auto, auto, auto saved, auto deleted, const Nubis::NBError &error) mutable {
+            pending.Set({std::move(*saved), std::move(*deleted), error});
+        }));
+}
+
+Saved Copy(const Database &database, std::vector<Nubis::NBCopyRecord> orders)
+{
+    Pending<Saved> pending;
+    return pending.Wait(database->CopyRecords(NewContext(), std::move(orders), ResultsInto(pending)));
+}
+
+Fetched PreShare(const Database &database, const std::string &recordType, const std::string &recordId)
+{
+    Pending<Fetched> pending;
+    return pending.Wait(database->SetPreShared(NewContext(), recordType, recordId,
+        [pending](auto, auto, Nubis::NBRecord &record, const Nubis::NBError &error) mutable {
+            pending.Set({record.GetRecordId(), std::move(record), error});
+        }));
+}
+
 Saved FetchByIds(const Database &database, std::vector<Nubis::NBRecord> records)
 {
     Pending<Saved> pending;

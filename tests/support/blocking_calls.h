@@ -33,12 +33,23 @@ struct Fetched {
     Nubis::NBError error;
 };
 
+struct Modified {
+    Nubis::NBResultMap saved;
+    Nubis::NBResultMap deleted;
+    Nubis::NBError error;
+};
+
 using Database = std::shared_ptr<Nubis::NBDatabase>;
 
 Saved Save(const Database &database, std::vector<Nubis::NBRecord> records,
     Nubis::NBSavePolicy policy = Nubis::NB_SAVE_OVERWRITE);
 Saved Delete(const Database &database, std::vector<Nubis::NBRecord> records,
     Nubis::NBSavePolicy policy = Nubis::NB_SAVE_OVERWRITE);
+Modified Modify(const Database &database, std::vector<Nubis::NBRecord> save, std::vector<Nubis::NBRecord> erase,
+    bool atomic, Nubis::NBSavePolicy policy = Nubis::NB_SAVE_OVERWRITE);
+Saved Copy(const Database &database, std::vector<Nubis::NBCopyRecord> orders);
+// The recordId is that of the record.
+Fetched PreShare(const Database &database, const std::string &recordType, const std::string &recordId);
 Saved FetchByIds(const Database &database, std::vector<Nubis::NBRecord> records);
 Fetched FetchById(const Database &database, const std::string &recordType, const std::string &recordId);
 Page Query(const Database &database, const Nubis::NBQuery &query, int pageSize = 100, const std::string &cursor = "");
