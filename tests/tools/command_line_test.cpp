@@ -37,7 +37,8 @@ std::vector<std::vector<std::string>> AllCommands()
 {
     return {{}, {"demo"}, {"service"}, {"service", "start"}, {"service", "stop"}, {"service", "status"},
         {"service", "exec"}, {"catalogue"}, {"catalogue", "check"}, {"catalogue", "apply"}, {"catalogue", "list"},
-        {"catalogue", "show"}, {"user", "info"}, {"record"}, {"record", "import"}, {"record", "save"},
+        {"catalogue", "show"}, {"user", "info"}, {"config", "list"}, {"config", "get"}, {"config", "set"},
+        {"config", "unset"}, {"config", "reset"}, {"record"}, {"record", "import"}, {"record", "save"},
         {"record", "get"}, {"record", "delete"}, {"record", "query"}, {"changes"}, {"crid", "encode"},
         {"crid", "decode"}};
 }

@@ -171,6 +171,29 @@ TEST_F(EndToEndTest, SavePoliciesAreTheServices)
     EXPECT_THAT(out_, testing::Not(HasSubstr("stars")));
 }
 
+TEST_F(EndToEndTest, SettingsAreChangedUnsetAndReset)
+{
+    ASSERT_EQ(RunLines("nubis config set ohNubisUseAsyncIPC 0 >/dev/null && nubis config unset checkAlive >/dev/null &&"
+                       "nubis config set flowControl '{\"flowThreshold\": 5}' && nubis config reset flowControl &&"
+                       "nubis config get checkAlive && nubis config get ohNubisUseAsyncIPC --json"),
+        0)
+        << Errors();
+    const std::string lines = "flowControl is now {\"flowThreshold\":5}\n"
+                              "flowControl is now {\"flowSpeedLimit\":0,\"flowThreshold\":0} (the default)\nunset\n";
+    EXPECT_THAT(out_, testing::StartsWith(lines));
+    out_.erase(0, lines.size());
+    EXPECT_EQ(Out()["value"], 0);
+    EXPECT_EQ(Out()["state"], "set");
+
+    EXPECT_EQ(RunLines("nubis config set flowControl fast || nubis config get noSuch"), 1);
+    EXPECT_THAT(
+        Errors(), HasSubstr("flowSpeedLimit\" and \"flowThreshold\", integers from 0 to 4294967295, came text"));
+    EXPECT_THAT(Errors(), HasSubstr("there is no setting \"noSuch\"\n  next: see `nubis config list`"));
+    EXPECT_EQ(RunLines("nubis config set flowControl '{flowThreshold: 5}'"), 2);
+    EXPECT_EQ(RunLines("nubis config list"), 0);
+    EXPECT_THAT(out_, HasSubstr("ohNubisUseAsyncIPC    1 "));
+}
+
 TEST_F(EndToEndTest, DeletedRecordsAreGoneAndTheirTombstonesTravel)
 {
     EXPECT_EQ(RunLines(std::string("save() { nubis record save --new --id $1 '{\"title\": \"x\"}' >/dev/null") +

@@ -129,6 +129,7 @@ int RunTool(std::vector<std::string> arguments, const Console &console)
     AddServiceCommands(app, chosen);
     AddCatalogueCommands(app, chosen);
     AddUserCommands(app, chosen);
+    AddConfigCommands(app, chosen);
     AddRecordCommands(app, chosen);
     AddChangesCommand(app, chosen);
     AddCridCommands(app, chosen);

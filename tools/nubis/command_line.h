@@ -33,6 +33,7 @@ void SetAction(CLI::App &command, Chosen &chosen, Action action);
 void AddServiceCommands(CLI::App &app, Chosen &chosen);
 void AddCatalogueCommands(CLI::App &app, Chosen &chosen);
 void AddUserCommands(CLI::App &app, Chosen &chosen);
+void AddConfigCommands(CLI::App &app, Chosen &chosen);
 void AddImportCommand(CLI::App &record, Chosen &chosen);
 void AddRecordByIdCommands(CLI::App &record, Chosen &chosen);
 void AddRecordCommands(CLI::App &app, Chosen &chosen);
