@@ -152,6 +152,21 @@ TEST_F(OmReportTest, EveryFailedRecordOfASuccessfulSaveIsReported)
     EXPECT_EQ(JsonHelper::StringToJson(reported[1].at("extraInfo"))["localRecordId"], "worse");
 }
 
+TEST_F(OmReportTest, EveryFailedCopyIsReported)
+{
+    ASSERT_FALSE(SignIn().HasError());
+    service_->Answer("copyRecords", R"({"code": 0, "records": [{"code": 5, "recordId": "bad"}]})");
+    std::vector<NBCopyRecord> orders(1);
+    const auto done = std::make_shared<std::promise<void>>();
+    ASSERT_EQ(database_->CopyRecords(
+                  nullptr, std::move(orders), [done](auto, auto, auto, const NBError &) { done->set_value(); }),
+        0);
+    done->get_future().get();
+    const auto events = Events();
+    ASSERT_EQ(events.size(), 1U);
+    EXPECT_EQ(events[0]["fields"]["business_id"], "copyRecords");
+}
+
 TEST_F(OmReportTest, FailedRequestsOfTheKitAreNotReported)
 {
     ASSERT_FALSE(SignIn().HasError());
