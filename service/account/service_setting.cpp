@@ -67,6 +67,7 @@ const std::vector<SettingRule> &SettingRules()
             IsFlowControl, NoFlowControl()},
         {"flowControlWhiteList", true, list, IsTextList, Json::Value(Json::arrayValue)},
         {"ohNubisUseAsyncIPC", true, onOff, IsSwitch, Json::Value(1)},
+        {SETTING_UPLOAD_CALLBACK, false, onOff, IsSwitch, Json::Value(1)},
         {SETTING_CHECK_ALIVE, false, onOff, IsSwitch, Json::Value(1)},
     };
     return *rules;

@@ -14,6 +14,7 @@
 namespace DriveService {
 
 constexpr const char *SETTING_CHECK_ALIVE = "checkAlive";
+constexpr const char *SETTING_UPLOAD_CALLBACK = "uploadCallback"; // whether clients are asked for pending assets
 
 // What can be changed of a service's behaviour towards its user's clients while it runs.
 struct SettingRule {

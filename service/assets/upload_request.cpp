@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 
+#include "account/service_setting.h"
 #include "account/settings.h"
 #include "assets/record_assets.h"
 #include "records/limits.h"
@@ -19,11 +20,9 @@ namespace DriveService {
 
 namespace {
 
-constexpr const char *SETTING_UPLOAD_CALLBACK = "uploadCallback";
-
 bool IsSwitchedOn(ServiceContext &context)
 {
-    return context.store.BeginRead()->Setting(SETTING_UPLOAD_CALLBACK).value_or("1") != "0";
+    return ReadSetting(*context.store.BeginRead(), *FindSettingRule(SETTING_UPLOAD_CALLBACK)).value != 0;
 }
 
 // The record with its pending assets; null when it has none.
@@ -88,7 +87,7 @@ Json::Value PendingRecords(
 // Whether the client says that this very content of the asset is uploaded.
 bool Confirms(const Json::Value &answer, const Json::Value &asked)
 {
-    if (!answer.isArray() || asked["sha256"] == "") {
+    if (!answer.isArray() || asked["sha256"].asString().empty()) {
         return false;
     }
     for (const Json::Value &item : answer) {

@@ -20,7 +20,7 @@ namespace DriveService {
 //
 // Assets that the client says it has uploaded become "uploaded"; nothing else of the answer counts, nor does its
 // absence. Does nothing when the client sent no object to call, when nothing is pending or when the setting
-// "uploadCallback" is "0". Called after the commit and without a session; throws nothing.
+// "uploadCallback" is 0. Called after the commit and without a session; throws nothing.
 void AskForUploads(ServiceContext &context, const Request &request, const Target &target, int64_t databaseId,
     const std::vector<RecordOutcome> &outcomes) noexcept;
 

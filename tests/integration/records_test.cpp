@@ -34,6 +34,7 @@ TEST_F(RecordsTest, EveryKindOfValueComesBackAsItWasSaved)
     photo.assetName = "p\u00e9.jpg";
     photo.size = 1234567890123ULL;
     photo.assetOperType = 2;
+    photo.assetId = "photo-1";
     NBFieldList tags{NBRecordField("red"), NBRecordField("\xE2\x82\xAC uro"), NBRecordField("")};
     const NBRecord folder = Folder("f").Id("folder-1");
     ASSERT_TRUE(AllSaved(Save(Database(), {folder})));

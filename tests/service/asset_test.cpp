@@ -263,10 +263,7 @@ TEST_F(UploadTest, TheSaveStandsWhateverTheClientAnswers)
     EXPECT_EQ(calls_.size(), 7u);
     EXPECT_EQ(State("p"), "pending 1");
 
-    std::unique_ptr<WriteSession> session = service_->GetStore().BeginWrite();
-    session->SetSetting("uploadCallback", "0");
-    session->Commit();
-    session.reset();
+    EXPECT_THAT(Ask("setSetting", J("{'name': 'uploadCallback', 'value': 0}")), Succeeds());
     SaveAndUpload(Pictured("p", "{}"), [](const Json::Value &) { return ""; });
     EXPECT_EQ(calls_.size(), 7u) << "switched off";
 }

@@ -58,11 +58,13 @@ TEST_F(HostileInputTest, LongNamesAreCutInMessagesBetweenCharacters)
 // Every member that the functions read, so that random values reach all of their checks.
 const std::vector<std::string> MEMBERS = {"bundleName", "containerName", "databaseType", "recordType", "recordId",
     "records", "savePolicy", "fields", "queryParam", "cursor", "pageSize", "index", "syncDemon", "needSpaceInfo",
-    "baseVersion", "isNew", "deleted", "relations", "name", "age", "tags", "avatar", "friend", "props", "photo"};
+    "baseVersion", "isNew", "deleted", "relations", "name", "age", "tags", "avatar", "friend", "props", "photo",
+    "assets", "asset", "field", "assetId", "sha256", "size", "revision"};
 const std::vector<std::string> FUNCTIONS = {"getAppState", "getSysParameters", "getReportInfo", "GetCloudAppInfo",
     "GetCloudAppSwitches", "getCloudAppBriefInfo", "getAppConfigParams", "getRecordIdRules", "getServiceKey",
     "saveRecords", "deleteRecords", "fetchRecordsWithQuery", "fetchRecordWithId", "fetchRecordWithIds",
-    "fetchDatabaseChanges", "getStartCursor"};
+    "fetchDatabaseChanges", "getStartCursor", "getSettings", "setSetting", "batchDownloadRecords",
+    "fetchAssetStatusWithId", "batchCreateAsset", "updateAssetRevision"};
 
 Json::Value RandomValue(int depth)
 {
