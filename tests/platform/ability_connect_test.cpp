@@ -284,6 +284,28 @@ TEST(AbilityConnectTest, StaleSocketIsReplacedAndAPlaceIsTakenOnce)
     Manager().DisconnectAbility(connection->AsObject());
 }
 
+TEST(AbilityConnectTest, AServerThatStopsFinishesWhileItsClientsAreConnected)
+{
+    TestHost::Get();
+    int finished = 0;
+    sptr<TestConnection> connection = new TestConnection();
+    Host::AbilityServerOptions options;
+    options.bundleName = "test.finish";
+    options.abilityName = ABILITY;
+    options.beforeClose = [&] { finished += Call(connection->AwaitAbility(), RESULT) == 0 ? 1 : 0; };
+    Host::AbilityServer server(options, new TestAbility());
+    std::string error;
+    ASSERT_TRUE(server.Start(error)) << error;
+    std::thread running([&server] { server.Run(); });
+    EXPECT_EQ(Connect(connection, "test.finish"), 0) << Host::LastConnectError();
+    EXPECT_NE(connection->AwaitAbility(), nullptr);
+    server.Stop();
+    running.join();
+    EXPECT_EQ(finished, 1);
+    EXPECT_EQ(connection->AwaitDisconnects().size(), 1U);
+    connection->DropAbility();
+}
+
 TEST(AbilityConnectTest, FailuresAreToldInWords)
 {
     struct {
