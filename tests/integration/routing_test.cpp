@@ -86,8 +86,8 @@ INSTANTIATE_TEST_SUITE_P(All, RoutingTest,
         Route{"1", "0", NONE}, Route{"1", "", NONE}, Route{"2", "1", OF_VERSION_2}, Route{"2", "0", NONE},
         Route{"2", "", OF_VERSION_2}, Route{"3", "1", OF_VERSION_3}, Route{"3", "0", NONE},
         Route{"3", "", OF_VERSION_3}),
-    [](const testing::TestParamInfo<Route> &info) {
-        const Route &route = info.param;
+    [](const testing::TestParamInfo<Route> &instance) {
+        const Route &route = instance.param;
         return "Version" + (route.abilityVersion.empty() ? "None" : route.abilityVersion) + "Switch" +
                (route.useAsyncIpc.empty() ? "Unset" : route.useAsyncIpc);
     });
