@@ -31,6 +31,11 @@ struct Route {
     // The service's setting; empty: it has none.
     std::string useAsyncIpc;
     std::vector<std::string> asynchronous;
+
+    friend void PrintTo(const Route &route, std::ostream *out)
+    {
+        *out << "version " << route.abilityVersion << ", switch " << route.useAsyncIpc;
+    }
 };
 
 class RoutingTest : public testing::TestWithParam<Route> {
