@@ -29,6 +29,7 @@ public:
 
     ~LogCapture()
     {
+        LetGo();
         LOG_SetCallback(nullptr);
         Host::SetLogLevel(formerLevel_);
     }
@@ -63,8 +64,7 @@ public:
         std::unique_lock<std::mutex> lock(sink.mutex);
         return sink.added.wait_for(lock, std::chrono::seconds(30), [&]() {
             for (const auto &line : sink.lines) {
-                const std::string &text = line.second;
-                if (text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0) {
+                if (EndsWith(line.second, end)) {
                     return true;
                 }
             }
@@ -72,11 +72,30 @@ public:
         });
     }
 
+    // Threads that log a text that ends like this stay in the call until LetGo.
+    void Hold(const std::string &end)
+    {
+        Sink &sink = GetSink();
+        std::lock_guard<std::mutex> lock(sink.mutex);
+        sink.held = end;
+    }
+
+    void LetGo()
+    {
+        Sink &sink = GetSink();
+        std::lock_guard<std::mutex> lock(sink.mutex);
+        sink.held.clear();
+        sink.letGo.notify_all();
+    }
+
 private:
     struct Sink {
         std::mutex mutex;
         std::condition_variable added;
         std::vector<std::pair<LogLevel, std::string>> lines;
+        std::condition_variable letGo;
+        // Empty: none.
+        std::string held;
     };
 
     static Sink &GetSink()
@@ -88,9 +107,15 @@ private:
     static void Collect(const LogType, const LogLevel level, const unsigned int, const char *, const char *message)
     {
         Sink &sink = GetSink();
-        std::lock_guard<std::mutex> lock(sink.mutex);
+        std::unique_lock<std::mutex> lock(sink.mutex);
         sink.lines.emplace_back(level, message);
         sink.added.notify_all();
+        sink.letGo.wait(lock, [&]() { return sink.held.empty() || !EndsWith(message, sink.held); });
+    }
+
+    static bool EndsWith(const std::string &text, const std::string &end)
+    {
+        return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
     }
 
     static std::string WithoutPlace(const std::string &text)

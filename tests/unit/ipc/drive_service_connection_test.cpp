@@ -68,6 +68,27 @@ TEST_F(ConnectionTest, OneOfManyRequestsReconnectsAfterADeath)
     EXPECT_THAT(log.Take(LOG_INFO), Contains("connect extension ability").Times(1));
 }
 
+TEST_F(ConnectionTest, RequestsBehindAFailedAttemptShareItsResult)
+{
+    NubisTest::LogCapture log;
+    const auto proxy = Connect();
+    NubisTest::FakeDriveService::Kill(userId_);
+    ASSERT_TRUE(log.WaitFor("Remove death recipient success"));
+    log.Take(LOG_INFO);
+    service_->OfferAgain(userId_);
+    // The connection does not come in time.
+    log.Hold("ability connect success, ability name:DriveServiceAbility");
+    std::vector<std::future<NubisTest::SendOutcome>> sent;
+    for (int i = 0; i < 8; ++i) {
+        sent.push_back(SendAside(*proxy, "getLock"));
+    }
+    for (auto &outcome : sent) {
+        EXPECT_EQ(outcome.get().status, 19);
+    }
+    log.LetGo();
+    EXPECT_THAT(log.Take(LOG_INFO), Contains("connect extension ability").Times(1));
+}
+
 TEST_F(ConnectionTest, ADeathEndsEveryAsynchronousWait)
 {
     const auto proxy = Connect({{"abilityVersion", "3"}}, true);

@@ -152,33 +152,33 @@ TEST_F(TimerTest, AGreetingThatHangsHoldsNothingUp)
     EXPECT_EQ(sent.get().status, 0);
 }
 
-// Holds the news of a disconnect back until it is let go.
-std::promise<void> *g_disconnectNews = nullptr;
-
-void HoldDisconnectNews(const LogType, const LogLevel, const unsigned int, const char *, const char *message)
-{
-    const std::string text = message;
-    const std::string news = "()} ability disconnect";
-    if (text.size() > news.size() && text.compare(text.size() - news.size(), news.size(), news) == 0) {
-        g_disconnectNews->get_future().wait();
-    }
-}
-
 TEST_F(TimerTest, ARequestThatMeetsAnIdleDisconnectReconnects)
 {
     const auto proxy = ConnectAndRest();
-    std::promise<void> news;
-    g_disconnectNews = &news;
-    LOG_SetCallback(HoldDisconnectNews);
+    log_.Hold("ability disconnect");
     std::promise<int32_t> status;
     // In tasks: the clock leaves the tick behind when the disconnect does not end, and returns when the request waits.
     clock_.Advance(13 * TICK);
     ffrt::submit([&]() { status.set_value(Send(*proxy, "deleteLock").status); });
     clock_.Advance(seconds(0));
     EXPECT_TRUE(service_->Requests("deleteLock").empty());
-    news.set_value();
+    log_.LetGo();
     EXPECT_EQ(status.get_future().get(), 0);
-    LOG_SetCallback(nullptr);
+}
+
+TEST_F(TimerTest, ARequestThatCrossesTheEndOfTheTimerHasOne)
+{
+    const auto proxy = ConnectAndRest();
+    for (int round = 0; round < 100; ++round) {
+        clock_.Advance(35 * TICK);
+        auto sent = SendAside(*proxy, "deleteLock");
+        clock_.Advance(TICK);
+        ASSERT_EQ(sent.get().status, 0);
+        log_.Take(LOG_INFO);
+        clock_.Advance(14 * TICK);
+        ASSERT_THAT(log_.Take(LOG_INFO), Contains("disconnect ability")) << round;
+        ASSERT_EQ(Send(*proxy, "deleteLock").status, 0);
+    }
 }
 
 TEST_F(TimerTest, TheTimerEndsWithItsProxy)
