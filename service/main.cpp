@@ -62,6 +62,9 @@ int Serve(const DriveService::ServeOptions &options)
         std::cerr << "nubis-drive-service: " << error << "\n";
     }
     g_server = nullptr;
+    if (!instance->GetNotifier().Finish(FINISH_TIME)) {
+        DriveService::LogError("the service ends with notifications unsent; the next one sends them");
+    }
     return started ? 0 : 1;
 }
 

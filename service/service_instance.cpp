@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "host/event_channel.h"
 #include "util/file_util.h"
 
 namespace DriveService {
@@ -91,13 +92,18 @@ ServiceInstance::ServiceInstance(const std::string &dataFolder, int userId, std:
     }
     catalogue_ = std::make_unique<Catalogue>(paths_.catalogue, *store_);
     pushKey_ = std::make_unique<PushKey>(paths_.pushKey);
+    auto publish = [userId](const std::string &eventName, const std::string &text, std::string &error) {
+        return Host::PublishEvent(userId, eventName, text, error);
+    };
+    notifier_ = std::make_unique<Notifier>(*store_, *pushKey_, nowMs, publish);
     router_ = std::make_unique<RequestRouter>(
-        ServiceContext{*store_, *catalogue_, *pushKey_, paths_.userFolder, std::move(nowMs)});
+        ServiceContext{*store_, *catalogue_, *pushKey_, *notifier_, paths_.userFolder, std::move(nowMs)});
 }
 
 ServiceInstance::~ServiceInstance()
 {
     router_.reset();
+    notifier_.reset();
     catalogue_.reset();
     store_.reset();
     close(lockFd_);

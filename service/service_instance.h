@@ -10,6 +10,7 @@
 
 #include "account/push_key.h"
 #include "catalogue/catalogue.h"
+#include "push/notifier.h"
 #include "requests/request_router.h"
 #include "store/sqlite_store.h"
 
@@ -47,6 +48,10 @@ public:
     {
         return *router_;
     }
+    Notifier &GetNotifier()
+    {
+        return *notifier_;
+    }
     Store &GetStore()
     {
         return *store_;
@@ -58,6 +63,7 @@ private:
     std::unique_ptr<SqliteStore> store_;
     std::unique_ptr<Catalogue> catalogue_;
     std::unique_ptr<PushKey> pushKey_;
+    std::unique_ptr<Notifier> notifier_;
     std::unique_ptr<RequestRouter> router_;
 };
 

@@ -30,6 +30,12 @@ struct KeyFree {
         EVP_PKEY_free(key);
     }
 };
+struct DigestFree {
+    void operator()(EVP_MD_CTX *context) const
+    {
+        EVP_MD_CTX_free(context);
+    }
+};
 struct BioFree {
     void operator()(BIO *bio) const
     {
@@ -37,6 +43,7 @@ struct BioFree {
     }
 };
 using KeyPointer = std::unique_ptr<EVP_PKEY, KeyFree>;
+using DigestPointer = std::unique_ptr<EVP_MD_CTX, DigestFree>;
 using BioPointer = std::unique_ptr<BIO, BioFree>;
 
 KeyPointer ReadPem(const std::string &pem)
@@ -95,6 +102,7 @@ void PushKey::EnsureLoaded()
         ReplaceFile(path_, WritePem(key.get()));
     }
     publicDer_ = PublicDerOf(key.get());
+    key_ = std::move(key);
 }
 
 std::string PushKey::Id()
@@ -109,6 +117,30 @@ std::string PushKey::PublicKeyHex()
     std::lock_guard<std::mutex> lock(mutex_);
     EnsureLoaded();
     return HexEncode(publicDer_);
+}
+
+std::string PushKey::SignHex(const std::string &text)
+{
+    std::shared_ptr<EVP_PKEY> key;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        EnsureLoaded();
+        key = key_;
+    }
+    DigestPointer digest(EVP_MD_CTX_new());
+    EVP_PKEY_CTX *options = nullptr;
+    const auto *data = reinterpret_cast<const unsigned char *>(text.data());
+    auto length = static_cast<size_t>(EVP_PKEY_get_size(key.get()));
+    std::string signature(length, '\0');
+    auto *bytes = reinterpret_cast<unsigned char *>(signature.data());
+    if (!digest || EVP_DigestSignInit(digest.get(), &options, EVP_sha256(), nullptr, key.get()) != 1 ||
+        EVP_PKEY_CTX_set_rsa_padding(options, RSA_PKCS1_PSS_PADDING) != 1 ||
+        EVP_PKEY_CTX_set_rsa_pss_saltlen(options, RSA_PSS_SALTLEN_DIGEST) != 1 ||
+        EVP_DigestSign(digest.get(), bytes, &length, data, text.size()) != 1) {
+        throw std::runtime_error("a notification could not be signed with " + path_);
+    }
+    signature.resize(length);
+    return HexEncode(signature);
 }
 
 } // namespace DriveService

@@ -4,8 +4,11 @@
 #ifndef NUBIS_SERVICE_ACCOUNT_PUSH_KEY_H
 #define NUBIS_SERVICE_ACCOUNT_PUSH_KEY_H
 
+#include <memory>
 #include <mutex>
 #include <string>
+
+#include <openssl/types.h>
 
 namespace DriveService {
 
@@ -21,13 +24,18 @@ public:
     // The SubjectPublicKeyInfo in DER as lower-case hexadecimal text.
     std::string PublicKeyHex();
 
+    // The signature (PSS with SHA-256) of the text as lower-case hexadecimal text.
+    std::string SignHex(const std::string &text);
+
 private:
     // Throws std::runtime_error when the key can be neither read nor made and kept.
     void EnsureLoaded();
 
     const std::string path_;
     std::mutex mutex_;
-    std::string publicDer_; // guarded by mutex_; empty until loaded
+    // Guarded by mutex_; empty until loaded.
+    std::shared_ptr<EVP_PKEY> key_;
+    std::string publicDer_;
 };
 
 } // namespace DriveService

@@ -63,6 +63,13 @@ Json::Value FetchAssetStatusWithId(ServiceContext &context, const Request &reque
 Json::Value BatchCreateAsset(ServiceContext &context, const Request &request);
 Json::Value UpdateAssetRevision(ServiceContext &context, const Request &request);
 
+// subscription_requests.cpp
+Json::Value SaveSubscription(ServiceContext &context, const Request &request);
+Json::Value DeleteSubscription(ServiceContext &context, const Request &request);
+Json::Value ChangesNotify(ServiceContext &context, const Request &request);
+Json::Value BatchSaveSubscription(ServiceContext &context, const Request &request);
+Json::Value BatchDeleteSubscription(ServiceContext &context, const Request &request);
+
 // change_requests.cpp
 Json::Value FetchDatabaseChanges(ServiceContext &context, const Request &request);
 Json::Value GetStartCursor(ServiceContext &context, const Request &request);

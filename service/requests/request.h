@@ -20,11 +20,14 @@
 
 namespace DriveService {
 
+class Notifier;
+
 // What all requests work on. Lives as long as the service; the parts look after their own threads.
 struct ServiceContext {
     Store &store;
     Catalogue &catalogue;
     PushKey &pushKey;
+    Notifier &notifier;
     std::string dataFolder;
     std::function<int64_t()> nowMs; // since the epoch
 };

@@ -52,6 +52,11 @@ const std::map<std::string, Handler> &Handlers()
         {"updateAssetRevision", UpdateAssetRevision},
         {"fetchDatabaseChanges", FetchDatabaseChanges},
         {"getStartCursor", GetStartCursor},
+        {"saveSubscription", SaveSubscription},
+        {"deleteSubscription", DeleteSubscription},
+        {"changesNotify", ChangesNotify},
+        {"batchSaveSubscription", BatchSaveSubscription},
+        {"batchDeleteSubscription", BatchDeleteSubscription},
     };
     return *handlers;
 }

@@ -37,6 +37,8 @@ public:
     std::vector<StoredAsset> Assets(int64_t databaseId, const std::string &recordId) override;
     bool IsUploaded(int64_t databaseId, const std::string &assetId, const std::string &content) override;
     std::optional<std::string> Setting(const std::string &name) override;
+    std::optional<Subscription> FindSubscription(const std::string &id) override;
+    std::vector<Notice> Notices(int64_t most) override;
 
 private:
     std::vector<QueryPosition> FindPositions(const RecordQuery &query);

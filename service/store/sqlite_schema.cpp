@@ -90,6 +90,22 @@ const std::vector<std::vector<const char *>> &Steps()
             " content TEXT NOT NULL,"
             " PRIMARY KEY (database_id, record_id, field, asset_id))",
             "CREATE INDEX asset_by_id ON asset (database_id, asset_id)",
+        },
+        {
+            "CREATE TABLE subscription ("
+            " subscription_id TEXT NOT NULL PRIMARY KEY,"
+            " bundle_name TEXT NOT NULL,"
+            " container_name TEXT NOT NULL,"
+            " event_name TEXT NOT NULL,"
+            " expiration_time BIGINT NOT NULL,"
+            " UNIQUE (bundle_name, container_name, event_name))",
+            "CREATE TABLE notice ("
+            " notice_number BIGINT NOT NULL PRIMARY KEY,"
+            " uid TEXT NOT NULL,"
+            " subscription_id TEXT NOT NULL,"
+            " database_scopes TEXT NOT NULL,"
+            " record_types TEXT NOT NULL,"
+            " prepare_trace_id TEXT NOT NULL)",
         }};
     return *steps;
 }

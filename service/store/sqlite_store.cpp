@@ -73,8 +73,15 @@ std::unique_ptr<ReadSession> SqliteStore::BeginRead()
 std::unique_ptr<WriteSession> SqliteStore::BeginWrite()
 {
     std::unique_lock<std::mutex> lock(writerMutex_);
-    return GuardStore(
-        [&]() -> std::unique_ptr<WriteSession> { return std::make_unique<SqliteWrite>(std::move(lock), *writer_); });
+    return GuardStore([&]() -> std::unique_ptr<WriteSession> {
+        return std::make_unique<SqliteWrite>(std::move(lock), *writer_, onNotices_);
+    });
+}
+
+void SqliteStore::SetNoticeListener(std::function<void()> listener)
+{
+    std::lock_guard<std::mutex> lock(writerMutex_);
+    onNotices_ = std::move(listener);
 }
 
 std::unique_ptr<SqliteConnection> SqliteStore::TakeReader()

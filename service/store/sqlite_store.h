@@ -5,6 +5,7 @@
 #define NUBIS_SERVICE_STORE_SQLITE_STORE_H
 
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -24,6 +25,7 @@ public:
 
     std::unique_ptr<ReadSession> BeginRead() override;
     std::unique_ptr<WriteSession> BeginWrite() override;
+    void SetNoticeListener(std::function<void()> listener) override;
 
 private:
     friend class SqliteReaderLease;
@@ -34,6 +36,7 @@ private:
     const std::string path_;
     std::mutex writerMutex_; // held by the write session
     std::unique_ptr<SqliteConnection> writer_;
+    std::function<void()> onNotices_; // guarded by writerMutex_
 
     std::mutex poolMutex_;
     std::condition_variable readerReturned_;

@@ -54,9 +54,10 @@ constexpr const char *PUT_RECORD =
 
 } // namespace
 
-SqliteWrite::SqliteWrite(std::unique_lock<std::mutex> lock, SqliteConnection &connection)
+SqliteWrite::SqliteWrite(
+    std::unique_lock<std::mutex> lock, SqliteConnection &connection, const std::function<void()> &onNotices)
     : lock_(std::move(lock)), connection_(connection), transaction_(connection, SqliteTransaction::Mode::WRITE),
-      view_(connection)
+      view_(connection), onNotices_(onNotices)
 {}
 
 ReadSession &SqliteWrite::View()
@@ -110,6 +111,7 @@ void SqliteWrite::Put(int64_t databaseId, StoredRecord &record, const std::vecto
 {
     GuardStore([&] {
         record.sequence = NextSequence(databaseId);
+        changedTypes_[databaseId].insert(record.recordType);
         SQLite::Statement &put = connection_.Prepare(PUT_RECORD);
         BindRecord(put, databaseId, record);
         put.exec();
@@ -196,6 +198,7 @@ void SqliteWrite::SetSetting(const std::string &name, const std::string &value)
 
 void SqliteWrite::Commit()
 {
+    AddChangeNotices();
     GuardStore([&] {
         for (const auto &[databaseId, sequence] : lastSequences_) {
             SQLite::Statement &statement =
@@ -206,6 +209,9 @@ void SqliteWrite::Commit()
         }
         transaction_.Commit();
     });
+    if (hasNotices_ && onNotices_) {
+        onNotices_();
+    }
 }
 
 } // namespace DriveService

@@ -4,8 +4,11 @@
 #ifndef NUBIS_SERVICE_STORE_SQLITE_WRITE_H
 #define NUBIS_SERVICE_STORE_SQLITE_WRITE_H
 
+#include <functional>
 #include <map>
 #include <mutex>
+#include <set>
+#include <string>
 
 #include "store/sqlite_read.h"
 
@@ -14,7 +17,9 @@ namespace DriveService {
 // Holds the writer's lock and a transaction on the writing connection for as long as it lives.
 class SqliteWrite : public WriteSession {
 public:
-    SqliteWrite(std::unique_lock<std::mutex> lock, SqliteConnection &connection);
+    // onNotices, which must outlive the session, is called after a commit that added notices.
+    SqliteWrite(
+        std::unique_lock<std::mutex> lock, SqliteConnection &connection, const std::function<void()> &onNotices);
     ~SqliteWrite() override = default;
 
     ReadSession &View() override;
@@ -25,10 +30,18 @@ public:
     void ReplaceAssets(
         int64_t databaseId, const std::string &recordId, const std::vector<StoredAsset> &assets) override;
     void SetSetting(const std::string &name, const std::string &value) override;
+    void PutSubscription(Subscription &subscription) override;
+    bool DropSubscription(const std::string &id) override;
+    void DropExpiredSubscriptions(int64_t time) override;
+    void AddNotice(const std::string &subscriptionId, const NoticeContent &content) override;
+    void DropNotices(int64_t lastNumber) override;
+    void SetPrepareTraceId(const std::string &prepareTraceId) override;
     void Commit() override;
 
 private:
     int64_t NextSequence(int64_t databaseId);
+    void AddChangeNotices();
+    void DropNoticesOfNobody();
     void ReplaceValues(int64_t databaseId, const StoredRecord &record, const std::vector<IndexRow> &values);
     void Reindex(int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields);
 
@@ -38,6 +51,10 @@ private:
     SqliteTransaction transaction_;
     SqliteRead view_;
     std::map<int64_t, int64_t> lastSequences_; // by database; written down at the commit
+    const std::function<void()> &onNotices_;
+    std::map<int64_t, std::set<std::string>> changedTypes_; // by database
+    std::string prepareTraceId_;
+    bool hasNotices_ = false;
 };
 
 } // namespace DriveService

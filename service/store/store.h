@@ -4,6 +4,7 @@
 #ifndef NUBIS_SERVICE_STORE_STORE_H
 #define NUBIS_SERVICE_STORE_STORE_H
 
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -52,6 +53,12 @@ public:
     virtual bool IsUploaded(int64_t databaseId, const std::string &assetId, const std::string &content) = 0;
 
     virtual std::optional<std::string> Setting(const std::string &name) = 0;
+
+    // Also finds expired ones.
+    virtual std::optional<Subscription> FindSubscription(const std::string &id) = 0;
+
+    // The oldest, in the order in which they came.
+    virtual std::vector<Notice> Notices(int64_t most) = 0;
 };
 
 // The one writer. Sees what it has written itself. What was not committed when it ends is undone.
@@ -79,7 +86,25 @@ public:
 
     virtual void SetSetting(const std::string &name, const std::string &value) = 0;
 
-    // On disk when it returns.
+    // Adds the subscription. There is one for a container and an event name: if it exists, it gets the new expiry, and
+    // its id replaces the given one.
+    virtual void PutSubscription(Subscription &subscription) = 0;
+
+    // With the notices for it. False when there was none.
+    virtual bool DropSubscription(const std::string &id) = 0;
+
+    // Those that expire at this time or before.
+    virtual void DropExpiredSubscriptions(int64_t time) = 0;
+
+    virtual void AddNotice(const std::string &subscriptionId, const NoticeContent &content) = 0;
+
+    // Those up to this number.
+    virtual void DropNotices(int64_t lastNumber) = 0;
+
+    // For the notices about what the session changes.
+    virtual void SetPrepareTraceId(const std::string &prepareTraceId) = 0;
+
+    // Adds a notice about each database with changed records for each subscription of its container. On disk when it returns.
     virtual void Commit() = 0;
 };
 
@@ -90,6 +115,10 @@ public:
     virtual ~Store() = default;
     virtual std::unique_ptr<ReadSession> BeginRead() = 0;
     virtual std::unique_ptr<WriteSession> BeginWrite() = 0;
+
+    // Called after each commit that added notices, inside the write session: it must begin none. Empty: nobody is
+    // called.
+    virtual void SetNoticeListener(std::function<void()> listener) = 0;
 };
 
 // The indexed values of a record's data, a JSON object. Values that do not fit a field's kind are left out.

@@ -145,6 +145,31 @@ struct ChangesPage {
     bool more = false;
 };
 
+// Who is told of the changes of a container, under which name of the host's event channel, and until when
+// (milliseconds since the epoch).
+struct Subscription {
+    std::string id;
+    std::string bundleName;
+    std::string containerName;
+    std::string eventName;
+    int64_t expirationTime = 0;
+};
+
+// What a subscription is to be told of. The lists are JSON texts.
+struct NoticeContent {
+    std::string databaseScopes;
+    std::string recordTypes;
+    std::string prepareTraceId; // of the user action that led to the change; may be empty
+};
+
+// A notice that waits to be sent.
+struct Notice {
+    int64_t number = 0; // later ones have larger ones
+    std::string uid;    // random
+    Subscription subscription;
+    NoticeContent content;
+};
+
 } // namespace DriveService
 
 #endif // NUBIS_SERVICE_STORE_STORE_TYPES_H

@@ -10,18 +10,19 @@ namespace DriveService {
 // the code, so it always has eight characters. Values are part of the protocol: never reuse or renumber one.
 enum class ErrorCode : int {
     // The request as a whole was refused; nothing of it was done.
-    MALFORMED_REQUEST = 1001,   // no JSON object, or one that breaks a limit
-    UNKNOWN_FUNCTION = 1002,    // "function" names nothing that this service answers
-    INVALID_ARGUMENT = 1003,    // a member is missing, of the wrong type or out of its range
-    UNKNOWN_BUNDLE = 1004,      // the catalogue has no such bundle
-    UNKNOWN_CONTAINER = 1005,   // the bundle has no such container
-    UNKNOWN_RECORD_TYPE = 1006, // the container's schema has no such record type
-    BATCH_TOO_LARGE = 1007,     // more records than the container's maxBatchNumber
-    INVALID_CURSOR = 1008,      // a cursor that this service did not give for this database and query
-    INVALID_QUERY = 1009,       // "queryParam" cannot be understood or asks for what the schema does not allow
-    UNKNOWN_FIELD = 1010,       // a name that the record type has no field for
-    REPLY_TOO_LARGE = 1011,     // the answer does not fit into one reply: ask for less at a time
-    LOCK_HELD = 1012,           // another session holds the container's lock
+    MALFORMED_REQUEST = 1001,    // no JSON object, or one that breaks a limit
+    UNKNOWN_FUNCTION = 1002,     // "function" names nothing that this service answers
+    INVALID_ARGUMENT = 1003,     // a member is missing, of the wrong type or out of its range
+    UNKNOWN_BUNDLE = 1004,       // the catalogue has no such bundle
+    UNKNOWN_CONTAINER = 1005,    // the bundle has no such container
+    UNKNOWN_RECORD_TYPE = 1006,  // the container's schema has no such record type
+    BATCH_TOO_LARGE = 1007,      // more records than the container's maxBatchNumber
+    INVALID_CURSOR = 1008,       // a cursor that this service did not give for this database and query
+    INVALID_QUERY = 1009,        // "queryParam" cannot be understood or asks for what the schema does not allow
+    UNKNOWN_FIELD = 1010,        // a name that the record type has no field for
+    REPLY_TOO_LARGE = 1011,      // the answer does not fit into one reply: ask for less at a time
+    LOCK_HELD = 1012,            // another session holds the container's lock
+    UNKNOWN_SUBSCRIPTION = 1013, // the container has no such subscription, or it has expired
 
     // One record was refused; others of the same request are not touched by that.
     INVALID_RECORD = 1101,       // the record's own members (id, type, relations ...) are wrong

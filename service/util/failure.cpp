@@ -25,6 +25,7 @@ ErrorType TypeOf(ErrorCode code)
         case ErrorCode::NOT_APPLIED:
         case ErrorCode::ASSET_NOT_FOUND:
         case ErrorCode::LOCK_HELD:
+        case ErrorCode::UNKNOWN_SUBSCRIPTION:
             return ErrorType::STATE;
         case ErrorCode::STORE_FAILED:
         case ErrorCode::INTERNAL_ERROR:
@@ -61,6 +62,8 @@ const char *ReasonOf(ErrorCode code)
             return "REPLY_TOO_LARGE";
         case ErrorCode::LOCK_HELD:
             return "LOCK_HELD";
+        case ErrorCode::UNKNOWN_SUBSCRIPTION:
+            return "UNKNOWN_SUBSCRIPTION";
         case ErrorCode::INVALID_RECORD:
             return "INVALID_RECORD";
         case ErrorCode::INVALID_FIELD:

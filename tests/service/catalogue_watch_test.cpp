@@ -133,6 +133,10 @@ public:
         }
         return store_.BeginWrite();
     }
+    void SetNoticeListener(std::function<void()> listener) override
+    {
+        store_.SetNoticeListener(std::move(listener));
+    }
 
 private:
     Store &store_;

@@ -59,12 +59,14 @@ TEST_F(HostileInputTest, LongNamesAreCutInMessagesBetweenCharacters)
 const std::vector<std::string> MEMBERS = {"bundleName", "containerName", "databaseType", "recordType", "recordId",
     "records", "savePolicy", "fields", "queryParam", "cursor", "pageSize", "index", "syncDemon", "needSpaceInfo",
     "baseVersion", "isNew", "deleted", "relations", "name", "age", "tags", "avatar", "friend", "props", "photo",
-    "assets", "asset", "field", "assetId", "sha256", "size", "revision"};
+    "assets", "asset", "field", "assetId", "sha256", "size", "revision", "subscriptions", "id", "expirationTime",
+    "saName", "signVersion", "keyId", "prepareTraceId"};
 const std::vector<std::string> FUNCTIONS = {"getAppState", "getSysParameters", "getReportInfo", "GetCloudAppInfo",
     "GetCloudAppSwitches", "getCloudAppBriefInfo", "getAppConfigParams", "getRecordIdRules", "getServiceKey",
     "saveRecords", "deleteRecords", "fetchRecordsWithQuery", "fetchRecordWithId", "fetchRecordWithIds",
     "fetchDatabaseChanges", "getStartCursor", "getSettings", "setSetting", "batchDownloadRecords",
-    "fetchAssetStatusWithId", "batchCreateAsset", "updateAssetRevision"};
+    "fetchAssetStatusWithId", "batchCreateAsset", "updateAssetRevision", "saveSubscription", "deleteSubscription",
+    "changesNotify", "batchSaveSubscription", "batchDeleteSubscription"};
 
 Json::Value RandomValue(int depth)
 {
