@@ -34,6 +34,11 @@ void DriveIpcConnect::OnAbilityConnectDone(
     NB_LOGI("ability connect success, ability name:%{public}s", element.GetAbilityName().c_str());
     {
         std::lock_guard<ffrt::mutex> lock(changeMutex_);
+        const auto replaced = GetRemoteObject();
+        if (replaced != nullptr && replaced != remoteObject) {
+            // Its end, when it is heard of now, is too late to end what waits for it.
+            DropRemoteObject();
+        }
         SetRemoteObject(remoteObject);
         if (remoteObject != nullptr && deathRecipient_ != nullptr) {
             remoteObject->AddDeathRecipient(deathRecipient_);

@@ -14,6 +14,7 @@
 #include "log.h"
 #include "nb_database_worker.h"
 #include "securec.h"
+#include "urgent_scope.h"
 
 // The service keys of the private database, common keys and the access token.
 namespace Nubis {
@@ -53,6 +54,8 @@ void NBDatabase::FetchServiceKey()
     fetched_ &= ~static_cast<uint32_t>(SERVICE_KEY_FETCHED);
     Json::Value request = MakeRequest("getServiceKey");
     request["databaseType"] = static_cast<int>(scope_);
+    // Whoever waits for the mutex may do so on behalf of a request of the service.
+    const UrgentScope urgent;
     const NBError error = Exchange(
         request, RECORD_REQUEST_TIMEOUT, [this](const Json::Value &reply, NBError &) { StoreServiceKeys(reply); });
     if (error.HasError()) {

@@ -10,6 +10,7 @@
 #include "ffrt_inner.h"
 #include "json_helper.h"
 #include "log.h"
+#include "urgent_scope.h"
 #include "uuid_helper.h"
 
 // The registry of progress callbacks and its timer.
@@ -165,6 +166,8 @@ void NBDatabase::TimerProgressFunc(void *)
         ffrt::submit([unused]() { StopTimer(unused); });
         return;
     }
+    // Uploads for the service wait for the mutex, and those who hold the slots for the uploads.
+    const UrgentScope urgent;
     for (const auto &[taskId, node] : registry.nodes) {
         if (node.enableCount > 0) {
             node.call();

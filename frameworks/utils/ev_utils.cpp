@@ -14,6 +14,7 @@
 #include "log.h"
 #include "nb_error.h"
 #include "nubis_kit.h"
+#include "urgent_scope.h"
 
 namespace Nubis {
 namespace {
@@ -167,8 +168,12 @@ bool EvUtils::GetReportInfo()
     Json::Value request;
     request["function"] = "getReportInfo";
     Json::Value reply;
-    if (nubis->SendDataToCloudSrv(request, reply, REPORT_INFO_TIMEOUT).HasError()) {
-        return false;
+    {
+        // Sent with the mutex held, for which requests on behalf of the service may wait.
+        const UrgentScope urgent;
+        if (nubis->SendDataToCloudSrv(request, reply, REPORT_INFO_TIMEOUT).HasError()) {
+            return false;
+        }
     }
     if (!reply.isObject()) {
         NB_LOGE("get report info failed, reply is not object");

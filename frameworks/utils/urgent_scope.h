@@ -7,7 +7,8 @@
 namespace Nubis {
 // Requests that the same thread or task sends while one of these exists wait for no slot, because requests that hold
 // slots may be waiting for them: the service works on a save until its own request to this process is answered, and a
-// request cannot choose its way before the system parameters are here.
+// request cannot choose its way before the system parameters are here. Whoever sends with a lock held that the serving
+// of such a request may wait for is inside as well.
 //
 // Ends where it was made, in the reverse order. What StartTask starts inside is inside as well.
 class UrgentScope {

@@ -168,6 +168,25 @@ TEST_F(IpcConnectTest, LateNoticesOfAnOldObjectLeaveTheNewOne)
     EXPECT_FALSE(connect_->IsConnected());
 }
 
+TEST_F(ConnectionTest, AnotherObjectEndsTheWaitsForTheOneBefore)
+{
+    const auto proxy = Connect({{"abilityVersion", "3"}}, true);
+    const OHOS::sptr<DriveIpcConnect> connect = new DriveIpcConnect(std::make_shared<ProxyLink>(proxy.get()));
+    const OHOS::sptr<OHOS::IRemoteObject> first = new OHOS::IPCObjectStub;
+    const OHOS::sptr<OHOS::IRemoteObject> second = new OHOS::IPCObjectStub;
+    const OHOS::AppExecFwk::ElementName element;
+    connect->OnAbilityConnectDone(element, first, 0);
+    auto sent = SendAside(*proxy, "saveRecords");
+    service_->WaitFor("saveRecords", 1);
+    // Nobody tells of the death of the first any more, or it is heard of too late.
+    connect->OnAbilityConnectDone(element, second, 0);
+    connect->OnRemoteDied(first);
+    EXPECT_TRUE(connect->IsConnected());
+    EXPECT_EQ(sent.wait_for(std::chrono::seconds(30)), std::future_status::ready);
+    proxy->WakeAllRequests();
+    EXPECT_EQ(sent.get().reply, "");
+}
+
 TEST_F(IpcConnectTest, AnObjectThatWasDeadWhenItCameIsDroppedByTheFirstRequest)
 {
     const OHOS::sptr<OHOS::IRemoteObject> dead = new OHOS::IPCObjectProxy(1);

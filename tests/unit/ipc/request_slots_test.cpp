@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "ev_utils.h"
 #include "kit_fixture.h"
 #include "process_helper.h"
 #include "start_task.h"
@@ -107,5 +108,30 @@ TEST_F(FullKitTest, WhatAnUploadRequestNeedsIsSentWithoutASlot)
     EXPECT_EQ(called.wait_for(PATIENCE), std::future_status::ready);
     Open();
     EXPECT_EQ(called.get(), "served");
+}
+
+// Whoever serves the service's own request may need the same lock, and the slots are free only after that.
+TEST_F(FullKitTest, NoLockIsHeldWhileWaitingForASlot)
+{
+    const auto container = kit_->GetContainer(NubisTest::BUNDLE, "main");
+    const auto database = container->GetPrivateDatabase();
+    const auto progress = std::make_shared<NBProgressMap>();
+    NBDatabase::AddProgressCallBack(
+        "task", [this](auto, auto) { Send("getAccessToken"); }, nullptr, progress);
+    NBDatabase::EnableProgressCallBack("task");
+    const size_t keysBefore = Asked("getServiceKey");
+    FillSlots();
+    std::vector<std::future<void>> holders;
+    holders.push_back(std::async(std::launch::async, [&]() { database->GetServiceKey(); }));
+    holders.push_back(std::async(std::launch::async, [&]() { EvUtils::GetInstance(userId_)->SetCloudUserId("ann"); }));
+    holders.push_back(std::async(std::launch::async, []() { NBDatabase::TimerProgressFunc(nullptr); }));
+    for (auto &holder : holders) {
+        EXPECT_EQ(holder.wait_for(PATIENCE), std::future_status::ready);
+    }
+    EXPECT_EQ(Asked("getServiceKey"), keysBefore + 1);
+    EXPECT_EQ(Asked("getReportInfo"), 1U);
+    EXPECT_EQ(Asked("getAccessToken"), 1U);
+    NBDatabase::RemoveProgressCallBack("task");
+    Open();
 }
 } // namespace
