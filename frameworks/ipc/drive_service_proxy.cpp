@@ -48,9 +48,9 @@ DriveServiceProxy::~DriveServiceProxy()
 
 void DriveServiceProxy::ConnectService()
 {
-    const uint32_t attempts = connectAttempts_;
+    const uint32_t failedBefore = failedAttempts_;
     std::lock_guard<std::mutex> lock(connectMutex_);
-    if (ipcConnect_ == nullptr || ipcConnect_->IsConnected() || connectAttempts_ != attempts) {
+    if (ipcConnect_ == nullptr || ipcConnect_->IsConnected() || failedAttempts_ != failedBefore) {
         return;
     }
     requestTimeOut_.Clear();
@@ -68,7 +68,10 @@ void DriveServiceProxy::ConnectService()
     } else {
         NB_LOGE("connect ability fail, error code:%{public}d", result);
     }
-    ++connectAttempts_;
+    // A connection that came and is lost again is no failure: whoever waits behind it tries for itself.
+    if (!ipcConnect_->IsConnected()) {
+        ++failedAttempts_;
+    }
 }
 
 void DriveServiceProxy::DisConnectService()

@@ -124,8 +124,8 @@ private:
     ffrt::condition_variable disconnected_;
 
     std::mutex connectMutex_;
-    // Attempts that have ended; changed under connectMutex_, read by those who are about to wait for it.
-    std::atomic<uint32_t> connectAttempts_{0};
+    // Attempts that have failed; changed under connectMutex_, read by those who are about to wait for it.
+    std::atomic<uint32_t> failedAttempts_{0};
 
     RequestTimeOut requestTimeOut_;
 

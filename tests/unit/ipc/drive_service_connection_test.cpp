@@ -21,7 +21,16 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-class ConnectionTest : public NubisTest::ProxyTest {};
+class ConnectionTest : public NubisTest::ProxyTest {
+protected:
+    // Returns when the proxy has let go of the connection; before that its requests still go to the dead object.
+    void KillService(DriveServiceProxy &proxy) const
+    {
+        NubisTest::FakeDriveService::Kill(userId_);
+        while (Send(proxy, "getLock").status != DriveServiceProxy::SEND_NOT_CONNECTED) {
+        }
+    }
+};
 
 TEST_F(ConnectionTest, TheVersionComesFromTheMetadata)
 {
@@ -54,9 +63,8 @@ TEST_F(ConnectionTest, WithoutAServiceRequestsFailAsNotConnected)
 TEST_F(ConnectionTest, OneOfManyRequestsReconnectsAfterADeath)
 {
     const auto proxy = Connect();
+    KillService(*proxy);
     NubisTest::LogCapture log;
-    NubisTest::FakeDriveService::Kill(userId_);
-    ASSERT_TRUE(log.WaitFor("Remove death recipient success"));
     service_->OfferAgain(userId_);
     std::vector<std::future<NubisTest::SendOutcome>> sent;
     for (int i = 0; i < 12; ++i) {
@@ -70,11 +78,9 @@ TEST_F(ConnectionTest, OneOfManyRequestsReconnectsAfterADeath)
 
 TEST_F(ConnectionTest, RequestsBehindAFailedAttemptShareItsResult)
 {
-    NubisTest::LogCapture log;
     const auto proxy = Connect();
-    NubisTest::FakeDriveService::Kill(userId_);
-    ASSERT_TRUE(log.WaitFor("Remove death recipient success"));
-    log.Take(LOG_INFO);
+    KillService(*proxy);
+    NubisTest::LogCapture log;
     service_->OfferAgain(userId_);
     // The connection does not come in time.
     log.Hold("ability connect success, ability name:DriveServiceAbility");

