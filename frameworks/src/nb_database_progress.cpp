@@ -19,7 +19,7 @@ namespace {
 constexpr uint64_t PROGRESS_PERIOD_MS = 10000;
 constexpr ffrt_timer_t NO_TIMER = -1;
 
-struct CallbackNode {
+struct callbackNode {
     // Deliveries are on while above 0.
     int enableCount = 0;
     std::function<void()> call;
@@ -29,7 +29,7 @@ struct CallbackNode {
 struct ProgressRegistry {
     ffrt::mutex mutex;
     std::map<std::string, std::shared_ptr<NBProgressMap>> progress;
-    std::map<std::string, CallbackNode> nodes;
+    std::map<std::string, callbackNode> nodes;
     ffrt_timer_t timer = NO_TIMER;
 };
 
@@ -100,7 +100,7 @@ void NBDatabase::RemoveProgressCallBack(const std::string &taskId)
     auto &registry = GetRegistry();
     ffrt_timer_t unused = NO_TIMER;
     // Ends after unlocking: the callback may hold objects of the caller, whose end may come back here.
-    std::map<std::string, CallbackNode>::node_type removed;
+    std::map<std::string, callbackNode>::node_type removed;
     {
         std::lock_guard<ffrt::mutex> lock(registry.mutex);
         registry.progress.erase(taskId);
