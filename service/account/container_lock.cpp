@@ -15,66 +15,73 @@ constexpr size_t SESSION_ID_BYTES = 16;
 constexpr int64_t MS_PER_SECOND = 1000;
 constexpr int64_t LOCK_MS = LOCK_SECONDS * MS_PER_SECOND;
 
+std::string SettingName(const DatabaseKey &key)
+{
+    return "lock/" + key.bundleName + "/" + key.containerName;
+}
+
+void Keep(WriteSession &session, const DatabaseKey &key, const LockHolder &holder)
+{
+    Json::Value kept(Json::objectValue);
+    kept["sessionId"] = holder.sessionId;
+    kept["deviceName"] = holder.deviceName;
+    kept["sinceMs"] = Json::Int64(holder.sinceMs);
+    kept["expiresMs"] = Json::Int64(holder.expiresMs);
+    session.SetSetting(SettingName(key), WriteJson(kept));
+}
+
 } // namespace
 
-ContainerLock::ContainerLock(WriteSession &session, const DatabaseKey &key, int64_t nowMs)
-    : session_(session), setting_("lock/" + key.bundleName + "/" + key.containerName),
-      containerName_(key.containerName), nowMs_(nowMs)
+std::optional<LockHolder> FindLockHolder(ReadSession &session, const DatabaseKey &key, int64_t nowMs)
 {
     Json::Value kept;
     std::string error;
     // One that was damaged by hand counts as none.
-    if (ParseJson(session_.View().Setting(setting_).value_or(""), kept, error) && kept.isObject() &&
-        kept["expiresMs"].isInt64()) {
-        holder_ = TextMember(kept, "sessionId");
-        expiresMs_ = kept["expiresMs"].asInt64();
+    if (!ParseJson(session.Setting(SettingName(key)).value_or(""), kept, error) || !kept.isObject() ||
+        !kept["expiresMs"].isInt64()) {
+        return std::nullopt;
     }
+    LockHolder holder{TextMember(kept, "sessionId"), TextMember(kept, "deviceName"),
+        kept["sinceMs"].isInt64() ? kept["sinceMs"].asInt64() : 0, kept["expiresMs"].asInt64()};
+    // One that ends later than a lock can was given before the clock was set back: it would last far too long.
+    bool isHeld = !holder.sessionId.empty() && nowMs < holder.expiresMs && holder.expiresMs <= nowMs + LOCK_MS;
+    return isHeld ? std::make_optional(holder) : std::nullopt;
 }
 
-bool ContainerLock::IsHeld() const
-{
-    // One that ends later than a lock can was given before the clock was set back: it would last far too long.
-    return !holder_.empty() && nowMs_ < expiresMs_ && expiresMs_ <= nowMs_ + LOCK_MS;
-}
+ContainerLock::ContainerLock(WriteSession &session, const DatabaseKey &key, int64_t nowMs)
+    : session_(session), key_(key), nowMs_(nowMs), holder_(FindLockHolder(session.View(), key, nowMs))
+{}
 
 void ContainerLock::RequireFree(const std::string &sessionId) const
 {
-    if (!IsHeld() || sessionId == holder_) {
+    if (!holder_ || sessionId == holder_->sessionId) {
         return;
     }
-    int64_t seconds = (expiresMs_ - nowMs_ + MS_PER_SECOND - 1) / MS_PER_SECOND;
+    int64_t seconds = (holder_->expiresMs - nowMs_ + MS_PER_SECOND - 1) / MS_PER_SECOND;
     throw RequestError(ErrorCode::LOCK_HELD,
-        "container \"" + containerName_ + "\" is locked by another session, for " + std::to_string(seconds) +
+        "container \"" + key_.containerName + "\" is locked by another session, for " + std::to_string(seconds) +
             " s more unless it renews or releases the lock",
         "lockSessionId");
 }
 
-std::string ContainerLock::Take(const std::string &sessionId)
+std::string ContainerLock::Take(const std::string &sessionId, const std::string &deviceName)
 {
     RequireFree(sessionId);
-    if (!IsHeld()) {
-        holder_ = HexEncode(RandomBytes(SESSION_ID_BYTES));
+    if (!holder_) {
+        holder_ = LockHolder{HexEncode(RandomBytes(SESSION_ID_BYTES)), deviceName, nowMs_, 0};
     }
-    expiresMs_ = nowMs_ + LOCK_MS;
-    Keep();
-    return holder_;
+    holder_->expiresMs = nowMs_ + LOCK_MS;
+    Keep(session_, key_, *holder_);
+    return holder_->sessionId;
 }
 
 void ContainerLock::Release(const std::string &sessionId)
 {
     RequireFree(sessionId);
-    if (sessionId == holder_) {
-        holder_.clear();
-        Keep();
+    if (holder_) {
+        holder_.reset();
+        Keep(session_, key_, {});
     }
-}
-
-void ContainerLock::Keep()
-{
-    Json::Value kept(Json::objectValue);
-    kept["sessionId"] = holder_;
-    kept["expiresMs"] = Json::Int64(expiresMs_);
-    session_.SetSetting(setting_, WriteJson(kept));
 }
 
 } // namespace DriveService

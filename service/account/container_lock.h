@@ -4,6 +4,8 @@
 #ifndef NUBIS_SERVICE_ACCOUNT_CONTAINER_LOCK_H
 #define NUBIS_SERVICE_ACCOUNT_CONTAINER_LOCK_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "store/store.h"
@@ -12,6 +14,17 @@ namespace DriveService {
 
 // How long a lock lasts from when it was taken or renewed.
 constexpr int64_t LOCK_SECONDS = 60;
+
+// Times are milliseconds since the epoch.
+struct LockHolder {
+    std::string sessionId;
+    std::string deviceName; // of the one who took it; empty for a lock of a service that did not keep it
+    int64_t sinceMs = 0;    // 0 likewise
+    int64_t expiresMs = 0;
+};
+
+// Nothing when nobody holds the container's lock.
+std::optional<LockHolder> FindLockHolder(ReadSession &session, const DatabaseKey &key, int64_t nowMs);
 
 // The lock on a container, kept in the store. It covers all of the container's databases, because requests for it name
 // none. A session's id is its key: who knows it may write. Lives no longer than the session that it works in.
@@ -22,7 +35,7 @@ public:
     // Gives the lock to the session that holds it already, anew, or else to a new one, and returns the session's id. A
     // session whose lock has run out sees by the new id that others may have written since. Throws RequestError
     // (LOCK_HELD) when another session holds it.
-    std::string Take(const std::string &sessionId);
+    std::string Take(const std::string &sessionId, const std::string &deviceName);
 
     // The lock is free afterwards, also when it was before. Throws as above.
     void Release(const std::string &sessionId);
@@ -31,15 +44,10 @@ public:
     void RequireFree(const std::string &sessionId) const;
 
 private:
-    bool IsHeld() const;
-    void Keep();
-
     WriteSession &session_;
-    const std::string setting_;
-    const std::string containerName_;
+    const DatabaseKey key_;
     const int64_t nowMs_;
-    std::string holder_; // the last one; empty: none
-    int64_t expiresMs_ = 0;
+    std::optional<LockHolder> holder_;
 };
 
 } // namespace DriveService

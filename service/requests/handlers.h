@@ -51,6 +51,7 @@ Json::Value GetAccessToken(ServiceContext &context, const Request &request);
 // lock_requests.cpp
 Json::Value GetLock(ServiceContext &context, const Request &request);
 Json::Value DeleteLock(ServiceContext &context, const Request &request);
+Json::Value GetLockState(ServiceContext &context, const Request &request);
 
 // fetch_requests.cpp
 Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &request);
@@ -69,6 +70,7 @@ Json::Value DeleteSubscription(ServiceContext &context, const Request &request);
 Json::Value ChangesNotify(ServiceContext &context, const Request &request);
 Json::Value BatchSaveSubscription(ServiceContext &context, const Request &request);
 Json::Value BatchDeleteSubscription(ServiceContext &context, const Request &request);
+Json::Value GetSubscriptions(ServiceContext &context, const Request &request);
 
 // change_requests.cpp
 Json::Value FetchDatabaseChanges(ServiceContext &context, const Request &request);

@@ -43,6 +43,7 @@ const std::map<std::string, Handler> &Handlers()
         {"getAccessToken", GetAccessToken},
         {"getLock", GetLock},
         {"deleteLock", DeleteLock},
+        {"getLockState", GetLockState},
         {"fetchRecordsWithQuery", FetchRecordsWithQuery},
         {"fetchRecordWithId", FetchRecordWithId},
         {"fetchRecordWithIds", FetchRecordWithIds},
@@ -57,6 +58,7 @@ const std::map<std::string, Handler> &Handlers()
         {"changesNotify", ChangesNotify},
         {"batchSaveSubscription", BatchSaveSubscription},
         {"batchDeleteSubscription", BatchDeleteSubscription},
+        {"getSubscriptions", GetSubscriptions},
     };
     return *handlers;
 }

@@ -198,7 +198,7 @@ Json::Value ChangesNotify(ServiceContext &context, const Request &request)
     for (const auto &type : target.container->recordTypes) {
         types.append(type.first);
     }
-    NoticeContent content{R"(["private","shared"])", WriteJson(types), request.TextOr("prepareTraceId", "")};
+    NoticeContent content{R"(["private","shared"])", WriteJson(types), request.PrepareTraceId()};
     std::unique_ptr<WriteSession> session = context.store.BeginWrite();
     Subscription subscription = Require(session->View(), named);
     if (subscription.expirationTime <= context.nowMs()) {
@@ -219,6 +219,27 @@ Json::Value BatchDeleteSubscription(ServiceContext &context, const Request &requ
 {
     Json::Value reply = ForEachSubscription(context, request, ReadNamed, Unsubscribe);
     context.notifier.FinishRound();
+    return reply;
+}
+
+Json::Value GetSubscriptions(ServiceContext &context, const Request &request)
+{
+    // Not by the catalogue: what it no longer has is to be seen, and can be deleted.
+    std::string bundleName = request.TextOr("bundleName", "");
+    std::string containerName = request.TextOr("containerName", "");
+    std::vector<Subscription> subscriptions =
+        context.store.BeginRead()->Subscriptions(bundleName, containerName, context.nowMs());
+    Json::Value reply = Success();
+    Json::Value &list = reply["subscriptions"] = Json::Value(Json::arrayValue);
+    for (const Subscription &subscription : subscriptions) {
+        Json::Value item(Json::objectValue);
+        item["id"] = subscription.id;
+        item["bundleName"] = subscription.bundleName;
+        item["containerName"] = subscription.containerName;
+        item["saName"] = subscription.eventName;
+        item["expirationTime"] = Json::Int64(subscription.expirationTime);
+        list.append(std::move(item));
+    }
     return reply;
 }
 

@@ -38,6 +38,8 @@ public:
     bool IsUploaded(int64_t databaseId, const std::string &assetId, const std::string &content) override;
     std::optional<std::string> Setting(const std::string &name) override;
     std::optional<Subscription> FindSubscription(const std::string &id) override;
+    std::vector<Subscription> Subscriptions(
+        const std::string &bundleName, const std::string &containerName, int64_t time) override;
     std::vector<Notice> Notices(int64_t most) override;
 
 private:

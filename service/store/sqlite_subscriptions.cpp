@@ -63,6 +63,28 @@ std::optional<Subscription> SqliteRead::FindSubscription(const std::string &id)
     });
 }
 
+std::vector<Subscription> SqliteRead::Subscriptions(
+    const std::string &bundleName, const std::string &containerName, int64_t time)
+{
+    return GuardStore([&] {
+        SQLite::Statement &find = connection_.Prepare(
+            "SELECT subscription_id, bundle_name, container_name, event_name, expiration_time FROM subscription"
+            " WHERE (? = '' OR bundle_name = ?) AND (? = '' OR container_name = ?) AND expiration_time > ?"
+            " ORDER BY bundle_name, container_name, event_name");
+        ResetAtEnd reset(find);
+        int index = 0;
+        for (const std::string *name : {&bundleName, &bundleName, &containerName, &containerName}) {
+            find.bind(++index, *name);
+        }
+        find.bind(++index, time);
+        std::vector<Subscription> subscriptions;
+        while (find.executeStep()) {
+            subscriptions.push_back(ReadSubscription(find));
+        }
+        return subscriptions;
+    });
+}
+
 std::vector<Notice> SqliteRead::Notices(int64_t most)
 {
     return GuardStore([&] {
@@ -122,7 +144,7 @@ bool SqliteWrite::DropSubscription(const std::string &id)
         SQLite::Statement &drop = connection_.Prepare("DELETE FROM subscription WHERE subscription_id = ?");
         drop.bind(1, id);
         bool isDropped = drop.exec() > 0;
-        DropNoticesOfNobody();
+        hasDroppedSubscriptions_ = hasDroppedSubscriptions_ || isDropped;
         return isDropped;
     });
 }
@@ -132,14 +154,16 @@ void SqliteWrite::DropExpiredSubscriptions(int64_t time)
     GuardStore([&] {
         SQLite::Statement &drop = connection_.Prepare("DELETE FROM subscription WHERE expiration_time <= ?");
         drop.bind(1, time);
-        if (drop.exec() > 0) {
-            DropNoticesOfNobody();
-        }
+        hasDroppedSubscriptions_ = drop.exec() > 0 || hasDroppedSubscriptions_;
     });
 }
 
+// Goes through all notices, so it is done once for all subscriptions that were dropped.
 void SqliteWrite::DropNoticesOfNobody()
 {
+    if (!hasDroppedSubscriptions_) {
+        return;
+    }
     connection_.Execute("DELETE FROM notice WHERE subscription_id NOT IN (SELECT subscription_id FROM subscription)");
 }
 
@@ -160,12 +184,15 @@ void SqliteWrite::AddNotice(const std::string &subscriptionId, const NoticeConte
     });
 }
 
-void SqliteWrite::DropNotices(int64_t lastNumber)
+void SqliteWrite::DropNotices(const std::vector<Notice> &notices)
 {
     GuardStore([&] {
-        SQLite::Statement &drop = connection_.Prepare("DELETE FROM notice WHERE notice_number <= ?");
-        drop.bind(1, lastNumber);
-        drop.exec();
+        for (const Notice &notice : notices) {
+            SQLite::Statement &drop = connection_.Prepare("DELETE FROM notice WHERE notice_number = ? AND uid = ?");
+            drop.bind(1, notice.number);
+            drop.bind(2, notice.uid);
+            drop.exec();
+        }
     });
 }
 

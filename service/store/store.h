@@ -57,6 +57,10 @@ public:
     // Also finds expired ones.
     virtual std::optional<Subscription> FindSubscription(const std::string &id) = 0;
 
+    // Those that expire after this time, by bundle, container and event name; an empty name stands for all.
+    virtual std::vector<Subscription> Subscriptions(
+        const std::string &bundleName, const std::string &containerName, int64_t time) = 0;
+
     // The oldest, in the order in which they came.
     virtual std::vector<Notice> Notices(int64_t most) = 0;
 };
@@ -98,8 +102,8 @@ public:
 
     virtual void AddNotice(const std::string &subscriptionId, const NoticeContent &content) = 0;
 
-    // Those up to this number.
-    virtual void DropNotices(int64_t lastNumber) = 0;
+    // These and no others: a number may have been given anew to a later notice.
+    virtual void DropNotices(const std::vector<Notice> &notices) = 0;
 
     // For the notices about what the session changes.
     virtual void SetPrepareTraceId(const std::string &prepareTraceId) = 0;

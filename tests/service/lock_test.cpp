@@ -72,6 +72,19 @@ TEST_F(LockTest, ALockRunsOutUnlessItsSessionRenewsIt)
     EXPECT_THAT(Lock(), Succeeds()) << "a clock that was set back must not keep others out for ever";
 }
 
+TEST_F(LockTest, EveryoneMaySeeWhoHoldsTheLockButNotItsSession)
+{
+    EXPECT_EQ(Ask("getLockState")["lock"], J("{'locked': false}"));
+    std::string session = Lock()["lockSessionId"].asString();
+    nowMs_ += 5000;
+    EXPECT_EQ(Lock(session)["lockSessionId"], session);
+    Restart();
+    EXPECT_EQ(
+        Ask("getLockState")["lock"], J("{'locked': true, 'deviceName': 'tablet', 'since': 1000, 'until': 66000}"));
+    nowMs_ = 66000;
+    EXPECT_EQ(Ask("getLockState")["lock"], J("{'locked': false}"));
+}
+
 TEST_F(LockTest, WrongRequestsAndDamagedLocksHurtNobody)
 {
     EXPECT_THAT(Ask("deleteLock"), FailsWith(ErrorCode::INVALID_ARGUMENT, "not empty", "lockSessionId"));

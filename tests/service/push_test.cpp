@@ -242,6 +242,23 @@ TEST_F(PushTest, ABatchAnswersEachItem)
     EXPECT_THAT(Pushed(data_), IsEmpty());
 }
 
+TEST_F(PushTest, SubscriptionsAreListedUntilTheyExpire)
+{
+    Json::Value first = Subscribe(DATA_EVENT, 2000);
+    Subscribe(FILE_EVENT, 9000);
+    EXPECT_EQ(Ask("getSubscriptions", J("{'containerName': 'x'}"))["subscriptions"].size(), 0u);
+    Json::Value listed = Ask("getSubscriptions", J("{'bundleName': '', 'containerName': ''}"))["subscriptions"];
+    ASSERT_EQ(listed.size(), 2u);
+    Json::Value expected = J("{'bundleName': 'com.example.people', 'containerName': 'people', 'expirationTime': 2000}");
+    expected["id"] = first["id"];
+    expected["saName"] = DATA_EVENT;
+    EXPECT_EQ(listed[0], expected);
+    nowMs_ = 2000;
+    listed = Ask("getSubscriptions")["subscriptions"];
+    ASSERT_EQ(listed.size(), 1u);
+    EXPECT_EQ(listed[0]["saName"], FILE_EVENT);
+}
+
 // As after a service that died between the commit and the sending.
 TEST(NotifierTest, NoticesAreSentInOrderAndDroppedOnlyAfterwards)
 {
