@@ -30,6 +30,13 @@ std::future<Outcome> StartCall(Start &&start)
     return future;
 }
 
+std::shared_ptr<NBContext> ContextOf(const std::string &prepareTraceId)
+{
+    auto context = std::make_shared<NBContext>();
+    context->SetPrepareTarceId(prepareTraceId);
+    return context;
+}
+
 Nubis::NBRecordsCallback KeepResults(const Promise<SaveOutcome> &promise)
 {
     return [promise](std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>,
@@ -49,19 +56,19 @@ Nubis::NBError ErrorFor(const SaveOutcome &outcome, const std::string &recordId)
     return outcome.error.HasError() ? outcome.error : NBError(Nubis::NB_LOCAL_UNEXPECTED_REPLY);
 }
 
-std::future<SaveOutcome> StartSave(
-    NBDatabase &database, std::vector<Nubis::NBRecord> records, Nubis::NBSavePolicy policy)
+std::future<SaveOutcome> StartSave(NBDatabase &database, std::vector<Nubis::NBRecord> records,
+    Nubis::NBSavePolicy policy, const std::string &prepareTraceId)
 {
     return StartCall<SaveOutcome>([&](const Promise<SaveOutcome> &promise) {
-        return database.SaveRecords(std::make_shared<NBContext>(), std::move(records), policy, KeepResults(promise));
+        return database.SaveRecords(ContextOf(prepareTraceId), std::move(records), policy, KeepResults(promise));
     });
 }
 
-std::future<SaveOutcome> StartDelete(
-    NBDatabase &database, std::vector<Nubis::NBRecord> records, Nubis::NBSavePolicy policy)
+std::future<SaveOutcome> StartDelete(NBDatabase &database, std::vector<Nubis::NBRecord> records,
+    Nubis::NBSavePolicy policy, const std::string &prepareTraceId)
 {
     return StartCall<SaveOutcome>([&](const Promise<SaveOutcome> &promise) {
-        return database.DeleteRecords(std::make_shared<NBContext>(), std::move(records), policy, KeepResults(promise));
+        return database.DeleteRecords(ContextOf(prepareTraceId), std::move(records), policy, KeepResults(promise));
     });
 }
 

@@ -28,10 +28,11 @@ struct PageOutcome {
     Nubis::NBError error;
 };
 
-std::future<SaveOutcome> StartSave(
-    Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records, Nubis::NBSavePolicy policy);
-std::future<SaveOutcome> StartDelete(
-    Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records, Nubis::NBSavePolicy policy);
+// The prepareTraceId names the user action to which a change belongs.
+std::future<SaveOutcome> StartSave(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records,
+    Nubis::NBSavePolicy policy, const std::string &prepareTraceId = "");
+std::future<SaveOutcome> StartDelete(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records,
+    Nubis::NBSavePolicy policy, const std::string &prepareTraceId = "");
 std::future<SaveOutcome> StartFetchByIds(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records);
 std::future<PageOutcome> StartQuery(Nubis::NBDatabase &database, const std::vector<std::string> &fields,
     Nubis::NBQuery query, int pageSize, const std::string &cursor);

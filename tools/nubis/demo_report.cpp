@@ -74,10 +74,11 @@ void DemoReport::Seconds(const std::string &label, double seconds, size_t record
     console_.out << line.str() << '\n' << std::flush;
 }
 
-void DemoReport::Text(const std::string &text)
+void DemoReport::Text(const std::string &label, const std::string &text)
 {
+    json_["steps"][steps_ - 1][label] = text;
     if (!isJson_) {
-        console_.out << "   " << text << '\n' << std::flush;
+        console_.out << "   " << label << ": " << text << '\n' << std::flush;
     }
 }
 

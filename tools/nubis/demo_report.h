@@ -25,7 +25,8 @@ public:
     // A number with what it counts, and its unit behind it.
     void Number(const std::string &label, size_t number, const std::string &unit = "");
     void Seconds(const std::string &label, double seconds, size_t records = 0);
-    void Text(const std::string &text);
+    // What somebody was told, as it was said.
+    void Text(const std::string &label, const std::string &text);
     // An expectation and whether it held; a few of the differences when it did not.
     void Check(const std::string &expectation, bool held, const std::vector<std::string> &differences = {});
 

@@ -34,11 +34,6 @@ std::string LocalText(Nubis::NBLocalErrorCode code)
     }
 }
 
-std::string ReasonOf(const NBError &error)
-{
-    return error.GetErrorDetails().empty() ? "" : error.GetErrorDetails().front().reason;
-}
-
 std::string ServerText(const NBError &error)
 {
     std::string text = error.GetErrorMsg().empty() ? "the drive service refused it" : error.GetErrorMsg();
@@ -53,7 +48,7 @@ std::string ServerText(const NBError &error)
     if (!details.empty()) {
         text += " [" + details + "]";
     }
-    std::string reason = ReasonOf(error);
+    std::string reason = ErrorReason(error);
     return text + " (" + (reason.empty() ? "" : reason + ", ") + "code " + std::to_string(error.GetServerErrorCode()) +
            ")";
 }
@@ -67,6 +62,9 @@ std::string AdviceForReason(const std::string &reason)
         {"RECORD_NOT_FOUND",
             "see with `nubis record query` which records there are; `nubis record save --new` creates one"},
         {"VERSION_CONFLICT", "read it with `nubis record get`, and save it with the version that it has now"},
+        {"NOT_APPLIED", "correct what the other records were refused for, and send all of them again"},
+        {"DUPLICATE_RECORD",
+            "change the record that is there, or give this one other values in the fields that tell duplicates"},
         {"UNKNOWN_REFERENCE", "save the record that it refers to first"},
         {"INVALID_CURSOR", "begin again without --since"}};
     auto advice = ADVICE.find(reason);
@@ -80,6 +78,11 @@ std::string CountText(size_t count, const std::string &noun)
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
+std::string ErrorReason(const NBError &error)
+{
+    return error.GetErrorDetails().empty() ? "" : error.GetErrorDetails().front().reason;
+}
+
 std::string ErrorText(const NBError &error)
 {
     if (error.IsServerError()) {
@@ -90,7 +93,7 @@ std::string ErrorText(const NBError &error)
 
 std::string ErrorAdvice(const NBError &error)
 {
-    if (std::string advice = AdviceForReason(ReasonOf(error)); error.IsServerError() && !advice.empty()) {
+    if (std::string advice = AdviceForReason(ErrorReason(error)); error.IsServerError() && !advice.empty()) {
         return advice;
     }
     if (error.IsServerError()) {

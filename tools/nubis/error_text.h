@@ -14,6 +14,9 @@ namespace NubisTool {
 // "1 record", "2 records".
 std::string CountText(size_t count, const std::string &noun);
 
+// The service's name of the failure, as "VERSION_CONFLICT"; empty when it gave none.
+std::string ErrorReason(const Nubis::NBError &error);
+
 // What happened, in one line: "the service refused it: ... (VERSION_CONFLICT, 1106)".
 std::string ErrorText(const Nubis::NBError &error);
 

@@ -26,9 +26,6 @@
 namespace NubisTool {
 namespace {
 
-// Enough to see what is wrong with a file; the count says how many there are.
-constexpr size_t MOST_PROBLEMS_SHOWN = 50;
-
 struct ImportCommandOptions {
     CommonOptions common;
     std::vector<std::string> files;
@@ -37,19 +34,6 @@ struct ImportCommandOptions {
     RowFormat format = RowFormat::GUESS;
     bool existing = false;
 };
-
-[[noreturn]] void ThrowProblems(const std::vector<RowProblem> &problems, const ImportCommandOptions &options)
-{
-    std::string text = CountText(problems.size(), "problem") + " in the input; nothing was sent:";
-    for (size_t i = 0; i < std::min(problems.size(), MOST_PROBLEMS_SHOWN); ++i) {
-        text += "\n  " + ProblemText(problems[i]);
-    }
-    if (problems.size() > MOST_PROBLEMS_SHOWN) {
-        text += "\n  ... and " + std::to_string(problems.size() - MOST_PROBLEMS_SHOWN) + " more";
-    }
-    throw CommandError(text,
-        "correct the input; `nubis catalogue show " + options.common.bundle + "` lists the fields of " + options.type);
-}
 
 Json::Value RefusalsJson(const std::vector<Refusal> &refusals)
 {
@@ -160,9 +144,7 @@ int Import(const ImportCommandOptions &options, const Console &console)
     RowChecker checker(session.RecordType(options.type), options.idField, Completeness::WHOLE);
     std::vector<RowProblem> problems;
     std::vector<ImportItem> items = CheckRows(checker, rows, problems);
-    if (!problems.empty()) {
-        ThrowProblems(problems, options);
-    }
+    ThrowIfAny(problems, options.common.bundle);
     auto database = session.Database();
     bool idsWereMade = std::any_of(
         items.begin(), items.end(), [](const ImportItem &item) { return item.record.GetRecordId().empty(); });
@@ -172,9 +154,7 @@ int Import(const ImportCommandOptions &options, const Console &console)
     }
     BatchLimits limits{session.ContainerInfo().maxBatchNumber, session.UploadSize().maxBodySize};
     ImportPlan plan = PlanImport(items, limits, problems);
-    if (!problems.empty()) {
-        ThrowProblems(problems, options);
-    }
+    ThrowIfAny(problems, options.common.bundle);
     InterruptGuard guard;
     // A new record saved "if unchanged" is refused when its id is taken; saved by overwriting, it takes its place.
     auto policy = options.existing ? Nubis::NB_SAVE_OVERWRITE : Nubis::NB_SAVE_IF_UNCHANGED;

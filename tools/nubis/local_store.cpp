@@ -73,6 +73,10 @@ LocalStore::Effect LocalStore::Take(const Nubis::NBRecord &record)
     if (record.GetIsDelete()) {
         return entries_.erase(record.GetRecordId()) > 0 ? Effect::REMOVED : Effect::NOTHING;
     }
+    auto held = entries_.find(record.GetRecordId());
+    if (held != entries_.end() && held->second.version >= record.GetVersion()) {
+        return Effect::NOTHING;
+    }
     Entry entry{record.GetRecordType(), record.GetVersion(), RecordToJson(record)["fields"]};
     return entries_.insert_or_assign(record.GetRecordId(), std::move(entry)).second ? Effect::ADDED : Effect::CHANGED;
 }

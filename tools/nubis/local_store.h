@@ -30,7 +30,7 @@ public:
         ADDED,
         CHANGED,
         REMOVED,
-        NOTHING // a tombstone of a record that was not there
+        NOTHING // a version that was there already or is older, or a tombstone of a record that was not there
     };
 
     Effect Take(const Nubis::NBRecord &record);

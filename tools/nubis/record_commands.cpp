@@ -17,8 +17,8 @@
 #include "error_text.h"
 #include "record_json.h"
 #include "record_options.h"
-#include "row_checker.h"
 #include "row_reader.h"
+#include "row_record.h"
 #include "session.h"
 
 namespace NubisTool {
@@ -46,28 +46,9 @@ Row ReadRecordArgument(const RecordOptions &options, const Console &console)
 Nubis::NBRecord MakeRecord(const Row &row, const RecordOptions &options, const Nubis::NBSchemaNode &schemaNode)
 {
     ImportItem item;
-    std::string id = options.id;
-    if (id.empty() && row.values["recordId"].isString()) {
-        id = row.values["recordId"].asString();
-    }
-    bool isNew = options.isNew || id.empty();
-    bool isWhole = isNew || options.policy == Nubis::NB_SAVE_OVERWRITE;
     std::vector<RowProblem> problems;
-    RowChecker checker(schemaNode, "", isWhole ? Completeness::WHOLE : Completeness::PARTIAL);
-    if (!checker.Check(row, item, problems)) {
-        std::string text;
-        for (const RowProblem &problem : problems) {
-            text += "\n  " + ProblemText(problem);
-        }
-        throw CommandError("the record does not fit its type; nothing was sent:" + text,
-            "`nubis catalogue show " + options.common.bundle + "` lists types and fields");
-    }
-    item.record.SetRecordId(id);
-    item.record.SetNewCreate(isNew);
-    const Json::Value &version = row.values["version"];
-    if (schemaNode.fields.count("version") == 0 && version.isUInt64()) {
-        item.record.SetVersion(version.asUInt64());
-    }
+    MakeRecordOfRow(row, {options.id, options.isNew, options.policy}, schemaNode, item, problems);
+    ThrowIfAny(problems, options.common.bundle);
     return std::move(item.record);
 }
 
@@ -143,25 +124,31 @@ void AddFieldsOption(CLI::App &command, RecordOptions &options)
 
 void AddSave(CLI::App &family, Chosen &chosen)
 {
-    static const std::map<std::string, Nubis::NBSavePolicy> POLICIES = {{"unchanged", Nubis::NB_SAVE_IF_UNCHANGED},
-        {"merge", Nubis::NB_SAVE_CHANGED_FIELDS}, {"overwrite", Nubis::NB_SAVE_OVERWRITE}};
     auto options = std::make_shared<RecordOptions>();
     CLI::App *save = AddCommand(family, "save", "Create a record, or change one when an id is given",
         R"(nubis record save --bundle com.example.notes --type note '{"title": "Milk"}')");
     AddTypeOption(*save, *options);
     save->add_option("--id", options->id, "Record id [the member recordId; none creates a record]")->type_name("ID");
     save->add_flag("--new", options->isNew, "Create the record although an id is given");
-    save->add_option("--policy", options->policy,
-            "For a record that is there: unchanged (only if \"version\" is still its version), merge (the given "
-            "fields) or overwrite [merge]")
-        ->transform(OneOf(POLICIES))
-        ->type_name("POLICY");
+    AddPolicyOption(*save, options->policy);
     save->add_option("record", options->json, "The record as a JSON object [read from standard input]")
         ->type_name("JSON");
     SetAction(*save, chosen, [options](const Console &console) { return Save(*options, console); });
 }
 
 } // namespace
+
+void AddPolicyOption(CLI::App &command, Nubis::NBSavePolicy &policy)
+{
+    static const std::map<std::string, Nubis::NBSavePolicy> POLICIES = {{"unchanged", Nubis::NB_SAVE_IF_UNCHANGED},
+        {"merge", Nubis::NB_SAVE_CHANGED_FIELDS}, {"overwrite", Nubis::NB_SAVE_OVERWRITE}};
+    command
+        .add_option("--policy", policy,
+            "For a record that is there: unchanged (only if \"version\" is still its version), merge (the given "
+            "fields) or overwrite [merge]")
+        ->transform(OneOf(POLICIES))
+        ->type_name("POLICY");
+}
 
 void AddTypeOption(CLI::App &command, RecordOptions &options)
 {

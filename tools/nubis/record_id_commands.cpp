@@ -7,11 +7,13 @@
 #include <functional>
 #include <memory>
 #include <ostream>
+#include <set>
 #include <utility>
 
 #include "command_error.h"
 #include "database_calls.h"
 #include "error_text.h"
+#include "record_failures.h"
 #include "record_options.h"
 #include "session.h"
 
@@ -21,9 +23,9 @@ namespace {
 using IdOperation = std::function<std::future<SaveOutcome>(std::vector<Nubis::NBRecord> records)>;
 
 struct IdOutcome {
-    std::vector<Nubis::NBRecord> records; // those that succeeded, in the order of the ids
-    std::string failures;                 // a line for each of the others
-    Nubis::NBError firstError;
+    // Those that succeeded, in the order of the ids.
+    std::vector<Nubis::NBRecord> records;
+    RecordFailures failures;
 };
 
 void Judge(const std::string &id, const SaveOutcome &requestOutcome, IdOutcome &outcome)
@@ -33,15 +35,21 @@ void Judge(const std::string &id, const SaveOutcome &requestOutcome, IdOutcome &
         outcome.records.push_back(requestOutcome.results->at(id).GetRecord());
         return;
     }
-    outcome.failures += "\n  " + id + ": " + ErrorText(error);
-    outcome.firstError = outcome.firstError.HasError() ? outcome.firstError : error;
+    outcome.failures.Add(id, error);
 }
 
 // Performs the operation on all of the ids, as many at a time as a request may carry.
 IdOutcome PerformById(Session &session, const RecordOptions &options, const IdOperation &operation)
 {
-    if (std::find(options.ids.begin(), options.ids.end(), "") != options.ids.end()) {
-        throw UsageError("a record id is empty", "leave it out; `nubis record query` shows the ids");
+    std::set<std::string> seen;
+    for (const std::string &id : options.ids) {
+        if (id.empty()) {
+            throw UsageError("a record id is empty", "leave it out; `nubis record query` shows the ids");
+        }
+        // One of the two would be told the other's result.
+        if (!seen.insert(id).second) {
+            throw UsageError("the record id " + id + " is given twice", "give every id once");
+        }
     }
     IdOutcome outcome;
     size_t most = std::max<size_t>(session.ContainerInfo().maxBatchNumber, 1);
@@ -71,9 +79,7 @@ int Get(const RecordOptions &options, const Console &console)
     if (options.common.json || !outcome.records.empty()) {
         PrintRecords(outcome.records, schemaNode, options, console);
     }
-    if (!outcome.failures.empty()) {
-        throw CommandError("not every record could be read:" + outcome.failures, ErrorAdvice(outcome.firstError));
-    }
+    outcome.failures.ThrowIfAny("not every record could be read");
     return EXIT_DONE;
 }
 
@@ -93,9 +99,7 @@ int Delete(const RecordOptions &options, const Console &console)
     } else {
         console.out << "deleted " << CountText(outcome.records.size(), "record") << '\n';
     }
-    if (!outcome.failures.empty()) {
-        throw CommandError("not every record could be deleted:" + outcome.failures, ErrorAdvice(outcome.firstError));
-    }
+    outcome.failures.ThrowIfAny("not every record could be deleted");
     return EXIT_DONE;
 }
 

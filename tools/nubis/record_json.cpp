@@ -70,6 +70,9 @@ Json::Value RecordToJson(const Nubis::NBRecord &record)
     if (record.GetIsDelete()) {
         json["deleted"] = true;
     }
+    if (record.GetShared()) {
+        json["shared"] = true;
+    }
     if (auto created = record.GetRecordCreateInfo(); created.time != 0) {
         json["created"] = ChangeToJson(created);
     }

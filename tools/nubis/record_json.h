@@ -16,7 +16,8 @@
 namespace NubisTool {
 
 // The form in which the tool shows a record, and which `nubis record import` takes back:
-//   {"recordId", "recordType", "version", "deleted" (when it is), "created", "modified", "relations", "fields": {...}}
+//   {"recordId", "recordType", "version", "deleted" and "shared" (when it is), "created", "modified", "relations",
+//    "fields": {...}}
 Json::Value RecordToJson(const Nubis::NBRecord &record);
 
 // A field's value; unlike the form that is sent, an empty list is [] and an empty map {}.

@@ -39,6 +39,9 @@ struct RecordOptions {
 // The options of the database, and --type.
 void AddTypeOption(CLI::App &command, RecordOptions &options);
 
+// --policy, for commands that save.
+void AddPolicyOption(CLI::App &command, Nubis::NBSavePolicy &policy);
+
 // As a JSON array or as a table.
 void PrintRecords(const std::vector<Nubis::NBRecord> &records, const Nubis::NBSchemaNode &schemaNode,
     const RecordOptions &options, const Console &console);

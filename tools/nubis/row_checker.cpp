@@ -3,11 +3,13 @@
 
 #include "row_checker.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <utility>
 
 #include "command_error.h"
+#include "error_text.h"
 #include "field_converter.h"
 #include "record_json.h"
 
@@ -15,12 +17,14 @@ namespace NubisTool {
 namespace {
 
 constexpr size_t LONGEST_FOUND = 60;
+// Enough to see what is wrong with a file; the count says how many there are.
+constexpr size_t MOST_PROBLEMS_SHOWN = 50;
 
 // Members that describe the record and are no fields of it.
 const std::set<std::string> &BookkeepingMembers()
 {
     static const std::set<std::string> NAMES = {
-        "recordId", "recordType", "version", "deleted", "created", "modified", "relations", "fields"};
+        "recordId", "recordType", "version", "deleted", "created", "modified", "shared", "relations", "fields"};
     return NAMES;
 }
 
@@ -51,6 +55,21 @@ std::string ProblemText(const RowProblem &problem)
     return problem.file + ":" + std::to_string(problem.line) + ": " +
            (problem.field.empty() ? "" : "field " + problem.field + ": ") + "expected " + problem.expected +
            ", found " + problem.found;
+}
+
+void ThrowIfAny(const std::vector<RowProblem> &problems, const std::string &bundle)
+{
+    if (problems.empty()) {
+        return;
+    }
+    std::string text = CountText(problems.size(), "problem") + " in the input; nothing was sent:";
+    for (size_t i = 0; i < std::min(problems.size(), MOST_PROBLEMS_SHOWN); ++i) {
+        text += "\n  " + ProblemText(problems[i]);
+    }
+    if (problems.size() > MOST_PROBLEMS_SHOWN) {
+        text += "\n  ... and " + std::to_string(problems.size() - MOST_PROBLEMS_SHOWN) + " more";
+    }
+    throw CommandError(text, "correct the input; `nubis catalogue show " + bundle + "` lists types and fields");
 }
 
 // What checking one row needs at hand.

@@ -26,6 +26,9 @@ struct RowProblem {
 // "people.csv:3: field age: expected a whole number ..., found \"x\""
 std::string ProblemText(const RowProblem &problem);
 
+// Throws CommandError, which names the first of them, when there are problems in the input for a bundle.
+void ThrowIfAny(const std::vector<RowProblem> &problems, const std::string &bundle);
+
 // A record that is ready to be sent, and where it came from.
 struct ImportItem {
     Nubis::NBRecord record;

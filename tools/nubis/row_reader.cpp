@@ -4,9 +4,6 @@
 #include "row_reader.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -14,6 +11,7 @@
 
 #include "command_error.h"
 #include "csv_reader.h"
+#include "input_text.h"
 
 namespace NubisTool {
 namespace {
@@ -24,23 +22,6 @@ constexpr const char *FORMATS_ADVICE =
 [[noreturn]] void FailAt(const std::string &name, size_t line, const std::string &what)
 {
     throw CommandError(name + ":" + std::to_string(line) + ": " + what, FORMATS_ADVICE);
-}
-
-std::string ReadAll(std::istream &input, const std::string &name)
-{
-    std::string text;
-    std::vector<char> buffer(65536);
-    while (input.read(buffer.data(), static_cast<std::streamsize>(buffer.size())) || input.gcount() > 0) {
-        text.append(buffer.data(), static_cast<size_t>(input.gcount()));
-        if (text.size() > MAX_INPUT_BYTES) {
-            throw CommandError(name + ": larger than " + std::to_string(MAX_INPUT_BYTES) + " bytes",
-                "split it and import the parts one after the other");
-        }
-    }
-    if (input.bad()) {
-        throw CommandError(name + ": reading failed: " + std::strerror(errno), "check the file and its disk");
-    }
-    return text;
 }
 
 Row MakeJsonRow(const std::string &name, size_t line, Json::Value value)
@@ -60,13 +41,9 @@ std::vector<Row> ReadJsonArray(const std::string &text, const std::string &name)
     }
     std::vector<Row> rows;
     rows.reserve(root.size());
-    size_t line = 1;
-    auto counted = text.begin();
+    LineCounter lines(text);
     for (auto &element : root) {
-        // Elements come in the order of the text, so the line ends before each are counted only once.
-        auto start = text.begin() + element.getOffsetStart();
-        line += static_cast<size_t>(std::count(counted, std::max(counted, start), '\n'));
-        counted = std::max(counted, start);
+        size_t line = lines.LineAt(static_cast<size_t>(element.getOffsetStart()));
         rows.push_back(MakeJsonRow(name, line, std::move(element)));
     }
     return rows;
@@ -200,16 +177,8 @@ std::vector<Row> ReadRows(std::istream &input, const std::string &name, RowForma
 
 std::vector<Row> ReadRowsFromFile(const std::string &path, RowFormat format, std::istream &standardInput)
 {
-    if (path == "-") {
-        return ReadRows(standardInput, "standard input", format);
-    }
-    std::ifstream file(path, std::ios::binary);
-    if (!file || file.peek() == std::char_traits<char>::eof()) {
-        // Opening a folder succeeds and only reading it fails, so both are asked before saying why.
-        std::string reason = file.eof() ? "the file is empty" : std::strerror(errno);
-        throw CommandError(path + ": " + reason, "check the file's name and that it can be read");
-    }
-    return ReadRows(file, path, format);
+    Input input(path, standardInput);
+    return ReadRows(input.Stream(), input.Name(), format);
 }
 
 } // namespace NubisTool

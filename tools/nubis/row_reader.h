@@ -28,8 +28,6 @@ struct Row {
     bool isText = false;
 };
 
-constexpr size_t MAX_INPUT_BYTES = 1024UL * 1024 * 1024;
-
 // All rows of a stream; the name stands for it in messages. Throws CommandError, naming file and line, when the input
 // cannot be read as its format.
 std::vector<Row> ReadRows(std::istream &input, const std::string &name, RowFormat format);
