@@ -12,8 +12,9 @@
 namespace Nubis {
 // What a caller passes along with one call; shared by pointer with the call, which hands it back to the callback.
 //
-// The library only reads it, while it builds the request on the caller's thread. It has no lock of its own: set it up
-// before the call and leave it alone until the call has returned.
+// The library only reads it, while it builds the request: on the caller's thread, or for NBDatabase::DeleteRecords on
+// the worker. It has no lock of its own: set it up before the call and leave it alone until the call has returned, or
+// until the callback of DeleteRecords.
 class NUBIS_EXPORT NBContext {
 public:
     // Identifies the request in the service's logs; empty lets the library make one where the request needs one.

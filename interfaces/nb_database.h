@@ -68,8 +68,8 @@ using NBFetchCallback = std::function<void(
 using NBPreSharedCallback =
     std::function<void(std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>, NBRecord &, const NBError &)>;
 // The progress of a save: called every 10 s while the task is enabled (EnableProgressCallBack), never after the save's
-// own callback has begun. It runs under the lock of the progress registry, so it must not start a save with progress,
-// nor enable or disable one; the next delivery of every task waits for it.
+// own callback has begun. It runs under the lock of the progress registry, so it must not start a save with progress or
+// wait for one, nor enable or disable one; the next delivery of every task waits for it.
 using NBProgressCallback = std::function<void(std::shared_ptr<NBContext>, std::shared_ptr<NBProgressMap>)>;
 
 // One database of a container.
@@ -339,7 +339,7 @@ private:
     std::atomic<bool> stopUpload_{false};
 };
 
-// Adapt a callback for one record to an operation on many.
+// Adapt a callback for one record to an operation on many. A single result is moved out of the map.
 NUBIS_EXPORT NBRecordsCallback RecordsToRecordCallback(NBSingleRecordCallback callback);
 NUBIS_EXPORT NBRecordsCallback CopyRecordsToRecordCallback(NBSingleRecordCallback callback);
 } // namespace Nubis

@@ -208,7 +208,9 @@ NBError NBDatabase::SendDataToCloudSrv(Json::Value &request, Json::Value &reply,
         return NBError(NB_LOCAL_BAD_DATA);
     }
     request["syncDemon"] = std::to_string(GetNubisSyncDemon());
-    const auto kit = GetKit();
+    // Kept until the end: a failure that comes after the container was released is still reported for its user.
+    const auto container = container_.lock();
+    const auto kit = container == nullptr ? nullptr : container->GetNubis();
     if (kit == nullptr) {
         return NBError(NB_LOCAL_EMPTY_REPLY);
     }

@@ -41,6 +41,8 @@ void NBDatabase::StartWorker(void (NBDatabase::*inner)(Parameters...), Arguments
 template <typename ReadReply>
 NBError NBDatabase::Exchange(Json::Value &request, int timeout, ReadReply &&readReply)
 {
+    // As in SendDataToCloudSrv, for the failures of single records.
+    const auto container = container_.lock();
     return Nubis::Exchange([&](Json::Value &reply) { return SendDataToCloudSrv(request, reply, timeout); },
         std::forward<ReadReply>(readReply));
 }

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <future>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "blocking_calls.h"
 #include "event_lines.h"
 #include "fake_drive_service.h"
 #include "nb_container.h"
 #include "nb_database.h"
 #include "nubis_kit.h"
+#include "record_builder.h"
 
 namespace {
 using namespace Nubis;
@@ -98,20 +98,29 @@ TEST_F(OmReportTest, FailedRequestOfADatabaseTellsWhatFailed)
         {"traceID", "20000_01_7_7"}, {"prepareTraceId", "20000_01_6_6"}, {"userID", "ann"}, {"returnCode", "2001"},
         {"errorReason", "broken"}};
     EXPECT_EQ(fields, expected);
-}
 
-TEST_F(OmReportTest, RequestWithoutAReplyIsReportedWithoutItsTrace)
-{
-    ASSERT_FALSE(SignIn().HasError());
+    // Without a reply there is no trace id, and without a context no prepare trace id.
     service_->Answer("getStartCursor", "");
     std::string cursor;
     ASSERT_EQ(database_->GetStartCursor("contact", cursor).GetLocalErrorCode(), NB_LOCAL_EMPTY_REPLY);
-    const auto events = Events();
-    ASSERT_EQ(events.size(), 1U);
-    const Texts expected{{"pn", "sync_contact"}, {"operationType", ""}, {"business_id", "getStartCursor"},
-        {"traceID", ""}, {"prepareTraceId", ""}, {"userID", "ann"}, {"returnCode", "11"}, {"errorReason", ""},
-        {"extraInfo", "null"}};
-    EXPECT_EQ(TextsOf(events[0]["fields"]), expected);
+    fields = TextsOf(Events().back()["fields"]);
+    EXPECT_EQ(fields["traceID"] + fields["prepareTraceId"] + fields["operationType"], "");
+    EXPECT_EQ(fields["returnCode"] + fields["extraInfo"], "11null");
+}
+
+TEST_F(OmReportTest, AFailureAfterTheReleaseOfTheContainerIsReported)
+{
+    ASSERT_FALSE(SignIn().HasError());
+    size_t reported = 0;
+    for (const char *reply : {R"({"code": 7})", R"({"records": [{"code": 7, "recordId": "bad"}]})"}) {
+        database_ = kit_->GetDefaultContainer("com.ohos.contactsdataability")->GetPrivateDatabase();
+        service_->AnswerWith("copyRecords", [this, reply](const Json::Value &) {
+            kit_->ReleaseDefaultContainer("com.ohos.contactsdataability");
+            return std::string(reply);
+        });
+        NubisTest::Copy(database_, {{}});
+        EXPECT_EQ(Events().size(), ++reported) << reply;
+    }
 }
 
 TEST_F(OmReportTest, EveryFailedRecordOfASuccessfulSaveIsReported)
@@ -122,17 +131,8 @@ TEST_F(OmReportTest, EveryFailedRecordOfASuccessfulSaveIsReported)
         {"code": 3001, "recordId": "bad", "error": {"code": 3001, "description": "conflict"}},
         {"code": 5, "localRecordId": "worse"},
         {"code": 5, "recordId": "unknown"}]})");
-    std::vector<NBRecord> records;
-    for (const char *recordId : {"good", "bad", "worse"}) {
-        records.emplace_back();
-        records.back().SetRecordId(recordId);
-        records.back().SetRecordType("contact");
-    }
-    const auto done = std::make_shared<std::promise<NBError>>();
-    ASSERT_EQ(database_->SaveRecords(std::make_shared<NBContext>(), std::move(records), NB_SAVE_OVERWRITE,
-                  [done](auto, auto, auto, const NBError &error) { done->set_value(error); }),
-        0);
-    ASSERT_FALSE(done->get_future().get().HasError());
+    const auto contact = [](const char *recordId) { return NubisTest::RecordBuilder("contact", recordId).Build(); };
+    ASSERT_FALSE(NubisTest::Save(database_, {contact("good"), contact("bad"), contact("worse")}).error.HasError());
 
     std::vector<Texts> reported;
     for (const auto &event : Events()) {
@@ -150,21 +150,6 @@ TEST_F(OmReportTest, EveryFailedRecordOfASuccessfulSaveIsReported)
     EXPECT_EQ(JsonHelper::StringToJson(reported[0].at("extraInfo"))["recordId"], "bad");
     EXPECT_EQ(reported[1].at("returnCode"), "24");
     EXPECT_EQ(JsonHelper::StringToJson(reported[1].at("extraInfo"))["localRecordId"], "worse");
-}
-
-TEST_F(OmReportTest, EveryFailedCopyIsReported)
-{
-    ASSERT_FALSE(SignIn().HasError());
-    service_->Answer("copyRecords", R"({"code": 0, "records": [{"code": 5, "recordId": "bad"}]})");
-    std::vector<NBCopyRecord> orders(1);
-    const auto done = std::make_shared<std::promise<void>>();
-    ASSERT_EQ(database_->CopyRecords(
-                  nullptr, std::move(orders), [done](auto, auto, auto, const NBError &) { done->set_value(); }),
-        0);
-    done->get_future().get();
-    const auto events = Events();
-    ASSERT_EQ(events.size(), 1U);
-    EXPECT_EQ(events[0]["fields"]["business_id"], "copyRecords");
 }
 
 TEST_F(OmReportTest, FailedRequestsOfTheKitAreNotReported)
