@@ -26,10 +26,10 @@ constexpr int FAILED_REPLY = 29201;
 constexpr int DEAD_REPLY = 29189;
 constexpr uint32_t ALWAYS = 1000;
 
-sptr<IRemoteObject> Fresh()
+sptr<IRemoteObject> Fresh(const sptr<TestAbility> &stub = new TestAbility())
 {
     Host::AbilityRegistry::Kill(BUNDLE, ABILITY, 100);
-    Host::AbilityRegistry::Offer(BUNDLE, ABILITY, 100, new TestAbility());
+    Host::AbilityRegistry::Offer(BUNDLE, ABILITY, 100, stub);
     sptr<TestConnection> connection = new TestConnection();
     EXPECT_EQ(Connect(connection, BUNDLE), 0);
     return connection->AwaitAbility();
@@ -51,13 +51,8 @@ Outcome Play(const FaultPlan &plan, int requests)
             ability = Fresh();
         }
         MessageParcel reply;
-        outcome.results.push_back(Call(
-            ability, ECHO,
-            [i](MessageParcel &data) {
-                data.WriteInterfaceToken(u"token");
-                data.WriteInt32(i);
-            },
-            reply));
+        const auto write = [i](MessageParcel &data) { data.WriteInterfaceToken(u"token") && data.WriteInt32(i); };
+        outcome.results.push_back(Call(ability, ECHO, write, reply));
         const uint8_t *bytes = reply.ReadUnpadBuffer(reply.GetDataSize());
         outcome.replies.emplace_back(bytes, bytes + reply.GetDataSize());
     }
@@ -103,28 +98,16 @@ TEST(HostFaultsTest, EachFaultDoesWhatItSays)
     };
     for (const auto &item : cases) {
         sptr<TestAbility> stub = new TestAbility();
-        Host::AbilityRegistry::Kill(BUNDLE, ABILITY, 100);
-        Host::AbilityRegistry::Offer(BUNDLE, ABILITY, 100, stub);
-        sptr<TestConnection> connection = new TestConnection();
-        ASSERT_EQ(Connect(connection, BUNDLE), 0);
-        sptr<IRemoteObject> ability = connection->AwaitAbility();
+        sptr<IRemoteObject> ability = Fresh(stub);
         {
             FaultPlan plan;
             plan.*item.share = ALWAYS;
             FaultScope scope(plan);
-            EXPECT_EQ(Call(ability, KEEP,
-                          [&](MessageParcel &data) {
-                              data.WriteString("kept");
-                              data.WriteRemoteObject(stub);
-                          }),
-                item.result);
+            const auto write = [&](MessageParcel &data) { data.WriteString("kept") && data.WriteRemoteObject(stub); };
+            EXPECT_EQ(Call(ability, KEEP, write), item.result);
             EXPECT_EQ(scope.History().size(), 1U);
         }
-        MessageParcel reply;
-        EXPECT_EQ(Call(
-                      stub, GIVE, [](MessageParcel &data) { data.WriteString("kept"); }, reply),
-            0);
-        EXPECT_EQ(reply.ReadRemoteObject() != nullptr, item.handled);
+        EXPECT_EQ(Give(stub, "kept") != nullptr, item.handled);
         EXPECT_EQ(Call(ability, RESULT) == OHOS::ERR_DEAD_OBJECT, item.dead);
     }
 }

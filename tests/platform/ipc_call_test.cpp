@@ -2,10 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <atomic>
-#include <chrono>
 #include <cstring>
 #include <malloc.h>
-#include <memory>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -13,8 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include "extension_manager_client.h"
-#include "host/ability_registry.h"
 #include "ipc_test_support.h"
 
 using namespace IpcTest;
@@ -25,35 +21,7 @@ using OHOS::sptr;
 
 namespace {
 
-// Where the ability lives.
-enum class Place {
-    THIS_PROCESS,
-    OTHER_PROCESS
-};
-
-// What holds for every ability, wherever it lives.
-class IpcCallTest : public testing::TestWithParam<Place> {
-protected:
-    void SetUp() override
-    {
-        TestHost::Get().OfferService(BUNDLE);
-        if (GetParam() == Place::THIS_PROCESS) {
-            Host::AbilityRegistry::Offer(BUNDLE, ABILITY, 100, new TestAbility());
-        }
-        connection_ = new TestConnection();
-        ASSERT_EQ(Connect(connection_, BUNDLE), 0);
-        ability_ = connection_->AwaitAbility();
-        ASSERT_NE(ability_, nullptr);
-    }
-    void TearDown() override
-    {
-        OHOS::AAFwk::ExtensionManagerClient::GetInstance().DisconnectAbility(connection_->AsObject());
-        Host::AbilityRegistry::Withdraw(BUNDLE, ABILITY, 100);
-    }
-
-    sptr<TestConnection> connection_;
-    sptr<IRemoteObject> ability_;
-};
+class IpcCallTest : public PlacesTest {};
 
 std::vector<uint8_t> Pattern(size_t size)
 {
@@ -97,10 +65,19 @@ void ExpectEverything(MessageParcel &parcel, const std::vector<uint8_t> &block, 
     EXPECT_EQ(parcel.GetReadableBytes(), 0U);
 }
 
+// Everything, there and back.
+void ExpectEcho(
+    const sptr<IRemoteObject> &ability, const std::vector<uint8_t> &block, const sptr<IRemoteObject> &object)
+{
+    MessageParcel reply;
+    const auto write = [&](MessageParcel &data) { EXPECT_TRUE(WriteEverything(data, block, object)); };
+    ASSERT_EQ(Call(ability, ECHO, write, reply), 0);
+    ExpectEverything(reply, block, object);
+}
+
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Places, IpcCallTest, testing::Values(Place::THIS_PROCESS, Place::OTHER_PROCESS),
-    [](const auto &place) { return place.param == Place::THIS_PROCESS ? "Registered" : "Process"; });
+INSTANTIATE_TEST_SUITE_P(Places, IpcCallTest, testing::Values(Place::THIS_PROCESS, Place::OTHER_PROCESS), NameOf);
 
 TEST_P(IpcCallTest, ParcelsArriveAsWritten)
 {
@@ -109,14 +86,7 @@ TEST_P(IpcCallTest, ParcelsArriveAsWritten)
     constexpr size_t inlineLimit = 32 * 1024;
     for (size_t size : {size_t(0), size_t(1), inlineLimit, inlineLimit + 1, size_t(70000), size_t(128) << 20}) {
         SCOPED_TRACE(size);
-        std::vector<uint8_t> block = Pattern(size);
-        sptr<IRemoteObject> object = new TestAbility();
-        MessageParcel reply;
-        ASSERT_EQ(
-            Call(
-                ability_, ECHO, [&](MessageParcel &data) { EXPECT_TRUE(WriteEverything(data, block, object)); }, reply),
-            0);
-        ExpectEverything(reply, block, object);
+        ExpectEcho(ability_, Pattern(size), new TestAbility());
     }
 }
 
@@ -137,108 +107,59 @@ TEST_P(IpcCallTest, ResultReachesTheCallerOnlyWithoutReplyData)
 TEST_P(IpcCallTest, ObjectsKeepTheirIdentity)
 {
     sptr<IRemoteObject> mine = new TestAbility();
-    auto keep = [this](const char *name, const sptr<IRemoteObject> &object) {
-        EXPECT_EQ(Call(ability_, KEEP,
-                      [&](MessageParcel &data) {
-                          data.WriteString(name);
-                          data.WriteRemoteObject(object);
-                      }),
-            0);
-    };
-    auto give = [this](const char *name) {
-        MessageParcel reply;
-        EXPECT_EQ(Call(
-                      ability_, GIVE, [&](MessageParcel &data) { data.WriteString(name); }, reply),
-            0);
-        return reply.ReadRemoteObject();
-    };
-    keep("mine", mine);
-    EXPECT_EQ(give("mine"), mine);
-    // Its own object, sent back: the service gives the same one, and so do we get the same proxy.
-    keep("ability", ability_);
-    EXPECT_EQ(give("ability"), ability_);
-    // An ability that keeps itself would never end.
-    keep("ability", nullptr);
-    EXPECT_EQ(give("ability"), nullptr);
-    MessageParcel reply;
-    ASSERT_EQ(Call(ability_, MAKE, {}, reply), 0);
-    sptr<IRemoteObject> made = reply.ReadRemoteObject();
+    sptr<IRemoteObject> made = Make(ability_);
     ASSERT_NE(made, nullptr);
-    keep("made", made);
-    EXPECT_EQ(give("made"), made);
-    EXPECT_EQ(give("unknown"), nullptr);
+    // Its own object, sent back: the service gives the same one, and so do we get the same proxy.
+    for (const auto &object : {mine, made, ability_}) {
+        Keep(ability_, "name", object);
+        EXPECT_EQ(Give(ability_, "name"), object);
+    }
+    // An ability that keeps itself would never end.
+    Keep(ability_, "name", nullptr);
+    EXPECT_EQ(Give(ability_, "name"), nullptr);
 }
 
 TEST_P(IpcCallTest, BigParcelsCarryObjectsOfTheSmallLane)
 {
     // The object is known from a small parcel; the large ones travel on another connection.
-    MessageParcel made;
-    ASSERT_EQ(Call(ability_, MAKE, {}, made), 0);
-    sptr<IRemoteObject> object = made.ReadRemoteObject();
+    sptr<IRemoteObject> object = Make(ability_);
     std::vector<uint8_t> block = Pattern(100000);
-    for (const auto &sent : {object, sptr<IRemoteObject>(new TestAbility())}) {
-        MessageParcel reply;
-        ASSERT_EQ(
-            Call(
-                ability_, ECHO, [&](MessageParcel &data) { EXPECT_TRUE(WriteEverything(data, block, sent)); }, reply),
-            0);
-        ExpectEverything(reply, block, sent);
-    }
+    ExpectEcho(ability_, block, object);
+    ExpectEcho(ability_, block, new TestAbility());
     // A call to that object takes the other lane when it is large.
     EXPECT_EQ(Call(object, 5, [&](MessageParcel &data) { data.WriteRawData(block.data(), block.size()); }), 305);
 }
 
-TEST_P(IpcCallTest, LastReferenceReleasesTheRemoteObject)
+TEST_P(IpcCallTest, ObjectsLiveWhileTheFarSideHoldsThem)
 {
     int32_t before = CallForInt(ability_, COUNT);
     {
-        MessageParcel first;
-        MessageParcel second;
-        ASSERT_EQ(Call(ability_, MAKE, {}, first), 0);
-        ASSERT_EQ(Call(ability_, MAKE, {}, second), 0);
-        sptr<IRemoteObject> kept = first.ReadRemoteObject();
+        // The one without a reader ends with its parcel.
+        MessageParcel unread;
+        ASSERT_EQ(Call(ability_, MAKE, {}, unread), 0);
+        sptr<IRemoteObject> kept = Make(ability_);
         EXPECT_EQ(CallForInt(ability_, COUNT), before + 2);
     }
-    EXPECT_EQ(AwaitInt(ability_, COUNT, before), before);
-}
+    EXPECT_TRUE(Await([&] { return CallForInt(ability_, COUNT) == before; }));
 
-TEST_P(IpcCallTest, OwnObjectLivesWhileTheFarSideHoldsIt)
-{
-    OHOS::wptr<IRemoteObject> weak;
-    auto send = [this](uint32_t code, const sptr<IRemoteObject> &object) {
-        EXPECT_EQ(Call(ability_, code,
-                      [&](MessageParcel &data) {
-                          data.WriteString("name");
-                          data.WriteRemoteObject(object);
-                      }),
-            0);
-    };
-    {
-        sptr<IRemoteObject> object = new TestAbility();
-        weak = object;
-        send(KEEP, object);
-    }
+    sptr<IRemoteObject> object = new TestAbility();
+    OHOS::wptr<IRemoteObject> weak = object;
+    Keep(ability_, "name", object);
+    object = nullptr;
     EXPECT_NE(weak.promote(), nullptr);
-    send(DROP, nullptr);
-    auto deadline = std::chrono::steady_clock::now() + GENEROUS;
-    while (weak.promote() != nullptr && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
-    EXPECT_EQ(weak.promote(), nullptr);
+    Keep(ability_, "name", nullptr);
+    EXPECT_TRUE(Await([&] { return weak.promote() == nullptr; }));
 }
 
 TEST_P(IpcCallTest, NestedCallsRunWhileTheOuterOneWaits)
 {
     MessageParcel reply;
     sptr<IRemoteObject> mine = new TestAbility();
-    ASSERT_EQ(Call(
-                  ability_, CALL_BACK,
-                  [&](MessageParcel &data) {
-                      data.WriteRemoteObject(mine);
-                      data.WriteInt32(5);
-                  },
-                  reply),
-        0);
+    const auto write = [&](MessageParcel &data) {
+        data.WriteRemoteObject(mine);
+        data.WriteInt32(5);
+    };
+    ASSERT_EQ(Call(ability_, CALL_BACK, write, reply), 0);
     EXPECT_EQ(reply.ReadInt32(), 5 + 4 + 3 + 2 + 1);
 }
 
@@ -250,11 +171,7 @@ TEST_P(IpcCallTest, ManyThreadsCallBesideLargeParcels)
     std::atomic<bool> done{false};
     std::thread large([&] {
         do {
-            MessageParcel reply;
-            EXPECT_EQ(Call(
-                          ability_, ECHO, [&](MessageParcel &data) { WriteEverything(data, block, ability_); }, reply),
-                0);
-            ExpectEverything(reply, block, ability_);
+            ExpectEcho(ability_, block, ability_);
         } while (!done);
     });
     std::vector<std::thread> callers;
@@ -335,10 +252,8 @@ TEST_P(IpcCallTest, FileDescriptorsTravel)
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     MessageParcel reply;
-    ASSERT_EQ(
-        Call(
-            ability_, WRITE_TO, [&](MessageParcel &data) { EXPECT_TRUE(data.WriteFileDescriptor(ends[1])); }, reply),
-        0);
+    const auto write = [&](MessageParcel &data) { EXPECT_TRUE(data.WriteFileDescriptor(ends[1])); };
+    ASSERT_EQ(Call(ability_, WRITE_TO, write, reply), 0);
     close(ends[1]);
     EXPECT_TRUE(reply.ReadBool());
     char text[8] = {};

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <atomic>
-#include <chrono>
 #include <csignal>
 #include <string>
 #include <thread>
@@ -12,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include "errors.h"
-#include "extension_manager_client.h"
 #include "host/ability_control.h"
 #include "host/ability_registry.h"
 #include "ipc_object_proxy.h"
@@ -29,34 +27,9 @@ namespace {
 
 constexpr int DEAD_REPLY = 29189;
 
-enum class Place {
-    THIS_PROCESS,
-    OTHER_PROCESS
-};
-
 // What holds when the process of an ability dies.
-class IpcDeathTest : public testing::TestWithParam<Place> {
+class IpcDeathTest : public PlacesTest {
 protected:
-    void SetUp() override
-    {
-        TestHost::Get().OfferService(BUNDLE);
-        ConnectAgain();
-    }
-    void TearDown() override
-    {
-        OHOS::AAFwk::ExtensionManagerClient::GetInstance().DisconnectAbility(connection_->AsObject());
-        Host::AbilityRegistry::Withdraw(BUNDLE, ABILITY, 100);
-    }
-    void ConnectAgain()
-    {
-        if (GetParam() == Place::THIS_PROCESS) {
-            Host::AbilityRegistry::Offer(BUNDLE, ABILITY, 100, new TestAbility());
-        }
-        connection_ = new TestConnection();
-        ASSERT_EQ(Connect(connection_, BUNDLE), 0);
-        ability_ = connection_->AwaitAbility();
-        ASSERT_NE(ability_, nullptr);
-    }
     void KillAbility()
     {
         if (GetParam() == Place::THIS_PROCESS) {
@@ -67,21 +40,15 @@ protected:
         ASSERT_TRUE(status.running);
         ASSERT_EQ(kill(status.pid, SIGKILL), 0);
     }
-
-    sptr<TestConnection> connection_;
-    sptr<IRemoteObject> ability_;
 };
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Places, IpcDeathTest, testing::Values(Place::THIS_PROCESS, Place::OTHER_PROCESS),
-    [](const auto &place) { return place.param == Place::THIS_PROCESS ? "Registered" : "Process"; });
+INSTANTIATE_TEST_SUITE_P(Places, IpcDeathTest, testing::Values(Place::THIS_PROCESS, Place::OTHER_PROCESS), NameOf);
 
 TEST_P(IpcDeathTest, IdleDeathIsToldOnceToEveryone)
 {
-    MessageParcel reply;
-    ASSERT_EQ(Call(ability_, MAKE, {}, reply), 0);
-    sptr<IRemoteObject> second = reply.ReadRemoteObject();
+    sptr<IRemoteObject> second = Make(ability_);
     sptr<TestRecipient> twice = new TestRecipient();
     sptr<TestRecipient> other = new TestRecipient();
     sptr<TestRecipient> removed = new TestRecipient();
@@ -96,10 +63,9 @@ TEST_P(IpcDeathTest, IdleDeathIsToldOnceToEveryone)
         deadInside = died == ability_ && died->IsObjectDead();
     };
     EXPECT_FALSE(ability_->AddDeathRecipient(nullptr));
-    EXPECT_TRUE(ability_->AddDeathRecipient(twice));
-    EXPECT_TRUE(ability_->AddDeathRecipient(twice));
-    EXPECT_TRUE(ability_->AddDeathRecipient(other));
-    EXPECT_TRUE(ability_->AddDeathRecipient(removed));
+    for (const auto &recipient : {twice, twice, other, removed}) {
+        EXPECT_TRUE(ability_->AddDeathRecipient(recipient));
+    }
     EXPECT_TRUE(second->AddDeathRecipient(ofSecond));
     EXPECT_TRUE(ability_->RemoveDeathRecipient(removed));
     EXPECT_FALSE(ability_->RemoveDeathRecipient(removed));
@@ -120,9 +86,10 @@ TEST_P(IpcDeathTest, IdleDeathIsToldOnceToEveryone)
     // Nothing of the old life disturbs the new one.
     auto oldConnection = connection_;
     auto oldAbility = ability_;
+    Offer();
     ConnectAgain();
     EXPECT_NE(ability_, oldAbility);
-    EXPECT_EQ(CallForInt(ability_, COUNT) >= 0, true);
+    EXPECT_EQ(Call(ability_, RESULT), 0);
     EXPECT_EQ(twice->AwaitDeaths(2), 2U);
     EXPECT_EQ(oldConnection->AwaitDisconnects().size(), 1U);
 }
@@ -131,13 +98,8 @@ TEST_P(IpcDeathTest, ConnectingAgainAtOnceFindsALivingAbility)
 {
     sptr<IRemoteObject> died = ability_;
     KillAbility();
-    if (GetParam() == Place::THIS_PROCESS) {
-        Host::AbilityRegistry::Offer(BUNDLE, ABILITY, 100, new TestAbility());
-    }
-    auto deadline = std::chrono::steady_clock::now() + GENEROUS;
-    while (!died->IsObjectDead() && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
+    Offer();
+    EXPECT_TRUE(Await([&] { return died->IsObjectDead(); }));
     // The same connection object, whether or not it has heard of the death.
     ASSERT_EQ(Connect(connection_, BUNDLE), 0);
     ability_ = connection_->AwaitAbility(2);
@@ -174,24 +136,12 @@ TEST_P(IpcDeathTest, CallsUnderWayFail)
 
 TEST_P(IpcDeathTest, DeathReleasesWhatTheDeadHeld)
 {
-    OHOS::wptr<IRemoteObject> weak;
-    {
-        sptr<IRemoteObject> object = new TestAbility();
-        weak = object;
-        EXPECT_EQ(Call(ability_, KEEP,
-                      [&](MessageParcel &data) {
-                          data.WriteString("name");
-                          data.WriteRemoteObject(object);
-                      }),
-            0);
-    }
+    sptr<IRemoteObject> object = new TestAbility();
+    OHOS::wptr<IRemoteObject> weak = object;
+    Keep(ability_, "name", object);
+    object = nullptr;
     KillAbility();
-    connection_->AwaitDisconnects();
-    auto deadline = std::chrono::steady_clock::now() + GENEROUS;
-    while (weak.promote() != nullptr && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
-    EXPECT_EQ(weak.promote(), nullptr);
+    EXPECT_TRUE(Await([&] { return weak.promote() == nullptr; }));
 }
 
 TEST(IpcProcessDeathTest, DeathWithinTheHandlerFailsTheCall)

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <csignal>
 #include <unistd.h>
-#include <vector>
+#include <utility>
 
 #include "host/calling_peer.h"
 #include "ipc_types.h"
@@ -79,14 +79,9 @@ int TestAbility::OnRemoteRequest(uint32_t code, MessageParcel &data, MessageParc
             return CallBack(data, reply);
         case KEEP:
         case GIVE:
-        case DROP:
         case MAKE:
         case COUNT:
             return HandleObjects(code, data, reply);
-        case MAKE_BLOCK: {
-            std::vector<uint8_t> block(data.ReadUint32(), 0x5a);
-            return reply.WriteRawData(block.data(), block.size()) ? OHOS::ERR_NONE : OHOS::ERR_INVALID_DATA;
-        }
         case DIE:
             kill(getpid(), SIGKILL);
             return OHOS::ERR_NONE;
@@ -123,13 +118,11 @@ int TestAbility::HandleObjects(uint32_t code, MessageParcel &data, MessageParcel
         return OHOS::ERR_NONE;
     }
     std::string name = data.ReadString();
+    // What it replaces ends here, without the lock.
     sptr<IRemoteObject> object = data.ReadRemoteObject();
     std::lock_guard<std::mutex> lock(mutex_);
     if (code == KEEP) {
-        kept_[name] = object;
-    } else if (code == DROP) {
-        object = kept_[name];
-        kept_.erase(name);
+        std::swap(kept_[name], object);
     } else {
         reply.WriteRemoteObject(kept_[name]);
     }

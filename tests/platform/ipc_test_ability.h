@@ -27,15 +27,12 @@ enum Code : uint32_t {
     RESULT,
     // remote object, int32 depth: calls the object back with this ability and depth - 1; replies the sum of depths.
     CALL_BACK,
-    // string name, remote object: keeps the object. GIVE and DROP by name.
+    // string name, remote object: keeps the object. GIVE by name.
     KEEP,
     GIVE,
-    DROP,
     // Replies a new object, of which the service keeps nothing; COUNT replies how many of them are alive.
     MAKE,
     COUNT,
-    // uint32 size: replies a raw block of that many bytes.
-    MAKE_BLOCK,
     // Ends the process with SIGKILL.
     DIE,
     // string name: waits until UNBLOCK of the same name; replies nothing.

@@ -13,6 +13,7 @@
 
 #include "extension_manager_client.h"
 #include "host/ability_control.h"
+#include "host/ability_registry.h"
 #include "want.h"
 
 namespace IpcTest {
@@ -201,15 +202,73 @@ int32_t CallForInt(const sptr<IRemoteObject> &object, uint32_t code)
     return reply.ReadInt32();
 }
 
-int32_t AwaitInt(const sptr<IRemoteObject> &object, uint32_t code, int32_t expected)
+void Keep(const sptr<IRemoteObject> &ability, const std::string &name, const sptr<IRemoteObject> &object)
 {
-    auto deadline = std::chrono::steady_clock::now() + GENEROUS;
-    int32_t answer = CallForInt(object, code);
-    while (answer != expected && std::chrono::steady_clock::now() < deadline) {
+    const auto write = [&](MessageParcel &data) {
+        data.WriteString(name);
+        data.WriteRemoteObject(object);
+    };
+    EXPECT_EQ(Call(ability, KEEP, write), 0);
+}
+
+sptr<IRemoteObject> Give(const sptr<IRemoteObject> &ability, const std::string &name)
+{
+    MessageParcel reply;
+    const auto write = [&](MessageParcel &data) { data.WriteString(name); };
+    EXPECT_EQ(Call(ability, GIVE, write, reply), 0);
+    return reply.ReadRemoteObject();
+}
+
+sptr<IRemoteObject> Make(const sptr<IRemoteObject> &ability)
+{
+    MessageParcel reply;
+    EXPECT_EQ(Call(ability, MAKE, {}, reply), 0);
+    return reply.ReadRemoteObject();
+}
+
+bool Await(const std::function<bool()> &condition)
+{
+    const auto deadline = std::chrono::steady_clock::now() + GENEROUS;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
         std::this_thread::yield();
-        answer = CallForInt(object, code);
     }
-    return answer;
+    return true;
+}
+
+void PlacesTest::SetUp()
+{
+    TestHost::Get().OfferService(BUNDLE);
+    Offer();
+    ConnectAgain();
+}
+
+void PlacesTest::TearDown()
+{
+    OHOS::AAFwk::ExtensionManagerClient::GetInstance().DisconnectAbility(connection_->AsObject());
+    Host::AbilityRegistry::Withdraw(BUNDLE, ABILITY, 100);
+}
+
+void PlacesTest::Offer()
+{
+    if (GetParam() == Place::THIS_PROCESS) {
+        Host::AbilityRegistry::Offer(BUNDLE, ABILITY, 100, new TestAbility());
+    }
+}
+
+void PlacesTest::ConnectAgain()
+{
+    connection_ = new TestConnection();
+    ASSERT_EQ(Connect(connection_, BUNDLE), 0);
+    ability_ = connection_->AwaitAbility();
+    ASSERT_NE(ability_, nullptr);
+}
+
+std::string NameOf(const testing::TestParamInfo<Place> &place)
+{
+    return place.param == Place::THIS_PROCESS ? "Registered" : "Process";
 }
 
 } // namespace IpcTest

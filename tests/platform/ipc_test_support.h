@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "ability_connect_callback_stub.h"
 #include "ipc_test_ability.h"
 #include "iremote_object.h"
@@ -67,6 +69,28 @@ private:
     std::vector<int> disconnects_;
 };
 
+// Where the ability of a test lives.
+enum class Place {
+    THIS_PROCESS,
+    OTHER_PROCESS
+};
+
+// What holds for every ability, wherever it lives.
+class PlacesTest : public testing::TestWithParam<Place> {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    // Makes the ability, unless it is a process, which is started on demand.
+    static void Offer();
+    // By a connection of its own.
+    void ConnectAgain();
+
+    OHOS::sptr<TestConnection> connection_;
+    OHOS::sptr<OHOS::IRemoteObject> ability_;
+};
+
+std::string NameOf(const testing::TestParamInfo<Place> &place);
+
 class TestRecipient : public OHOS::IRemoteObject::DeathRecipient {
 public:
     void OnRemoteDied(const OHOS::wptr<OHOS::IRemoteObject> &object) override;
@@ -88,11 +112,16 @@ int Call(const OHOS::sptr<OHOS::IRemoteObject> &object, uint32_t code,
     const std::function<void(OHOS::MessageParcel &)> &write, OHOS::MessageParcel &reply);
 int Call(const OHOS::sptr<OHOS::IRemoteObject> &object, uint32_t code,
     const std::function<void(OHOS::MessageParcel &)> &write = {});
+// Lets the ability keep the object under the name; null ends that. Yields what it keeps.
+void Keep(const OHOS::sptr<OHOS::IRemoteObject> &ability, const std::string &name,
+    const OHOS::sptr<OHOS::IRemoteObject> &object);
+OHOS::sptr<OHOS::IRemoteObject> Give(const OHOS::sptr<OHOS::IRemoteObject> &ability, const std::string &name);
+// An object that the ability has made and does not keep.
+OHOS::sptr<OHOS::IRemoteObject> Make(const OHOS::sptr<OHOS::IRemoteObject> &ability);
+// Waits, for long, until the condition holds, which nobody tells; whether it does.
+bool Await(const std::function<bool()> &condition);
 // A request whose reply is one int32.
 int32_t CallForInt(const OHOS::sptr<OHOS::IRemoteObject> &object, uint32_t code);
-// Asks again until the answer is `expected` or much time has passed: for what happens soon, but tells nobody.
-int32_t AwaitInt(const OHOS::sptr<OHOS::IRemoteObject> &object, uint32_t code, int32_t expected);
-
 } // namespace IpcTest
 
 #endif // IPC_TEST_SUPPORT_H

