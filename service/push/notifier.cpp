@@ -118,17 +118,16 @@ bool Notifier::SendRound()
         return false;
     }
     for (const Notice &notice : notices) {
-        if (notice.number > sentUpTo_) {
+        if (sent_.count(notice.uid) == 0) {
             Send(notice);
-            sentUpTo_ = notice.number;
+            sent_.insert(notice.uid);
         }
     }
     std::unique_ptr<WriteSession> session = store_.BeginWrite();
-    session->DropNotices(notices.back().number);
+    session->DropNotices(notices);
     session->DropExpiredSubscriptions(nowMs_());
     session->Commit();
-    // Numbers begin anew when none is left.
-    sentUpTo_ = 0;
+    sent_.clear();
     return true;
 }
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -49,8 +50,8 @@ private:
     PushKey &pushKey_;
     const std::function<int64_t()> nowMs_;
     const Publish publish_;
-    // The thread's own: up to where notices are sent that could not be dropped; 0 when there are none.
-    int64_t sentUpTo_ = 0;
+    // The thread's own: those that are sent but could not be dropped, by uid.
+    std::set<std::string> sent_;
 
     std::mutex mutex_;
     std::condition_variable changed_;

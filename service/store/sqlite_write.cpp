@@ -200,6 +200,7 @@ void SqliteWrite::Commit()
 {
     AddChangeNotices();
     GuardStore([&] {
+        DropNoticesOfNobody();
         for (const auto &[databaseId, sequence] : lastSequences_) {
             SQLite::Statement &statement =
                 connection_.Prepare("UPDATE cloud_database SET last_sequence = ? WHERE database_id = ?");

@@ -34,7 +34,7 @@ public:
     bool DropSubscription(const std::string &id) override;
     void DropExpiredSubscriptions(int64_t time) override;
     void AddNotice(const std::string &subscriptionId, const NoticeContent &content) override;
-    void DropNotices(int64_t lastNumber) override;
+    void DropNotices(const std::vector<Notice> &notices) override;
     void SetPrepareTraceId(const std::string &prepareTraceId) override;
     void Commit() override;
 
@@ -55,6 +55,7 @@ private:
     std::map<int64_t, std::set<std::string>> changedTypes_; // by database
     std::string prepareTraceId_;
     bool hasNotices_ = false;
+    bool hasDroppedSubscriptions_ = false;
 };
 
 } // namespace DriveService
