@@ -14,6 +14,7 @@ namespace {
 
 constexpr int64_t PRIVATE_DATABASE = 1;
 constexpr int64_t LAST_DATABASE_TYPE = 2;
+constexpr size_t MAX_TRACE_ID_BYTES = 512;
 
 [[noreturn]] void Refuse(const char *name, const std::string &expected, const Json::Value &came)
 {
@@ -105,6 +106,16 @@ std::vector<std::string> Request::Texts(const char *name, size_t most) const
         texts.push_back(value.asString());
     }
     return texts;
+}
+
+std::string Request::PrepareTraceId() const
+{
+    constexpr const char *name = "prepareTraceId";
+    std::string traceId = TextOr(name, "");
+    if (traceId.size() > MAX_TRACE_ID_BYTES) {
+        Refuse(name, "at most " + std::to_string(MAX_TRACE_ID_BYTES) + " bytes", json_[name]);
+    }
+    return traceId;
 }
 
 std::shared_ptr<const AppEntry> FindApp(const ServiceContext &context, const Request &request)

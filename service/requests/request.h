@@ -50,6 +50,10 @@ public:
     const Json::Value *Find(const char *name) const;  // of any type; null when it is absent
     std::vector<std::string> Texts(const char *name, size_t most) const;
 
+    // The user action that led to the request; may be empty. It stands in every notification of what the request
+    // changes, so it is refused when it is long.
+    std::string PrepareTraceId() const;
+
     // The device of the caller.
     const std::string &DeviceName() const
     {

@@ -16,8 +16,10 @@ Json::Value SetPreShared(ServiceContext &context, const Request &request)
     Target target = FindTarget(context, request);
     const RecordTypeRule &rule = FindRecordType(target, request);
     std::string recordId = request.NonEmptyText("recordId");
+    std::string prepareTraceId = request.PrepareTraceId();
 
     std::unique_ptr<WriteSession> session = context.store.BeginWrite();
+    session->SetPrepareTraceId(prepareTraceId);
     int64_t databaseId = session->EnsureDatabase(target.key).id;
     StoredRecord record;
     std::optional<Failure> failure = FindLive(session->View(), databaseId, rule.recordType, recordId, record);

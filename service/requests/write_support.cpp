@@ -56,7 +56,7 @@ SaveContext MakeSaveContext(ServiceContext &context, const Request &request, con
 std::unique_ptr<WriteSession> BeginRecordWrite(ServiceContext &context, const Request &request, const Target &target)
 {
     std::string lockSessionId = request.TextOr("lockSessionId", "");
-    std::string prepareTraceId = request.TextOr("prepareTraceId", "");
+    std::string prepareTraceId = request.PrepareTraceId();
     std::unique_ptr<WriteSession> session = context.store.BeginWrite();
     session->SetPrepareTraceId(prepareTraceId);
     ContainerLock(*session, target.key, context.nowMs()).RequireFree(lockSessionId);
