@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "query/query_parser.h"
+#include "records/find_live.h"
 #include "records/limits.h"
 #include "util/failure.h"
 #include "util/json_util.h"
@@ -31,6 +32,21 @@ std::set<std::string> WantedFields(const Request &request, const Target &target,
                 Excerpt(name));
         }
         wanted.insert(name);
+    }
+    return wanted;
+}
+
+WantedRecord FetchWanted(ServiceContext &context, const Request &request)
+{
+    Target target = FindTarget(context, request);
+    const RecordTypeRule &rule = FindRecordType(target, request);
+    std::set<std::string> fields = WantedFields(request, target, &rule);
+    std::string recordId = request.NonEmptyText("recordId");
+    int64_t databaseId = FindDatabase(context, target).id;
+    WantedRecord wanted{std::move(target), rule, std::move(fields), databaseId, context.store.BeginRead(), {}};
+    std::optional<Failure> failure = FindLive(*wanted.session, databaseId, rule.recordType, recordId, wanted.record);
+    if (failure) {
+        throw RequestError(std::move(*failure));
     }
     return wanted;
 }

@@ -17,6 +17,19 @@ namespace DriveService {
 // container's types when there is none. Throws RequestError (UNKNOWN_FIELD).
 std::set<std::string> WantedFields(const Request &request, const Target &target, const RecordTypeRule *rule);
 
+// The live record that a request for one names by "recordType" and "recordId".
+struct WantedRecord {
+    Target target;
+    const RecordTypeRule &rule; // owned by the target
+    std::set<std::string> fields;
+    int64_t databaseId = 0;
+    std::unique_ptr<ReadSession> session; // the view that the record was read from
+    StoredRecord record;
+};
+
+// Throws RequestError.
+WantedRecord FetchWanted(ServiceContext &context, const Request &request);
+
 // The request's "pageSize" brought to the service's bounds.
 PageBounds BoundsOf(const Request &request);
 

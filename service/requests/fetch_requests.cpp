@@ -93,18 +93,9 @@ Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &reques
 
 Json::Value FetchRecordWithId(ServiceContext &context, const Request &request)
 {
-    Target target = FindTarget(context, request);
-    const RecordTypeRule &rule = FindRecordType(target, request);
-    std::set<std::string> fields = WantedFields(request, target, &rule);
-    std::string recordId = request.NonEmptyText("recordId");
-    DatabaseInfo database = FindDatabase(context, target);
-    StoredRecord record;
-    std::optional<Failure> failure =
-        FindLive(*context.store.BeginRead(), database.id, rule.recordType, recordId, record);
-    if (failure) {
-        throw RequestError(std::move(*failure));
-    }
-    return RecordToJson(record, fields);
+    WantedRecord wanted = FetchWanted(context, request);
+    wanted.session.reset();
+    return RecordToJson(wanted.record, wanted.fields);
 }
 
 Json::Value FetchRecordWithIds(ServiceContext &context, const Request &request)
