@@ -79,7 +79,7 @@ int DriveServiceStub::AnswerLater(OHOS::MessageParcel &data)
 {
     Json::Value json;
     std::string error;
-    if (!ParseJson(ReadText(data), json, error)) {
+    if (!ParseForeignJson(ReadText(data), json, error)) {
         LogError("an asynchronous request that is no JSON was refused: " + error);
         return OHOS::ERR_INVALID_DATA;
     }

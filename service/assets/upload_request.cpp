@@ -6,6 +6,8 @@
 #include <map>
 #include <set>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "account/service_setting.h"
 #include "account/settings.h"
@@ -84,38 +86,47 @@ Json::Value PendingRecords(
     return records;
 }
 
-// Whether the client says that this very content of the asset is uploaded.
-bool Confirms(const Json::Value &answer, const Json::Value &asked)
+using AssetName = std::pair<std::string, std::string>; // field and id
+
+// The revisions that were asked for of those assets of a record whose very content the client says is uploaded.
+std::map<AssetName, int64_t> ConfirmedRevisions(const Json::Value &asked, const Json::Value &answer)
 {
-    if (!answer.isArray() || asked["sha256"].asString().empty()) {
-        return false;
+    if (!answer.isArray()) {
+        return {};
     }
+    std::set<std::tuple<std::string, std::string, std::string, uint64_t>> uploaded;
     for (const Json::Value &item : answer) {
-        if (item.isObject() && item["field"] == asked["field"] && item["assetId"] == asked["assetId"] &&
-            item["sha256"] == asked["sha256"] && item["size"].isUInt64() &&
-            item["size"].asUInt64() == asked["size"].asUInt64()) {
-            return true;
+        std::string sha256 = TextMember(item, "sha256");
+        if (!sha256.empty() && item["size"].isUInt64()) {
+            uploaded.emplace(
+                TextMember(item, "field"), TextMember(item, "assetId"), std::move(sha256), item["size"].asUInt64());
         }
     }
-    return false;
+    std::map<AssetName, int64_t> revisions;
+    for (const Json::Value &item : asked) {
+        AssetName name(item["field"].asString(), item["assetId"].asString());
+        if (uploaded.count({name.first, name.second, item["sha256"].asString(), item["size"].asUInt64()}) > 0) {
+            revisions[std::move(name)] = item["revision"].asInt64();
+        }
+    }
+    return revisions;
 }
 
 void Confirm(WriteSession &session, int64_t databaseId, const Json::Value &asked, const Json::Value &answer)
 {
+    std::map<AssetName, int64_t> revisions = ConfirmedRevisions(asked["assets"], answer["assets"]);
+    if (revisions.empty()) {
+        return;
+    }
     std::string recordId = asked["recordId"].asString();
     std::vector<StoredAsset> assets = session.View().Assets(databaseId, recordId);
     bool changed = false;
-    for (const Json::Value &item : asked["assets"]) {
-        if (!Confirms(answer["assets"], item)) {
-            continue;
-        }
-        for (StoredAsset &asset : assets) {
-            // Another revision is another content, which is not the one that was asked for.
-            if (asset.field == item["field"].asString() && asset.assetId == item["assetId"].asString() &&
-                asset.revision == item["revision"].asInt64()) {
-                changed = changed || !asset.uploaded;
-                asset.uploaded = true;
-            }
+    for (StoredAsset &asset : assets) {
+        auto confirmed = revisions.find({asset.field, asset.assetId});
+        // Another revision is another content, which is not the one that was asked for.
+        if (confirmed != revisions.end() && confirmed->second == asset.revision) {
+            changed = changed || !asset.uploaded;
+            asset.uploaded = true;
         }
     }
     if (changed) {
@@ -128,7 +139,8 @@ void ReadAnswer(ServiceContext &context, int64_t databaseId, const Json::Value &
     Json::Value answer;
     std::string error;
     // Most clients answer with nothing.
-    if (!ParseJson(text, answer, error) || !answer.isObject() || answer["code"] != 0 || !answer["records"].isArray()) {
+    if (!ParseForeignJson(text, answer, error) || !answer.isObject() || answer["code"] != 0 ||
+        !answer["records"].isArray()) {
         return;
     }
     std::map<std::string, const Json::Value *> answered;

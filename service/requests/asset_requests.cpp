@@ -5,6 +5,7 @@
 
 #include "assets/record_assets.h"
 #include "records/find_live.h"
+#include "records/limits.h"
 #include "records/record_json.h"
 #include "requests/fetch_fields.h"
 #include "requests/write_support.h"
@@ -121,7 +122,8 @@ private:
         if (field->type == FieldType::LIST) {
             Json::Value &list = change[name];
             if (list.isNull()) {
-                list = data.isMember(name) ? data[name] : Json::Value(Json::arrayValue);
+                // The data may have been written when the field had another type.
+                list = data[name].isArray() ? data[name] : Json::Value(Json::arrayValue);
             }
             list.append(std::move(asset));
         } else if (change.isMember(name)) {
@@ -201,17 +203,8 @@ void MarkUploaded(
 
 Json::Value FetchAssetStatusWithId(ServiceContext &context, const Request &request)
 {
-    Target target = FindTarget(context, request);
-    const RecordTypeRule &rule = FindRecordType(target, request);
-    std::set<std::string> fields = WantedFields(request, target, &rule);
-    std::string recordId = request.NonEmptyText("recordId");
-    DatabaseInfo database = FindDatabase(context, target);
-    std::unique_ptr<ReadSession> session = context.store.BeginRead();
-    StoredRecord record;
-    if (std::optional<Failure> failure = FindLive(*session, database.id, rule.recordType, recordId, record)) {
-        throw RequestError(std::move(*failure));
-    }
-    return AssetsReply(*session, database.id, rule, record, fields);
+    WantedRecord wanted = FetchWanted(context, request);
+    return AssetsReply(*wanted.session, wanted.databaseId, wanted.rule, wanted.record, wanted.fields);
 }
 
 Json::Value BatchCreateAsset(ServiceContext &context, const Request &request)
@@ -255,6 +248,12 @@ Json::Value UpdateAssetRevision(ServiceContext &context, const Request &request)
     const RecordTypeRule &rule = FindRecordType(target, request);
     std::string recordId = request.NonEmptyText("recordId");
     const Json::Value &items = request.Array("assets");
+    if (items.size() > MAX_CONFIRMED_ASSETS) {
+        throw RequestError(ErrorCode::BATCH_TOO_LARGE,
+            "the request has " + std::to_string(items.size()) + " assets, at most " +
+                std::to_string(MAX_CONFIRMED_ASSETS) + " are confirmed at once",
+            "assets");
+    }
     SaveContext save = MakeSaveContext(context, request, target, SavePolicy::CHANGED_FIELDS);
 
     std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target);

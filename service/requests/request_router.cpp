@@ -130,7 +130,7 @@ std::string RequestRouter::Answer(
     auto answer = [&] {
         Json::Value json;
         std::string error;
-        if (!ParseJson(text, json, error)) {
+        if (!ParseForeignJson(text, json, error)) {
             throw RequestError(ErrorCode::MALFORMED_REQUEST, "the request is no JSON: " + error);
         }
         return Dispatch(json, deviceName, callback);

@@ -7,6 +7,7 @@
 #include <memory>
 #include <sstream>
 
+#include "records/limits.h"
 #include "util/encoding.h"
 
 namespace DriveService {
@@ -39,7 +40,35 @@ const Json::StreamWriterBuilder &WriterBuilder()
     return *builder;
 }
 
+// Whether the commas and opening brackets outside of texts, which stand for about a value each, are at most so many.
+bool HasAtMostValues(const std::string &text, size_t most)
+{
+    size_t values = 0;
+    bool inText = false;
+    for (size_t i = 0; i < text.size() && values <= most; ++i) {
+        char c = text[i];
+        if (inText) {
+            i += c == '\\' ? 1 : 0;
+            inText = c != '"';
+        } else {
+            inText = c == '"';
+            values += c == ',' || c == '[' || c == '{' ? 1 : 0;
+        }
+    }
+    return values <= most;
+}
+
 } // namespace
+
+bool ParseForeignJson(const std::string &text, Json::Value &value, std::string &error)
+{
+    if (!HasAtMostValues(text, MAX_JSON_VALUES)) {
+        error = "the text has more than " + std::to_string(MAX_JSON_VALUES) + " values; send less at a time";
+        value = Json::Value();
+        return false;
+    }
+    return ParseJson(text, value, error);
+}
 
 bool ParseJson(const std::string &text, Json::Value &value, std::string &error)
 {

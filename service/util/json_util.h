@@ -14,6 +14,9 @@ namespace DriveService {
 // Never throws for bad text; `error` then says what is wrong.
 [[nodiscard]] bool ParseJson(const std::string &text, Json::Value &value, std::string &error);
 
+// The same for a text from outside, which is refused before it is read when it has more than MAX_JSON_VALUES values.
+[[nodiscard]] bool ParseForeignJson(const std::string &text, Json::Value &value, std::string &error);
+
 // Compact text in one line, UTF-8 as it is.
 std::string WriteJson(const Json::Value &value);
 
