@@ -4,8 +4,10 @@
 #include "demo_device.h"
 
 #include <chrono>
+#include <functional>
 #include <istream>
-#include <iterator>
+#include <map>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -15,20 +17,19 @@
 
 #include "command_error.h"
 #include "common_options.h"
-#include "database_calls.h"
 #include "demo_data.h"
-#include "demo_edits.h"
-#include "error_text.h"
-#include "import_plan.h"
-#include "importer.h"
-#include "local_store.h"
+#include "demo_follower.h"
+#include "demo_record_orders.h"
+#include "demo_subscription.h"
+#include "demo_writer.h"
 #include "record_json.h"
+#include "row_reader.h"
 #include "session.h"
 
 namespace NubisTool {
 namespace {
 
-constexpr int CHANGES_PAGE = 1000;
+constexpr std::chrono::seconds ARRIVAL_TIME(60);
 
 CommonOptions DeviceOptions(int user)
 {
@@ -40,176 +41,120 @@ CommonOptions DeviceOptions(int user)
 
 class Device {
 public:
-    Device(int user, const Console &console) : session_(DeviceOptions(user)), console_(console)
-    {}
+    Device(int user, const Console &console)
+        : session_(DeviceOptions(user)), writer_(session_, records_, console), recordOrders_(session_, records_)
+    {
+        AddOrdersOnRecords();
+        AddOrdersOnNotifications();
+    }
 
     Json::Value Perform(const Json::Value &order)
     {
-        std::string name = order["order"].asString();
-        if (name == "import") {
-            return Import(order["folder"].asString());
+        auto known = orders_.find(order["order"].asString());
+        if (known == orders_.end()) {
+            throw UsageError("unknown order " + order["order"].asString(), "");
         }
-        if (name == "edit") {
-            return Edit({order["edits"].asUInt(), order["removals"].asUInt(), order["additions"].asUInt()});
-        }
-        if (name == "follow") {
-            return Follow();
-        }
-        if (name == "write") {
-            store_.Write(order["path"].asString());
-            Json::Value answer(Json::objectValue);
-            answer["records"] = Json::UInt64(store_.Entries().size());
-            return answer;
-        }
-        throw UsageError("unknown order " + name, "");
+        return known->second(order);
     }
 
 private:
-    std::vector<ImportItem> CheckedItems(const std::vector<DemoTable> &tables)
+    void AddOrdersOnRecords()
     {
-        std::vector<ImportItem> items;
-        std::vector<RowProblem> problems;
-        for (const DemoTable &table : tables) {
-            RowChecker checker(session_.RecordType(table.recordType), table.idField, Completeness::WHOLE);
-            std::vector<ImportItem> checked = CheckRows(checker, table.rows, problems);
-            std::move(checked.begin(), checked.end(), std::back_inserter(items));
-        }
-        for (ImportItem &item : items) {
-            item.record.SetNewCreate(true);
-        }
-        ThrowIfProblems(problems);
-        return items;
-    }
-
-    static void ThrowIfProblems(const std::vector<RowProblem> &problems)
-    {
-        if (!problems.empty()) {
-            throw CommandError(std::to_string(problems.size()) +
-                                   " rows do not fit the catalogue, the first: " + ProblemText(problems.front()),
-                "");
-        }
-    }
-
-    // Saves all of them or throws; what was saved is what this device holds from now on.
-    ImportReport Save(const std::vector<ImportItem> &items, ImportPlan &plan)
-    {
-        auto database = session_.Database();
-        std::vector<RowProblem> problems;
-        plan =
-            PlanImport(items, {session_.ContainerInfo().maxBatchNumber, session_.UploadSize().maxBodySize}, problems);
-        ThrowIfProblems(problems);
-        auto send = [&database](std::vector<Nubis::NBRecord> records) {
-            return StartSave(*database, std::move(records), Nubis::NB_SAVE_IF_UNCHANGED);
+        orders_["import"] = [this](const Json::Value &order) {
+            return writer_.Import(order["folder"].asString(), order["action"].asString());
         };
-        ImportOptions options;
-        options.onSaved = [this](const Nubis::NBRecord &sent, const Nubis::NBRecord &answered) {
-            store_.Put(sent.GetRecordId(), {sent.GetRecordType(), answered.GetVersion(), RecordToJson(sent)["fields"]});
+        orders_["edit"] = [this](const Json::Value &order) {
+            return writer_.Edit({order["edits"].asUInt(), order["removals"].asUInt(), order["additions"].asUInt()},
+                order["action"].asString());
         };
-        ImportReport report = RunImport(items, plan, send, options, console_);
-        if (!report.refusals.empty()) {
-            const Refusal &first = report.refusals.front();
-            throw CommandError(CountText(report.refusals.size(), "record") + " refused, the first: " + first.recordId +
-                                   ": " + ErrorText(first.error),
-                ErrorAdvice(first.error));
-        }
-        if (!report.unanswered.empty()) {
-            const Nubis::NBError &error = report.unanswered.front().error;
-            throw CommandError(
-                CountText(report.unanswered.size(), "record") + " unanswered: " + ErrorText(error), ErrorAdvice(error));
-        }
-        if (report.notSent > 0) {
-            throw CommandError("not sent: " + CountText(report.notSent, "record"), "");
-        }
-        return report;
+        orders_["pick"] = [this](const Json::Value &order) {
+            return recordOrders_.Pick(order["recordType"].asString(), order["count"].asUInt());
+        };
+        orders_["read"] = [this](const Json::Value &order) { return recordOrders_.Read(order["recordId"].asString()); };
+        orders_["fetch"] = [this](const Json::Value &order) {
+            return recordOrders_.Fetch(order["recordId"].asString(), order["recordType"].asString());
+        };
+        orders_["save"] = [this](const Json::Value &order) {
+            return recordOrders_.Save(
+                order["record"], static_cast<Nubis::NBSavePolicy>(order["policy"].asInt()), order["action"].asString());
+        };
+        orders_["lock"] = [this](const Json::Value &) { return recordOrders_.Lock(); };
+        orders_["unlock"] = [this](const Json::Value &) { return recordOrders_.Unlock(); };
+        orders_["write"] = [this](const Json::Value &order) { return Write(order["path"].asString()); };
     }
 
-    Json::Value Import(const std::string &folder)
+    void AddOrdersOnNotifications()
     {
-        std::vector<DemoTable> tables = LoadDemoData(folder);
-        std::vector<ImportItem> items = CheckedItems(tables);
-        ImportPlan plan;
-        ImportReport report = Save(items, plan);
-        Json::Value answer(Json::objectValue);
-        for (const DemoTable &table : tables) {
-            answer["records"][table.recordType] = Json::UInt64(table.rows.size());
+        orders_["follow"] = [this](const Json::Value &order) { return Follow(order["subscribe"].asBool()); };
+        orders_["await"] = [this](const Json::Value &order) {
+            return Following().Await(
+                {order["action"].asString(), order["notifications"].asUInt(), order["refusals"].asUInt()},
+                ARRIVAL_TIME);
+        };
+        orders_["subscribe"] = [this](const Json::Value &order) {
+            return Subscription().Save(std::chrono::milliseconds(order["milliseconds"].asInt64()));
+        };
+        orders_["subscribe anew"] = [this](const Json::Value &) { return Subscription().SaveAnew(); };
+        orders_["notify me"] = [this](const Json::Value &) {
+            Nubis::NBError error = Subscription().NotifyMe();
+            Json::Value answer = error.HasError() ? RefusalJson(error) : Json::Value(Json::objectValue);
+            answer["notified"] = !error.HasError();
+            return answer;
+        };
+    }
+
+    Json::Value Follow(bool subscribes)
+    {
+        auto container = session_.Kit().GetContainer(DEMO_BUNDLE, session_.ContainerInfo().containerName);
+        if (container == nullptr) {
+            throw CommandError("the demo's container cannot be opened", "");
         }
-        answer["saved"] = Json::UInt64(report.saved);
-        answer["requests"] = Json::UInt64(report.requests);
-        answer["bytes"] = Json::UInt64(report.bytes);
-        answer["waves"] = Json::UInt64(plan.waves.size());
-        answer["saveSeconds"] = report.time.count();
+        std::vector<std::string> recordTypes;
+        for (const auto &type : session_.ContainerInfo().schema.recordTypes) {
+            recordTypes.push_back(type.first);
+        }
+        subscription_ = std::make_unique<DemoSubscription>(container);
+        Json::Value subscription = subscribes ? subscription_->Save(std::chrono::milliseconds(0)) : Json::Value();
+        follower_ = std::make_unique<DemoFollower>(container, std::move(recordTypes), records_);
+        Json::Value answer =
+            follower_->Start(subscribes ? DemoFollower::Beginning::FIRST_CHANGE : DemoFollower::Beginning::NOW);
+        answer["subscription"] = subscription["subscription"];
         return answer;
     }
 
-    Json::Value Edit(const EditCounts &counts)
+    DemoFollower &Following()
     {
-        DemoEdits edits = ChooseEdits(store_, counts);
-        Json::Value answer(Json::objectValue);
-        std::vector<ImportItem> items = CheckedItems(edits.additions);
-        for (const ImportItem &item : items) {
-            answer["added"].append(item.record.GetRecordId());
+        if (follower_ == nullptr) {
+            throw UsageError("the device does not follow yet", "");
         }
-        for (ImportItem &item : CheckedItems(edits.changes)) {
-            std::string id = item.record.GetRecordId();
-            answer["changed"].append(id);
-            item.record.SetNewCreate(false);
-            item.record.SetVersion(store_.Entries().at(id).version);
-            items.push_back(std::move(item));
-        }
-        ImportPlan plan;
-        Save(items, plan);
-        RemoveRecords(edits.removals);
-        for (const std::string &id : edits.removals) {
-            answer["removed"].append(id);
-        }
-        return answer;
+        return *follower_;
     }
 
-    void RemoveRecords(const std::vector<std::string> &ids)
+    DemoSubscription &Subscription()
     {
-        std::vector<Nubis::NBRecord> records(ids.size());
-        for (size_t i = 0; i < ids.size(); ++i) {
-            const LocalStore::Entry &entry = store_.Entries().at(ids[i]);
-            records[i].SetRecordId(ids[i]);
-            records[i].SetRecordType(entry.recordType);
-            records[i].SetVersion(entry.version);
+        if (subscription_ == nullptr) {
+            throw UsageError("the device does not follow yet", "");
         }
-        SaveOutcome outcome = Wait(StartDelete(*session_.Database(), std::move(records), Nubis::NB_SAVE_IF_UNCHANGED));
-        ThrowIfError(outcome.error, "deleting records");
-        for (const std::string &id : ids) {
-            ThrowIfError(ErrorFor(outcome, id), "deleting " + id);
-            store_.Remove(id);
-        }
+        return *subscription_;
     }
 
-    Json::Value Follow()
+    Json::Value Write(const std::string &path)
     {
         Json::Value answer(Json::objectValue);
-        size_t requests = 0;
-        bool hasMore = true;
-        while (hasMore) {
-            PageOutcome page = Wait(StartChanges(*session_.Database(), "", {}, CHANGES_PAGE, cursor_));
-            ThrowIfError(page.error, "reading changes");
-            if (page.hasMore && page.cursor == cursor_) {
-                throw CommandError("the service's cursor stands still", "");
-            }
-            ++requests;
-            for (const Nubis::NBRecord &record : page.records) {
-                static const char *const MEMBERS[] = {"added", "changed", "removed", "nothing"};
-                LocalStore::Effect effect = store_.Take(record);
-                answer[MEMBERS[static_cast<size_t>(effect)]].append(record.GetRecordId());
-            }
-            cursor_ = page.cursor;
-            hasMore = page.hasMore;
-        }
-        answer["requests"] = Json::UInt64(requests);
+        records_.With([&](LocalStore &store) {
+            store.Write(path);
+            answer["records"] = Json::UInt64(store.Entries().size());
+        });
         return answer;
     }
 
     Session session_;
-    const Console &console_;
-    LocalStore store_;
-    std::string cursor_;
+    DemoRecords records_;
+    DemoWriter writer_;
+    DemoRecordOrders recordOrders_;
+    std::unique_ptr<DemoSubscription> subscription_;
+    std::unique_ptr<DemoFollower> follower_;
+    std::map<std::string, std::function<Json::Value(const Json::Value &)>> orders_;
 };
 
 Json::Value Answer(Device &device, const std::string &line)
