@@ -131,6 +131,9 @@ int RunTool(std::vector<std::string> arguments, const Console &console)
     AddUserCommands(app, chosen);
     AddConfigCommands(app, chosen);
     AddRecordCommands(app, chosen);
+    AddShareCommand(app, chosen);
+    AddKeyCommands(app, chosen);
+    AddTokenCommand(app, chosen);
     AddChangesCommand(app, chosen);
     AddCridCommands(app, chosen);
 

@@ -72,6 +72,41 @@ std::future<SaveOutcome> StartDelete(NBDatabase &database, std::vector<Nubis::NB
     });
 }
 
+std::future<ModifyOutcome> StartModify(NBDatabase &database, std::vector<Nubis::NBRecord> saves,
+    std::vector<Nubis::NBRecord> deletions, Nubis::NBSavePolicy policy, bool atomic)
+{
+    return StartCall<ModifyOutcome>([&](const Promise<ModifyOutcome> &promise) {
+        auto keep = [promise](std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>,
+                        std::shared_ptr<Nubis::NBResultMap> saved, std::shared_ptr<Nubis::NBResultMap> deleted,
+                        const NBError &error) {
+            promise->set_value({{std::move(saved), {}}, {std::move(deleted), {}}, error});
+        };
+        return database.ModifyRecords(
+            std::make_shared<NBContext>(), std::move(saves), std::move(deletions), policy, atomic, keep);
+    });
+}
+
+std::future<SaveOutcome> StartCopy(NBDatabase &database, std::vector<Nubis::NBCopyRecord> orders)
+{
+    return StartCall<SaveOutcome>([&](const Promise<SaveOutcome> &promise) {
+        return database.CopyRecords(std::make_shared<NBContext>(), std::move(orders), KeepResults(promise));
+    });
+}
+
+std::future<SaveOutcome> StartShare(NBDatabase &database, const std::string &recordType, const std::string &recordId)
+{
+    return StartCall<SaveOutcome>([&](const Promise<SaveOutcome> &promise) {
+        auto keep = [promise, recordId](std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>,
+                        Nubis::NBRecord &record, const NBError &error) {
+            SaveOutcome outcome;
+            outcome.error = error;
+            outcome.results->emplace(recordId, Nubis::NBRecordOperResult(error, std::move(record)));
+            promise->set_value(std::move(outcome));
+        };
+        return database.SetPreShared(std::make_shared<NBContext>(), recordType, recordId, keep);
+    });
+}
+
 std::future<SaveOutcome> StartFetchByIds(NBDatabase &database, std::vector<Nubis::NBRecord> records)
 {
     return StartCall<SaveOutcome>([&](const Promise<SaveOutcome> &promise) {

@@ -21,6 +21,13 @@ struct SaveOutcome {
     Nubis::NBError error;
 };
 
+struct ModifyOutcome {
+    // What became of the records alone; that of the call is below.
+    SaveOutcome saved;
+    SaveOutcome deleted;
+    Nubis::NBError error;
+};
+
 struct PageOutcome {
     std::vector<Nubis::NBRecord> records;
     std::string cursor;
@@ -33,6 +40,12 @@ std::future<SaveOutcome> StartSave(Nubis::NBDatabase &database, std::vector<Nubi
     Nubis::NBSavePolicy policy, const std::string &prepareTraceId = "");
 std::future<SaveOutcome> StartDelete(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records,
     Nubis::NBSavePolicy policy, const std::string &prepareTraceId = "");
+std::future<ModifyOutcome> StartModify(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> saves,
+    std::vector<Nubis::NBRecord> deletions, Nubis::NBSavePolicy policy, bool atomic);
+std::future<SaveOutcome> StartCopy(Nubis::NBDatabase &database, std::vector<Nubis::NBCopyRecord> orders);
+// The one result has the record's id.
+std::future<SaveOutcome> StartShare(
+    Nubis::NBDatabase &database, const std::string &recordType, const std::string &recordId);
 std::future<SaveOutcome> StartFetchByIds(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records);
 std::future<PageOutcome> StartQuery(Nubis::NBDatabase &database, const std::vector<std::string> &fields,
     Nubis::NBQuery query, int pageSize, const std::string &cursor);

@@ -181,6 +181,8 @@ void AddRecordCommands(CLI::App &app, Chosen &chosen)
     AddSave(*family, chosen);
 
     AddRecordByIdCommands(*family, chosen);
+    AddModifyCommand(*family, chosen);
+    AddCopyCommand(*family, chosen);
 
     auto options = std::make_shared<RecordOptions>();
     CLI::App *query = AddCommand(*family, "query", "Read the records that meet conditions",

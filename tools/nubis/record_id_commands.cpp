@@ -41,16 +41,7 @@ void Judge(const std::string &id, const SaveOutcome &requestOutcome, IdOutcome &
 // Performs the operation on all of the ids, as many at a time as a request may carry.
 IdOutcome PerformById(Session &session, const RecordOptions &options, const IdOperation &operation)
 {
-    std::set<std::string> seen;
-    for (const std::string &id : options.ids) {
-        if (id.empty()) {
-            throw UsageError("a record id is empty", "leave it out; `nubis record query` shows the ids");
-        }
-        // One of the two would be told the other's result.
-        if (!seen.insert(id).second) {
-            throw UsageError("the record id " + id + " is given twice", "give every id once");
-        }
-    }
+    RequireIds(options.ids);
     IdOutcome outcome;
     size_t most = std::max<size_t>(session.ContainerInfo().maxBatchNumber, 1);
     for (size_t start = 0; start < options.ids.size(); start += most) {
@@ -110,6 +101,20 @@ void AddIds(CLI::App &command, RecordOptions &options)
 }
 
 } // namespace
+
+void RequireIds(const std::vector<std::string> &ids)
+{
+    std::set<std::string> seen;
+    for (const std::string &id : ids) {
+        if (id.empty()) {
+            throw UsageError("a record id is empty", "leave it out; `nubis record query` shows the ids");
+        }
+        // One of the two would be told the other's result.
+        if (!seen.insert(id).second) {
+            throw UsageError("the record id " + id + " is given twice", "give every id once");
+        }
+    }
+}
 
 void AddRecordByIdCommands(CLI::App &record, Chosen &chosen)
 {

@@ -42,6 +42,9 @@ void AddTypeOption(CLI::App &command, RecordOptions &options);
 // --policy, for commands that save.
 void AddPolicyOption(CLI::App &command, Nubis::NBSavePolicy &policy);
 
+// Throws UsageError for ids with which results could not be told apart: an empty one, or one that is given twice.
+void RequireIds(const std::vector<std::string> &ids);
+
 // As a JSON array or as a table.
 void PrintRecords(const std::vector<Nubis::NBRecord> &records, const Nubis::NBSchemaNode &schemaNode,
     const RecordOptions &options, const Console &console);
