@@ -43,8 +43,9 @@ std::optional<LockHolder> FindLockHolder(ReadSession &session, const DatabaseKey
     }
     LockHolder holder{TextMember(kept, "sessionId"), TextMember(kept, "deviceName"),
         kept["sinceMs"].isInt64() ? kept["sinceMs"].asInt64() : 0, kept["expiresMs"].asInt64()};
-    // One that ends later than a lock can was given before the clock was set back: it would last far too long.
-    bool isHeld = !holder.sessionId.empty() && nowMs < holder.expiresMs && holder.expiresMs <= nowMs + LOCK_MS;
+    // One that ends much later than a lock can was given before the clock was set back and would last far too long. But
+    // a small correction of the clock must not take the lock away from its holder.
+    bool isHeld = !holder.sessionId.empty() && nowMs < holder.expiresMs && holder.expiresMs <= nowMs + 2 * LOCK_MS;
     return isHeld ? std::make_optional(holder) : std::nullopt;
 }
 

@@ -3,6 +3,9 @@
 
 #include "requests/handlers.h"
 
+#include <map>
+#include <utility>
+
 #include "assets/record_assets.h"
 #include "records/find_live.h"
 #include "records/limits.h"
@@ -140,9 +143,27 @@ private:
     const SaveContext &context_;
 };
 
+using AssetName = std::pair<std::string, std::string>; // field and id
+
+// The assets of a record and where its data holds them.
+struct RecordAssets {
+    RecordAssets(ReadSession &session, int64_t databaseId, const std::string &recordId, const RecordTypeRule &rule,
+        Json::Value &data)
+        : slots(FindAssets(rule, data)), known(KnownAssets(session, databaseId, recordId, slots))
+    {
+        for (size_t i = 0; i < known.size(); ++i) {
+            byName.emplace(AssetName(known[i].field, known[i].assetId), i);
+        }
+    }
+
+    std::vector<AssetSlot> slots;
+    std::vector<StoredAsset> known;          // of each slot
+    std::multimap<AssetName, size_t> byName; // the slots' numbers
+};
+
 // Where the content of an asset is confirmed: checks one element and writes what it says into the record's data.
-StoredAsset ConfirmAsset(const Json::Value &item, const std::string &position, const std::vector<AssetSlot> &slots,
-    const std::vector<StoredAsset> &known, Json::Value &change)
+StoredAsset ConfirmAsset(
+    const Json::Value &item, const std::string &position, const RecordAssets &assets, Json::Value &change)
 {
     std::string name = TextMember(item, "field");
     std::string assetId = TextMember(item, "assetId");
@@ -156,12 +177,10 @@ StoredAsset ConfirmAsset(const Json::Value &item, const std::string &position, c
             position);
     }
     std::optional<StoredAsset> confirmed;
-    for (size_t i = 0; i < slots.size(); ++i) {
-        if (known[i].field != name || known[i].assetId != assetId) {
-            continue;
-        }
-        confirmed = known[i];
-        Json::Value &asset = *slots[i].asset;
+    auto [slot, end] = assets.byName.equal_range({name, assetId});
+    for (; slot != end; ++slot) {
+        confirmed = assets.known[slot->second];
+        Json::Value &asset = *assets.slots[slot->second].asset;
         asset["sha256"] = sha256;
         asset["size"] = item["size"];
         if (item.isMember("version")) {
@@ -187,13 +206,15 @@ StoredAsset ConfirmAsset(const Json::Value &item, const std::string &position, c
 void MarkUploaded(
     WriteSession &session, int64_t databaseId, const std::string &recordId, const std::vector<StoredAsset> &confirmed)
 {
-    std::vector<StoredAsset> assets = session.View().Assets(databaseId, recordId);
+    std::map<AssetName, int64_t> revisions;
     for (const StoredAsset &before : confirmed) {
-        for (StoredAsset &asset : assets) {
-            if (asset.field == before.field && asset.assetId == before.assetId) {
-                asset.uploaded = true;
-                asset.revision = before.revision + 1;
-            }
+        revisions[{before.field, before.assetId}] = before.revision;
+    }
+    std::vector<StoredAsset> assets = session.View().Assets(databaseId, recordId);
+    for (StoredAsset &asset : assets) {
+        if (auto before = revisions.find({asset.field, asset.assetId}); before != revisions.end()) {
+            asset.uploaded = true;
+            asset.revision = before->second + 1;
         }
     }
     session.ReplaceAssets(databaseId, recordId, assets);
@@ -264,12 +285,11 @@ Json::Value UpdateAssetRevision(ServiceContext &context, const Request &request)
         throw RequestError(std::move(*failure));
     }
     Json::Value data = DataOf(record);
-    std::vector<AssetSlot> slots = FindAssets(rule, data);
-    std::vector<StoredAsset> known = KnownAssets(session->View(), save.databaseId, recordId, slots);
+    RecordAssets assets(session->View(), save.databaseId, recordId, rule, data);
     Json::Value change(Json::objectValue);
     std::vector<StoredAsset> confirmed;
     for (Json::ArrayIndex i = 0; i < items.size(); ++i) {
-        confirmed.push_back(ConfirmAsset(items[i], PositionOf("assets", i), slots, known, change));
+        confirmed.push_back(ConfirmAsset(items[i], PositionOf("assets", i), assets, change));
     }
     for (const std::string &name : change.getMemberNames()) {
         change[name] = data[name];
