@@ -14,16 +14,17 @@
 #include "json_samples.h"
 #include "nb_container.h"
 #include "nb_database.h"
+#include "note_builder.h"
 #include "nubis_kit.h"
 
 namespace NubisTest {
 constexpr const char *BUNDLE = "com.example.notes";
 
-// A schema with one record type, "note", with a title and stars.
+// A schema with the record types "note", with a title and stars, and "folder".
 inline Json::Value NoteSchema(int version)
 {
     Json::Value schema = ParseJson(R"({"recordTypes": [{"recordType": "note", "tableName": "notes", "fields": [
-        {"name": "title", "type": "String"}, {"name": "stars", "type": "Long"}]}]})");
+        {"name": "title", "type": "String"}, {"name": "stars", "type": "Long"}]}, {"recordType": "folder"}]})");
     schema["version"] = version;
     return schema;
 }
@@ -69,6 +70,19 @@ protected:
         return requests.empty() ? Json::Value() : requests.back();
     }
 
+    // The last request without what every request carries and without the members named.
+    Json::Value OwnMembers(const std::string &function, std::vector<std::string> others = {})
+    {
+        Json::Value request = LastRequest(function);
+        request.removeMember("syncDemon");
+        others.insert(others.end(), {"function", "nbVersion", "saVersion", "traceId"});
+        for (const std::string &name : others) {
+            EXPECT_TRUE(request.isMember(name)) << name;
+            request.removeMember(name);
+        }
+        return request;
+    }
+
     static int NextUser()
     {
         static int user = 5000;
@@ -85,6 +99,18 @@ class DatabaseTest : public KitTest {
 protected:
     DatabaseTest() : container_(kit_->GetContainer(BUNDLE, "main")), database_(container_->GetPrivateDatabase())
     {}
+
+    static Nubis::NBRecord Existing(const std::string &recordId, uint64_t version = 1)
+    {
+        return Note("old").Id(recordId).Existing(version);
+    }
+
+    // From now on ids are made by these rules; by those of the default, not at all.
+    void SetRules(const std::string &rules = R"({"ruleId": 9})")
+    {
+        service_->Answer("getRecordIdRules", rules);
+        EXPECT_FALSE(database_->GetRecordIdRules().HasError());
+    }
 
     std::shared_ptr<Nubis::NBContainer> container_;
     std::shared_ptr<Nubis::NBDatabase> database_;

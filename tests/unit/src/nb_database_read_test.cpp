@@ -4,9 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "blocking_calls.h"
 #include "kit_fixture.h"
-#include "note_builder.h"
 
 namespace {
 using namespace Nubis;
@@ -18,23 +16,18 @@ using testing::Key;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
-class DatabaseReadTest : public NubisTest::DatabaseTest {
-protected:
-    std::string QueryParamOf(const std::string &text, std::vector<NBOrderBy> orderings)
-    {
-        NubisTest::Query(database_, NBQuery{"note", text, std::move(orderings)});
-        return LastRequest("fetchRecordsWithQuery")["queryParam"].asString();
-    }
-};
+class DatabaseReadTest : public NubisTest::DatabaseTest {};
 
 TEST_F(DatabaseReadTest, OrderingsFollowTheQueryText)
 {
     const NBOrderBy time{true, "time"};
     const NBOrderBy size{false, "size"};
-    EXPECT_EQ(QueryParamOf("a=1", {time, size}), "a=1&orderBy=time desc,size");
-    EXPECT_EQ(QueryParamOf("", {size, time}), "orderBy=size,time desc");
-    EXPECT_EQ(QueryParamOf("a=1", {}), "a=1");
-    EXPECT_EQ(QueryParamOf("", {}), "");
+    const std::pair<NBQuery, const char *> params[] = {{{"note", "a=1", {time, size}}, "a=1&orderBy=time desc,size"},
+        {{"note", "", {size, time}}, "orderBy=size,time desc"}, {{"note", "a=1", {}}, "a=1"}};
+    for (const auto &[query, param] : params) {
+        NubisTest::Query(database_, query);
+        EXPECT_EQ(LastRequest("fetchRecordsWithQuery")["queryParam"], param);
+    }
 }
 
 TEST_F(DatabaseReadTest, APageOfRecordsIsRead)
@@ -47,14 +40,10 @@ TEST_F(DatabaseReadTest, APageOfRecordsIsRead)
     EXPECT_EQ(page.cursor, "c2");
     ASSERT_THAT(page.records, SizeIs(4));
     EXPECT_EQ(NubisTest::TitleOf(page.records[0]), "a");
-    EXPECT_EQ(page.records[1].GetRecordId(), "");
     EXPECT_EQ(page.records[3].GetRecordId(), "r3");
-    const Json::Value request = LastRequest("fetchRecordsWithQuery");
-    EXPECT_EQ(request["recordType"], "note");
-    EXPECT_EQ(request["pageSize"], 50);
-    EXPECT_EQ(request["cursor"], "c1");
-    EXPECT_EQ(request["fields"], "");
-    EXPECT_EQ(request["databaseType"], 1);
+    EXPECT_EQ(OwnMembers("fetchRecordsWithQuery", {"prepareTraceId"}),
+        ParseJson(R"({"bundleName": "com.example.notes", "containerName": "main", "lockSessionId": "",
+        "databaseType": 1, "recordType": "note", "pageSize": 50, "cursor": "c1", "fields": "", "queryParam": ""})"));
 }
 
 TEST_F(DatabaseReadTest, DesiredKeysAreJoined)

@@ -1,13 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <future>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "byte_buffer.h"
 #include "crid.h"
+#include "host/manual_clock.h"
 #include "kit_fixture.h"
 #include "log_capture.h"
+#include "wall_clock.h"
 
 namespace {
 using namespace Nubis;
@@ -20,28 +24,14 @@ using testing::MatchesRegex;
 using testing::SizeIs;
 using testing::StartsWith;
 
-class DatabaseObjectTest : public NubisTest::DatabaseTest {
-protected:
-    // From now on ids are made by these rules.
-    void SetRules(const std::string &rules)
-    {
-        service_->Answer("getRecordIdRules", rules);
-        EXPECT_FALSE(database_->GetRecordIdRules().HasError());
-    }
-};
+class DatabaseObjectTest : public NubisTest::DatabaseTest {};
 
 TEST_F(DatabaseObjectTest, OnlyThePrivateDatabaseAsksAtItsStart)
 {
     EXPECT_EQ(Asked("getRecordIdRules"), 1U);
     EXPECT_EQ(Asked("getServiceKey"), 1U);
-    Json::Value request = LastRequest("getServiceKey");
-    EXPECT_EQ(request["databaseType"], 1);
-    EXPECT_EQ(request["syncDemon"], "1");
-    EXPECT_EQ(database_->GetAppBundleName(), NubisTest::BUNDLE);
-    EXPECT_EQ(database_->GetContainerName(), "main");
-    EXPECT_EQ(database_->GetLockSessionId(), "");
-    EXPECT_EQ(database_->GetAssetsDownloader(), nullptr);
-    EXPECT_EQ(database_->NewAssetReadSession("", "", "", ""), nullptr);
+    EXPECT_EQ(OwnMembers("getServiceKey"),
+        ParseJson(R"({"bundleName": "com.example.notes", "containerName": "main", "databaseType": 1})"));
 }
 
 TEST_F(DatabaseObjectTest, ADatabaseDoesNotKeepItsContainer)
@@ -58,13 +48,6 @@ TEST_F(DatabaseObjectTest, ADatabaseDoesNotKeepItsContainer)
     EXPECT_EQ(request, ParseJson(R"({"syncDemon": "3"})"));
 }
 
-TEST_F(DatabaseObjectTest, StoppingIsSeenOnce)
-{
-    database_->StopUploadTask();
-    EXPECT_TRUE(database_->ResetStopUploadFlag());
-    EXPECT_FALSE(database_->ResetStopUploadFlag());
-}
-
 TEST_F(DatabaseObjectTest, ASendChangesTheRequestOnlyByTheDemon)
 {
     const Json::Value before = ParseJson(R"({"function": "probe", "uuid": "mine", "saVersion": [1]})");
@@ -74,6 +57,56 @@ TEST_F(DatabaseObjectTest, ASendChangesTheRequestOnlyByTheDemon)
     EXPECT_EQ(LastRequest("probe")["saVersion"], 0);
     request.removeMember("syncDemon");
     EXPECT_EQ(request, before);
+}
+
+// Before the database, so that the timer of its requests stands on this clock.
+class Clocked {
+protected:
+    Clocked()
+    {
+        WallClock::SetSource([this]() {
+            return std::chrono::duration_cast<std::chrono::milliseconds>(clock_.Now().time_since_epoch()).count();
+        });
+    }
+    ~Clocked()
+    {
+        WallClock::SetSource(nullptr);
+    }
+
+    Host::ManualClock clock_;
+};
+
+class DatabaseTimeoutTest : protected Clocked, public NubisTest::DatabaseTest {};
+
+TEST_F(DatabaseTimeoutTest, WritesAndFetchesOfManyHaveMoreTime)
+{
+    const std::map<std::string, std::function<void()>> calls = {
+        {"saveRecords 180", [this]() { database_->SaveRecords(nullptr, {}, NB_SAVE_OVERWRITE, nullptr); }},
+        {"modifyRecords 180",
+            [this]() { database_->ModifyRecords(nullptr, {}, {}, NB_SAVE_OVERWRITE, true, nullptr); }},
+        {"deleteRecords 180",
+            [this]() { database_->DeleteRecords(nullptr, {NBRecord()}, NB_SAVE_OVERWRITE, nullptr); }},
+        {"copyRecords 180", [this]() { database_->CopyRecords(nullptr, {}, nullptr); }},
+        {"fetchRecordWithIds 180", [this]() { database_->FetchRecordWithIds(nullptr, {NBRecord()}, {}, nullptr); }},
+        {"fetchRecordWithId 60", [this]() { database_->FetchRecordWithId(nullptr, NBRecord(), {}, nullptr); }},
+        {"fetchRecordsWithQuery 60", [this]() { database_->FetchRecords(nullptr, "", {}, 1, "", nullptr); }},
+        {"fetchDatabaseChanges 60", [this]() { database_->FetchDatabaseChanges(nullptr, "", {}, 1, "", nullptr); }},
+        {"setPreShared 60", [this]() { database_->SetPreShared(nullptr, "", "", nullptr); }}};
+    for (const auto &[name, call] : calls) {
+        const std::string function = name.substr(0, name.find(' '));
+        std::promise<void> gate;
+        service_->AnswerWith(function, [opened = gate.get_future().share()](const Json::Value &) {
+            opened.wait();
+            return std::string("{}");
+        });
+        NubisTest::LogCapture log;
+        call();
+        service_->WaitFor(function, 1);
+        clock_.Advance(std::chrono::seconds(190));
+        EXPECT_TRUE(log.WaitFor("is timeout, timeout:" + name.substr(function.size() + 1)));
+        gate.set_value();
+        EXPECT_TRUE(log.WaitFor("function:" + function + ", cost:190000 ms,"));
+    }
 }
 
 TEST_F(DatabaseObjectTest, AContextGivesBothTraceIds)

@@ -8,7 +8,6 @@
 
 #include "json_samples.h"
 #include "log_capture.h"
-#include "nb_context.h"
 
 using namespace Nubis;
 using NubisTest::ParseJson;
@@ -121,17 +120,4 @@ TEST(NBError, AcceptsWhateverStandsForAnError)
         EXPECT_NO_THROW(error.ParseErrorFromJson(json, 4));
         EXPECT_TRUE(error.HasError());
     }
-}
-
-TEST(NBContext, HandsBackWhatItWasGiven)
-{
-    NBContext context;
-    EXPECT_EQ(context.GetRequestTraceId() + context.GetPrepareTarceId(), "");
-    EXPECT_EQ(context.GetDownloadId(), 0);
-    context.SetRequestTraceId("request");
-    context.SetPrepareTarceId("prepare");
-    context.SetDownloadId(INT64_MIN);
-    EXPECT_EQ(context.GetRequestTraceId(), "request");
-    EXPECT_EQ(context.GetPrepareTarceId(), "prepare");
-    EXPECT_EQ(context.GetDownloadId(), INT64_MIN);
 }

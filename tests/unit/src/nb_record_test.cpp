@@ -54,13 +54,9 @@ const char *const FULL_RECORD = R"({"recordId": "r1", "recordType": "person", "d
     "relations": [{"relationName": "friend", "recordType": "person", "recordId": "r2"}]})";
 } // namespace
 
-TEST(NBRecord, AnEmptyRecordWritesItsSixMembersOnly)
-{
-    EXPECT_EQ(TextOf(NBRecord()), R"({"baseVersion":0,"deleted":false,"isNew":false,"recordId":"","recordType":""})");
-}
-
 TEST(NBRecord, WritesFieldsBesideItsOwnMembers)
 {
+    EXPECT_EQ(TextOf(NBRecord()), R"({"baseVersion":0,"deleted":false,"isNew":false,"recordId":"","recordType":""})");
     NBRecord record =
         RecordBuilder("person", "r1").With("name", "Ann").With("empty", NBRecordField()).AtVersion(UINT64_MAX).Build();
     record.SetDelete(true);

@@ -113,15 +113,6 @@ TEST_F(AppInfoTest, ABrokenContainerIsLeftOutAndABrokenDefaultOneKept)
             "get container info failed, data is not object", "get app info defaultContainer failed, container info:5"));
 }
 
-TEST_F(AppInfoTest, TheLastEntryOfABundleWins)
-{
-    Json::Value reply = Catalogue(1);
-    reply["appInfo"].append(Catalogue(2)["appInfo"][0]);
-    std::map<std::string, NBAppInfo> apps;
-    kit_->GetAppInfoFromJson(reply, apps);
-    EXPECT_EQ(apps.at(BUNDLE).schemaGroupVersion, 2);
-}
-
 TEST_F(AppInfoTest, BrokenRepliesAreErrorsAndNeverMore)
 {
     std::map<std::string, NBAppInfo> apps;

@@ -55,17 +55,6 @@ protected:
         kit_->GetUserInfoFromJson(ParseJson(R"({"userInfo": {"pushKeyId": "key-7"}})"), userInfo_);
     }
 
-    // The last request without what every request carries.
-    Json::Value Sent(const std::string &function)
-    {
-        Json::Value request = LastRequest(function);
-        for (const char *name : {"function", "nbVersion", "saVersion"}) {
-            EXPECT_TRUE(request.isMember(name)) << name;
-            request.removeMember(name);
-        }
-        return request;
-    }
-
     NBSubscriptionResult Save(const std::shared_ptr<NBContainer> &container)
     {
         NBSubscription subscription{5000000000};
@@ -101,10 +90,11 @@ TEST_F(SubscriptionTest, SavingSaysWhereAndHowToNotify)
     EXPECT_FALSE(result.error.HasError());
     EXPECT_EQ(result.id, "s-1");
     EXPECT_EQ(result.expirationTime, 4999999999);
-    Json::Value expected = ParseJson(R"({"bundleName": "com.example.notes", "containerName": "main", "syncDemon": "1",
-        "expirationTime": 5000000000, "saName": "cloudFile_notifyDataChange", "signVersion": 2, "keyId": "key-7",
-        "traceId": "t", "prepareTraceId": "p"})");
-    EXPECT_EQ(Sent("saveSubscription"), expected);
+    Json::Value expected = ParseJson(R"({"bundleName": "com.example.notes", "containerName": "main",
+        "expirationTime": 5000000000, "saName": "cloudFile_notifyDataChange", "signVersion": 2, "keyId": "key-7"})");
+    EXPECT_EQ(LastRequest("saveSubscription")["traceId"], "t");
+    EXPECT_EQ(LastRequest("saveSubscription")["syncDemon"], "1");
+    EXPECT_EQ(OwnMembers("saveSubscription", {"prepareTraceId"}), expected);
 
     NubisNative::GetInstance(userId_, NB_SYNC_DEMON_NONE);
     service_->Answer("saveSubscription", R"({"id": 5, "expirationTime": "soon"})");
@@ -115,7 +105,7 @@ TEST_F(SubscriptionTest, SavingSaysWhereAndHowToNotify)
     for (const char *name : {"saName", "signVersion", "keyId"}) {
         expected.removeMember(name);
     }
-    EXPECT_EQ(Sent("saveSubscription"), expected);
+    EXPECT_EQ(OwnMembers("saveSubscription", {"prepareTraceId"}), expected);
 
     service_->Answer("saveSubscription", R"({"code": 9, "error": {"description": "no"}, "id": "s-2"})");
     result = Save(container_);
@@ -126,7 +116,7 @@ TEST_F(SubscriptionTest, SavingSaysWhereAndHowToNotify)
 TEST_F(SubscriptionTest, DeletingAndAskingForANotificationNameTheSubscription)
 {
     const Json::Value expected =
-        ParseJson(R"({"bundleName": "com.example.notes", "containerName": "main", "syncDemon": "1", "id": "s-1"})");
+        ParseJson(R"({"bundleName": "com.example.notes", "containerName": "main", "id": "s-1"})");
     using Call = void (NBContainer::*)(std::shared_ptr<NBContext>, std::string, NBErrorCallback);
     for (const auto &[function, call] :
         std::map<std::string, Call>{
@@ -139,10 +129,9 @@ TEST_F(SubscriptionTest, DeletingAndAskingForANotificationNameTheSubscription)
             EXPECT_NE(context, nullptr);
             EXPECT_EQ(error.GetServerErrorCode(), code) << function;
         }
-        Json::Value sent = Sent(function);
-        EXPECT_NE(sent["traceId"].asString(), "") << "the kit adds one";
-        sent.removeMember("traceId");
-        EXPECT_EQ(sent, expected);
+        EXPECT_NE(LastRequest(function)["traceId"], "") << "the kit adds one";
+        EXPECT_EQ(LastRequest(function)["syncDemon"], "1");
+        EXPECT_EQ(OwnMembers(function), expected);
     }
 }
 
@@ -178,18 +167,15 @@ TEST_F(SubscriptionTest, ABatchHasOneResultForEachItem)
     EXPECT_EQ(results[1].bundleName + results[1].containerName + results[1].id, "bc");
     EXPECT_EQ(results[2].error.GetServerErrorCode(), 1004);
     EXPECT_FALSE(results[3].error.HasError());
-    Json::Value sent = Sent("batchSaveSubscription");
-    sent.removeMember("traceId");
-    EXPECT_EQ(sent, ParseJson(R"({"subscriptions": [{"bundleName": "com.example.notes", "containerName": "main",
+    EXPECT_EQ(OwnMembers("batchSaveSubscription"),
+        ParseJson(R"({"subscriptions": [{"bundleName": "com.example.notes", "containerName": "main",
         "expirationTime": 1, "saName": "cloudFile_notifyDataChange", "signVersion": 2, "keyId": "key-7"},
         {"bundleName": "b", "containerName": "c", "expirationTime": -5000000000,
         "saName": "cloudFile_notifyDataChange", "signVersion": 2, "keyId": "key-7"}]})"));
 
     service_->Answer("batchDeleteSubscription", R"({"subscriptions": []})");
     EXPECT_FALSE(Batch(&NubisNative::BatchDeleteSubscription).second.HasError());
-    sent = Sent("batchDeleteSubscription");
-    sent.removeMember("traceId");
-    EXPECT_EQ(sent, ParseJson(R"({"subscriptions": [
+    EXPECT_EQ(OwnMembers("batchDeleteSubscription"), ParseJson(R"({"subscriptions": [
         {"id": "i1", "bundleName": "com.example.notes", "containerName": "main"},
         {"id": "i2", "bundleName": "b", "containerName": "c"}]})"));
 }
