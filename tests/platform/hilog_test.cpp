@@ -218,7 +218,7 @@ TEST_F(HiLog, WritesWholeLinesWithTheirHeads)
 // What follows depends on the environment at the first message, so each case has a process of its own.
 class HiLogEnvironment : public testing::Test {
 protected:
-    void SetUp() override
+    HiLogEnvironment()
     {
         GTEST_FLAG_SET(death_test_style, "threadsafe");
     }
@@ -241,13 +241,10 @@ protected:
 
 TEST_F(HiLogEnvironment, SetsTheLevel)
 {
-    struct {
-        const char *level;
-        int logged;
-    } const cases[] = {
+    const std::pair<const char *, int> cases[] = {
         {"debug", 5}, {"info", 4}, {"WARN", 3}, {"error", 2}, {"fatal", 1}, {"none", 0}, {nullptr, 2}, {"loud", 2}};
-    for (const auto &item : cases) {
-        EXPECT_EXIT(LogEveryLevel(item.level, ""), ExitedWithCode(item.logged), "") << item.logged;
+    for (const auto &[level, logged] : cases) {
+        EXPECT_EXIT(LogEveryLevel(level, ""), ExitedWithCode(logged), "") << logged;
     }
 }
 

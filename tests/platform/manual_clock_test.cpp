@@ -165,16 +165,11 @@ TEST(ManualClock, TasksBlockedElsewhereAreLeftBehind)
 TEST(ManualClock, TasksMayMoveIt)
 {
     Host::ManualClock clock(GENEROUS);
-    Counter ticks;
     const auto start = clock.Now();
     for (int i = 0; i < 5; ++i) {
-        ffrt::submit([&]() {
-            clock.Advance(seconds(10));
-            ticks.Add();
-        });
+        ffrt::submit([&clock]() { clock.Advance(seconds(10)); });
     }
     ffrt::wait();
-    EXPECT_EQ(ticks.Get(), 5);
     EXPECT_EQ(clock.Now() - start, seconds(50));
 }
 

@@ -105,10 +105,7 @@ TEST(RefBase, ObjectsThatNoSptrHeldAreNotCounted)
 
     // The first sptr may well be a promoted one.
     wptr<Tracked> early = new Tracked(events);
-    sptr<Tracked> promoted = early.promote();
-    EXPECT_EQ(events.first, 1);
-    EXPECT_EQ(promoted->GetSptrRefCount(), 1);
-    promoted = nullptr;
+    EXPECT_EQ(early.promote()->GetSptrRefCount(), 1);
     EXPECT_EQ(events.ended, 2);
     EXPECT_FALSE(early.promote());
 }
