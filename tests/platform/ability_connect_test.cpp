@@ -293,6 +293,7 @@ TEST(AbilityConnectTest, FailuresAreToldInWords)
         {"test.text", "{", "is not JSON"},
         {"test.deep", std::string(5000, '['), "not usable JSON"},
         {"test.list", "[]", "expected a JSON object"},
+        {"test.name", "{\"bundleName\": 5, \"abilities\": []}", "member \"bundleName\": expected a string"},
         {"test.other", ManifestWith("test.another", "[\"x\"]"), "expected \"test.other\""},
         {"test.abilities", "{\"bundleName\": \"test.abilities\", \"abilities\": {}}", "member \"abilities\""},
         {"test.noability", "{\"bundleName\": \"test.noability\", \"abilities\": []}", "no ability \"TestAbility\""},
