@@ -107,6 +107,7 @@ void DriveIpcConnect::SetRemoteObject(const OHOS::sptr<OHOS::IRemoteObject> &rem
     std::lock_guard<std::mutex> lock(mutex_);
     replaced = remoteObject_;
     remoteObject_ = remoteObject;
+    hasConnected_ = hasConnected_ || remoteObject != nullptr;
 }
 
 bool DriveIpcConnect::IsConnected()
@@ -114,12 +115,19 @@ bool DriveIpcConnect::IsConnected()
     return GetRemoteObject() != nullptr;
 }
 
+void DriveIpcConnect::ExpectConnect()
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    hasConnected_ = false;
+}
+
 void DriveIpcConnect::WaitIpcConnect()
 {
     std::unique_lock<std::mutex> lock(mutex_);
-    if (!changed_.wait_for(lock, CONNECT_TIMEOUT, [this]() { return remoteObject_ != nullptr; })) {
+    if (!changed_.wait_for(lock, CONNECT_TIMEOUT, [this]() { return remoteObject_ != nullptr || hasConnected_; })) {
         NB_LOGE("wait ipc connect failed, timeout");
     }
+    hasConnected_ = false;
 }
 
 void DriveIpcConnect::WaitIpcDisconnect()

@@ -39,7 +39,10 @@ public:
     void OnRemoteDied(const OHOS::wptr<OHOS::IRemoteObject> &died = nullptr);
 
     bool IsConnected();
-    // Each returns as soon as it is connected, or is not any more, or after five seconds.
+    // Before a connection is asked for that WaitIpcConnect is to wait for.
+    void ExpectConnect();
+    // Each returns as soon as it is connected, or is not any more, or after five seconds. A connection that came and was
+    // lost before the wait began ends it too.
     void WaitIpcConnect();
     void WaitIpcDisconnect();
     // One transaction; the remote object's result. Blocks without a lock.
@@ -59,10 +62,12 @@ private:
     // The object's death was heard of, the disconnection that goes with it was not.
     bool isDisconnectDue_ = false;
 
-    // Guards the object alone; taken under changeMutex_, held over nothing.
+    // Guards the two below; taken under changeMutex_, held over nothing.
     std::mutex mutex_;
     std::condition_variable changed_;
     OHOS::sptr<OHOS::IRemoteObject> remoteObject_;
+    // A connection came that nobody has waited for yet; it may be lost again.
+    bool hasConnected_ = false;
 };
 } // namespace Nubis
 

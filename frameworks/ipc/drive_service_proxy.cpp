@@ -58,6 +58,7 @@ void DriveServiceProxy::ConnectService()
     want.SetAction("");
     want.SetElementName(bundleName_, abilityName_);
     NB_LOGI("connect extension ability");
+    ipcConnect_->ExpectConnect();
     const int32_t result = OHOS::AAFwk::ExtensionManagerClient::GetInstance().ConnectServiceExtensionAbility(
         want, ipcConnect_->AsObject(), userId_);
     if (result == OHOS::ERR_OK) {

@@ -231,5 +231,11 @@ TEST_F(IpcConnectTest, WaitingEndsWithTheConnectionOrItsTime)
     connect_->OnRemoteDied();
     connect_->WaitIpcConnect();
     EXPECT_THAT(log.TakeErrors(), ElementsAre("wait ipc connect failed, timeout"));
+
+    connect_->ExpectConnect();
+    ConnectTo(second_);
+    connect_->OnRemoteDied();
+    connect_->WaitIpcConnect();
+    EXPECT_THAT(log.TakeErrors(), IsEmpty()) << "it came and was lost before the wait";
 }
 } // namespace
