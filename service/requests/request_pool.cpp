@@ -62,8 +62,16 @@ bool RequestPool::Post(std::function<void()> work)
 
 bool RequestPool::Finish(std::chrono::milliseconds atMost)
 {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        finishing_ = true;
+    }
+    return AwaitIdle(atMost);
+}
+
+bool RequestPool::AwaitIdle(std::chrono::milliseconds atMost)
+{
     std::unique_lock<std::mutex> lock(mutex_);
-    finishing_ = true;
     return done_.wait_for(lock, atMost, [this] { return queue_.empty() && busy_ == 0; });
 }
 

@@ -34,7 +34,10 @@ public:
     // has begun: the work is then never run.
     [[nodiscard]] bool Post(std::function<void()> work);
 
-    // Takes no more work and waits until all of it is done; false when that takes longer.
+    // Waits until all work is done; false when that takes longer.
+    bool AwaitIdle(std::chrono::milliseconds atMost);
+
+    // The same, and takes no more work.
     bool Finish(std::chrono::milliseconds atMost);
 
 private:
