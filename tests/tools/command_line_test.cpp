@@ -38,9 +38,9 @@ std::vector<std::vector<std::string>> AllCommands()
     return {{}, {"demo"}, {"service"}, {"service", "start"}, {"service", "stop"}, {"service", "status"},
         {"service", "exec"}, {"catalogue"}, {"catalogue", "check"}, {"catalogue", "apply"}, {"catalogue", "list"},
         {"catalogue", "show"}, {"user", "info"}, {"config", "list"}, {"config", "get"}, {"config", "set"},
-        {"config", "unset"}, {"config", "reset"}, {"record"}, {"record", "import"}, {"record", "save"},
-        {"record", "get"}, {"record", "delete"}, {"record", "query"}, {"changes"}, {"crid", "encode"},
-        {"crid", "decode"}};
+        {"config", "unset"}, {"config", "reset"}, {"lock", "take"}, {"lock", "release"}, {"lock", "show"},
+        {"lock", "exec"}, {"record"}, {"record", "import"}, {"record", "save"}, {"record", "get"}, {"record", "delete"},
+        {"record", "query"}, {"changes"}, {"crid", "encode"}, {"crid", "decode"}};
 }
 
 TEST(CommandLine, EveryCommandHasHelpWithAnExample)
@@ -67,7 +67,9 @@ TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
         {"user", "info", "--demon", "unknown"}, {"changes", "--bundle", "b", "--interval", "x"},
         {"crid", "encode", "--version-number", "2", "--upid", "1", "x"}, {"crid", "encode", "--upid", "1", "x"},
         {"record", "delete", "--bundle", "b", "--type", "T", "--if-version", "1", "x", "y"}, {"service", "exec"},
-        {"service", "exec", "--"}, {"crid", "encode", "-n", "0", "--upid", "-1", "5"},
+        {"service", "exec", "--"}, {"lock", "exec", "--bundle", "b"},
+        {"lock", "take", "--bundle", "b", "--session", "s", "--wait", "1"},
+        {"crid", "encode", "-n", "0", "--upid", "-1", "5"},
         {"crid", "encode", "-n", "0", "--upid", "18446744073709551616", "5"}, {"catalogue", "list", "surplus"}};
     for (const std::vector<std::string> &arguments : wrong) {
         Outcome outcome = RunNubis(arguments);

@@ -20,7 +20,7 @@ constexpr const char *DESCRIPTION = "Works with the records, the catalogue and t
 // What follows "--" belongs to the command to be run, whatever it looks like.
 void TakePassedOn(std::vector<std::string> &arguments, Chosen &chosen)
 {
-    if (arguments.size() < 2 || arguments[0] != "service" || arguments[1] != "exec") {
+    if (arguments.size() < 2 || (arguments[0] != "service" && arguments[0] != "lock") || arguments[1] != "exec") {
         return;
     }
     auto dashes = std::find(arguments.begin(), arguments.end(), "--");
@@ -135,6 +135,7 @@ int RunTool(std::vector<std::string> arguments, const Console &console)
     AddKeyCommands(app, chosen);
     AddTokenCommand(app, chosen);
     AddChangesCommand(app, chosen);
+    AddLockCommands(app, chosen);
     AddCridCommands(app, chosen);
 
     TakePassedOn(arguments, chosen);

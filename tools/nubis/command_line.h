@@ -20,7 +20,7 @@ using Action = std::function<int(const Console &)>;
 // Where the command that was named on the command line leaves what is to be done.
 struct Chosen {
     Action action;
-    // What followed "--" on the command line of `service exec`.
+    // What followed "--" on the command line of an `exec`.
     std::vector<std::string> passedOn;
 };
 
@@ -43,6 +43,7 @@ void AddShareCommand(CLI::App &app, Chosen &chosen);
 void AddKeyCommands(CLI::App &app, Chosen &chosen);
 void AddTokenCommand(CLI::App &app, Chosen &chosen);
 void AddChangesCommand(CLI::App &app, Chosen &chosen);
+void AddLockCommands(CLI::App &app, Chosen &chosen);
 void AddCridCommands(CLI::App &app, Chosen &chosen);
 void AddDemoCommands(CLI::App &app, Chosen &chosen);
 

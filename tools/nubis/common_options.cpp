@@ -30,7 +30,7 @@ void AddUserOption(CLI::App &command, int &user)
         ->capture_default_str();
 }
 
-void AddServiceOptions(CLI::App &command, CommonOptions &options)
+void AddAccountOptions(CLI::App &command, CommonOptions &options)
 {
     static const std::map<std::string, Nubis::NBCloudSyncDemon> DEMONS = {{"data", Nubis::NB_SYNC_DEMON_DATA},
         {"file", Nubis::NB_SYNC_DEMON_FILE}, {"asset", Nubis::NB_SYNC_DEMON_ASSET}};
@@ -38,7 +38,24 @@ void AddServiceOptions(CLI::App &command, CommonOptions &options)
     command.add_option("--demon", options.demon, "Sync service to speak as: data, file or asset [data]")
         ->transform(OneOf(DEMONS))
         ->type_name("KIND");
+}
+
+void AddServiceOptions(CLI::App &command, CommonOptions &options)
+{
+    AddAccountOptions(command, options);
     command.add_flag("--json", options.json, "Write JSON for programs instead of tables for people");
+}
+
+CLI::Option *AddBundleOption(CLI::App &command, CommonOptions &options)
+{
+    return command.add_option("--bundle", options.bundle, "Application bundle whose data it is")->type_name("NAME");
+}
+
+void AddContainerOptions(CLI::App &command, CommonOptions &options)
+{
+    AddBundleOption(command, options)->required();
+    command.add_option("--container", options.container, "Container of the bundle [its default container]")
+        ->type_name("NAME");
 }
 
 void AddDatabaseOptions(CLI::App &command, CommonOptions &options)
@@ -46,11 +63,7 @@ void AddDatabaseOptions(CLI::App &command, CommonOptions &options)
     static const std::map<std::string, Nubis::NBDatabaseScope> SCOPES = {{"public", Nubis::NB_DATABASE_PUBLIC},
         {"private", Nubis::NB_DATABASE_PRIVATE}, {"shared", Nubis::NB_DATABASE_SHARED}};
     AddServiceOptions(command, options);
-    command.add_option("--bundle", options.bundle, "Application bundle whose data it is")
-        ->required()
-        ->type_name("NAME");
-    command.add_option("--container", options.container, "Container of the bundle [its default container]")
-        ->type_name("NAME");
+    AddContainerOptions(command, options);
     command.add_option("--scope", options.scope, "Database: public, private or shared [private]")
         ->transform(OneOf(SCOPES))
         ->type_name("SCOPE");

@@ -49,10 +49,19 @@ CLI::Validator OneOf(const std::map<std::string, Choice> &choices)
 
 void AddUserOption(CLI::App &command, int &user);
 
+// --user, --demon.
+void AddAccountOptions(CLI::App &command, CommonOptions &options);
+
 // --user, --demon, --json: for commands that talk to the service.
 void AddServiceOptions(CLI::App &command, CommonOptions &options);
 
-// Those and --bundle, --container, --scope: for commands that work in a database.
+// --bundle.
+CLI::Option *AddBundleOption(CLI::App &command, CommonOptions &options);
+
+// --bundle, --container: for commands that work on a container as a whole.
+void AddContainerOptions(CLI::App &command, CommonOptions &options);
+
+// Those of the service and the container, and --scope: for commands that work in a database.
 void AddDatabaseOptions(CLI::App &command, CommonOptions &options);
 
 // The text under a command's help that shows how it is used.

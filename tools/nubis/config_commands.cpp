@@ -11,9 +11,9 @@
 
 #include "command_error.h"
 #include "common_options.h"
-#include "error_text.h"
 #include "record_json.h"
 #include "row_reader.h"
+#include "service_request.h"
 #include "session.h"
 #include "table.h"
 
@@ -28,29 +28,12 @@ struct ConfigOptions {
     std::string value;
 };
 
-// The member of the service's answer to one of its own requests; throws when the service refuses or has no such member.
-Json::Value Ask(
-    const ConfigOptions &options, const Json::Value &request, const std::string &member, const std::string &doing)
-{
-    Session session(options.common);
-    Json::Value reply;
-    Nubis::NBError error = session.Kit().SendDataToCloudSrv(request, reply, -1);
-    if (error.IsServerError()) {
-        throw CommandError(doing + " failed: " + ErrorText(error), SEE_ALL);
-    }
-    ThrowIfError(error, doing);
-    if (!reply.isObject() || !reply.isMember(member)) {
-        throw CommandError(doing + " failed: the service's answer has no \"" + member + "\"",
-            "check that tool and service are of the same version");
-    }
-    return reply[member];
-}
-
 Json::Value AllSettings(const ConfigOptions &options)
 {
     Json::Value request(Json::objectValue);
     request["function"] = "getSettings";
-    return Ask(options, request, "settings", "reading the settings");
+    Session session(options.common);
+    return AskService(session, {request, "settings", "reading the settings", SEE_ALL});
 }
 
 std::string ValueText(const Json::Value &setting)
@@ -107,7 +90,8 @@ int Change(const ConfigOptions &options, const char *member, const Json::Value &
     request["function"] = "setSetting";
     request["name"] = options.name;
     request[member] = value;
-    Json::Value setting = Ask(options, request, "setting", "changing the setting");
+    Session session(options.common);
+    Json::Value setting = AskService(session, {request, "setting", "changing the setting", SEE_ALL});
     if (options.common.json) {
         console.out << PrettyText(setting) << '\n';
     } else {

@@ -65,6 +65,10 @@ std::string AdviceForReason(const std::string &reason)
         {"NOT_APPLIED", "correct what the other records were refused for, and send all of them again"},
         {"DUPLICATE_RECORD",
             "change the record that is there, or give this one other values in the fields that tell duplicates"},
+        {"LOCK_HELD",
+            "see with `nubis lock show` who holds the lock; wait for it and write with `nubis lock exec --wait "
+            "SECONDS -- COMMAND`"},
+        {"UNKNOWN_SUBSCRIPTION", "see `nubis subscription list`"},
         {"UNKNOWN_REFERENCE", "save the record that it refers to first"},
         {"INVALID_CURSOR", "begin again without --since"}};
     auto advice = ADVICE.find(reason);

@@ -21,6 +21,7 @@
 #include "host/ability_control.h"
 #include "host/paths.h"
 #include "interrupt.h"
+#include "lock_session.h"
 #include "row_reader.h"
 
 namespace NubisTool {
@@ -160,6 +161,8 @@ FreshService::FreshService(int user) : user_(user)
 {
     setenv("NUBIS_RUNTIME_DIR", folder_.Make("run").c_str(), 1);
     setenv("NUBIS_STATE_DIR", folder_.Make("state").c_str(), 1);
+    // Sessions of another service's locks are unknown to it.
+    unsetenv(LOCK_SESSION_VARIABLE);
     // A process of its own connects to it: this one would only see its connection break when the service is stopped.
     ChildProcess start({{OwnProgram(), "service", "start", "--user", std::to_string(user)}, {}, true, false});
     start.ReadAll();

@@ -3,11 +3,13 @@
 
 #include "session.h"
 
+#include <cstdlib>
 #include <map>
 #include <vector>
 
 #include "command_error.h"
 #include "error_text.h"
+#include "lock_session.h"
 
 namespace NubisTool {
 namespace {
@@ -86,17 +88,42 @@ const Nubis::NBSchemaNode &Session::RecordType(const std::string &name)
     return type->second;
 }
 
-std::shared_ptr<Nubis::NBDatabase> Session::Database()
+std::shared_ptr<Nubis::NBContainer> Session::FindContainer(
+    const std::string &bundleName, const std::string &containerName)
+{
+    return IsFileKind() ? Kit().GetFileContainer(bundleName, containerName)
+                        : Kit().GetContainer(bundleName, containerName);
+}
+
+Nubis::NBContainer &Session::Container()
 {
     const std::string &name = ContainerInfo().containerName;
     if (container_ == nullptr) {
-        container_ =
-            IsFileKind() ? Kit().GetFileContainer(options_.bundle, name) : Kit().GetContainer(options_.bundle, name);
+        container_ = FindContainer(options_.bundle, name);
     }
-    auto database = container_ == nullptr ? nullptr : container_->GetDatabaseWithdatabaseScope(options_.scope);
-    if (database == nullptr) {
+    if (container_ == nullptr) {
         throw CommandError("the container " + name + " of " + options_.bundle + " cannot be opened",
             "run the command with NUBIS_LOG_LEVEL=info to see why");
+    }
+    return *container_;
+}
+
+std::shared_ptr<Nubis::NBDatabase> Session::OpenDatabase()
+{
+    auto database = Container().GetDatabaseWithdatabaseScope(options_.scope);
+    if (database == nullptr) {
+        throw CommandError("the database of the container " + ContainerInfo().containerName + " cannot be opened",
+            "run the command with NUBIS_LOG_LEVEL=info to see why");
+    }
+    return database;
+}
+
+std::shared_ptr<Nubis::NBDatabase> Session::Database()
+{
+    auto database = OpenDatabase();
+    std::string lockSession = LockSessionFor(std::getenv(LOCK_SESSION_VARIABLE), LockScope(options_.user, Container()));
+    if (!lockSession.empty() && database->GetLockSessionId() != lockSession) {
+        TakeOnLockSession(*database, lockSession);
     }
     return database;
 }

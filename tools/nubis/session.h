@@ -28,6 +28,14 @@ public:
     // The options' container in their bundle's catalogue entry.
     const Nubis::NBContainerInfo &ContainerInfo();
     const Nubis::NBSchemaNode &RecordType(const std::string &name);
+    // A container of the kind of the demon; null when the catalogue does not have it.
+    std::shared_ptr<Nubis::NBContainer> FindContainer(const std::string &bundleName, const std::string &containerName);
+    // The options' container.
+    Nubis::NBContainer &Container();
+    // The options' database as it is, for those who deal with its lock themselves.
+    std::shared_ptr<Nubis::NBDatabase> OpenDatabase();
+    // The options' database, with the lock session that the environment names for its container, if it names one
+    // (lock_session.h).
     std::shared_ptr<Nubis::NBDatabase> Database();
     // How much one save request may carry.
     Nubis::NBUploadSize UploadSize();
@@ -35,7 +43,7 @@ public:
 private:
     bool IsFileKind() const;
 
-    CommonOptions options_;
+    const CommonOptions options_;
     std::shared_ptr<Nubis::NubisNative> kit_;
     std::optional<Nubis::NBContainerInfo> containerInfo_;
     // Held because a database works only as long as somebody holds its container.
