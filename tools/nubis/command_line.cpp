@@ -134,6 +134,7 @@ int RunTool(std::vector<std::string> arguments, const Console &console)
     AddShareCommand(app, chosen);
     AddKeyCommands(app, chosen);
     AddTokenCommand(app, chosen);
+    AddReportCommands(app, chosen);
     AddChangesCommand(app, chosen);
     AddLockCommands(app, chosen);
     AddCridCommands(app, chosen);

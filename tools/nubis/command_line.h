@@ -42,6 +42,7 @@ void AddRecordCommands(CLI::App &app, Chosen &chosen);
 void AddShareCommand(CLI::App &app, Chosen &chosen);
 void AddKeyCommands(CLI::App &app, Chosen &chosen);
 void AddTokenCommand(CLI::App &app, Chosen &chosen);
+void AddReportCommands(CLI::App &app, Chosen &chosen);
 void AddChangesCommand(CLI::App &app, Chosen &chosen);
 void AddLockCommands(CLI::App &app, Chosen &chosen);
 void AddCridCommands(CLI::App &app, Chosen &chosen);

@@ -14,6 +14,7 @@
 #include <json/value.h>
 #include <json/writer.h>
 
+#include "host/event_log.h"
 #include "host/paths.h"
 
 namespace EvCloud {
@@ -132,14 +133,18 @@ std::string MakeLine(const Instance &instance, const EventTypeConfig &config, co
     return Json::writeString(builder, json) + "\n";
 }
 
+std::string EventsDir()
+{
+    return Host::StateDir() + "/events";
+}
+
 bool AppendLine(const std::string &tag, const std::string &line)
 {
-    const std::string folder = Host::StateDir() + "/events";
     std::string error;
-    if (!Host::MakeDirs(folder, error)) {
+    if (!Host::MakeDirs(EventsDir(), error)) {
         return false;
     }
-    const std::string path = folder + "/" + tag + ".jsonl";
+    const std::string path = Host::EventLogPath(tag);
     int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
     if (file < 0) {
         return false;
@@ -185,3 +190,10 @@ int32_t EvClientCoreInnerApi::OnEvent(const std::string &instanceTag, const std:
 }
 
 } // namespace EvCloud
+
+namespace Host {
+std::string EventLogPath(const std::string &instanceTag)
+{
+    return EvCloud::EventsDir() + "/" + instanceTag + ".jsonl";
+}
+} // namespace Host

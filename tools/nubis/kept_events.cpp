@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "kept_events.h"
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <utility>
+
+#include "command_error.h"
+#include "host/event_log.h"
+#include "row_reader.h"
+
+namespace NubisTool {
+
+size_t VisitKeptEvents(int user, const std::function<void(Json::Value &&event)> &visit)
+{
+    // The name under which the library is known to the event client.
+    const std::string path = Host::EventLogPath("NubisSDK_" + std::to_string(user));
+    std::error_code none;
+    if (!std::filesystem::exists(path, none)) {
+        return 0;
+    }
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        throw CommandError(path + " cannot be read", "check that the file is yours");
+    }
+    size_t unreadable = 0;
+    for (std::string line; std::getline(file, line);) {
+        Json::Value event;
+        std::string error;
+        if (ParseJsonText(line, event, error) && event.isObject() && event["fields"].isObject()) {
+            visit(std::move(event));
+        } else {
+            ++unreadable;
+        }
+    }
+    return unreadable;
+}
+
+} // namespace NubisTool
