@@ -37,12 +37,6 @@ TEST(QueryParserTest, ConditionsAndOrderingsAreRead)
     EXPECT_EQ(query.order[2].kind, ValueKind::REAL);
 }
 
-TEST(QueryParserTest, PercentEscapesStandForTheirCharacters)
-{
-    EXPECT_EQ(ParseQuery("name=%26%3D%25%c3%B6", Person()).conditions[0].value, IndexedValue(std::string("&=%ö")));
-    EXPECT_EQ(ParseQuery("name=", Person()).conditions[0].value, IndexedValue(std::string()));
-}
-
 struct BadQuery {
     std::string text;
     ErrorCode code;

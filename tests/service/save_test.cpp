@@ -50,25 +50,18 @@ TEST_F(SaveTest, OnlyANewRecordMayComeWithoutAnId)
 {
     Json::Value result = SaveOne(NewPerson(""));
     EXPECT_EQ(result["localRecordId"], "");
-    EXPECT_THAT(result["recordId"].asString(), testing::MatchesRegex("F[A-Za-z0-9_-]*"));
-    EXPECT_THAT(result["recordId"].asString(), SizeIs(33));
+    EXPECT_THAT(result["recordId"].asString(), testing::MatchesRegex("F[A-Za-z0-9_-]{32}"));
     EXPECT_THAT(Fetch(result["recordId"].asString()), Succeeds());
-
-    Json::Value records(Json::arrayValue);
-    records.append(Changed("", 1, "{'name': 'Bob'}"));
-    EXPECT_THAT(Save(records)[0], FailsWith(ErrorCode::INVALID_RECORD, "has no recordId", "recordId"));
+    EXPECT_THAT(Save(List({Changed("", 1, "{'name': 'Bob'}")}))[0],
+        FailsWith(ErrorCode::INVALID_RECORD, "has no recordId", "recordId"));
 }
 
 TEST_F(SaveTest, PolicyIfUnchangedRefusesWhatIsBasedOnAnotherVersion)
 {
     SaveOne(NewPerson("p1"));
     SaveOne(Changed("p1", 1, "{'age': 1}"));
-    Json::Value results = Save(J("[]"));
-    Json::Value records(Json::arrayValue);
-    records.append(Changed("p1", 1, "{'age': 2}"));
-    records.append(NewPerson("p1"));
-    records.append(NewPerson("p2"));
-    results = Save(records);
+    Json::Value results =
+        Save(List({Changed("p1", 1, "{'age': 2}"), NewPerson("p1"), NewPerson("p2"), Changed("p2", 1, "{'age': 5}")}));
     EXPECT_THAT(results[0],
         FailsWith(ErrorCode::VERSION_CONFLICT, "has version 2, the change is based on version 1", "baseVersion"));
     EXPECT_EQ(results[0]["localRecordId"], "p1");
@@ -76,6 +69,7 @@ TEST_F(SaveTest, PolicyIfUnchangedRefusesWhatIsBasedOnAnotherVersion)
     EXPECT_EQ(results[0]["error"]["errorType"], static_cast<int>(ErrorType::STATE));
     EXPECT_THAT(results[1], FailsWith(ErrorCode::RECORD_EXISTS, "exists already, with version 2", "recordId"));
     EXPECT_THAT(results[2], Succeeds()) << "one refused record must not hinder the others";
+    EXPECT_EQ(results[3]["version"], 2) << "an id that stands in a request twice is saved twice";
     EXPECT_EQ(Fetch("p1")["record"]["age"], 1);
 }
 
@@ -94,20 +88,14 @@ TEST_F(SaveTest, TheOtherPoliciesMergeOrOverwriteWhateverTheVersion)
 TEST_F(SaveTest, DeletedAndUnknownRecordsCanOnlyBeCreated)
 {
     SaveOne(NewPerson("p1", "{'name': 'Ann', 'age': 9}"));
-    Json::Value deletion =
-        J("{'recordType': 'person', 'savePolicy': 0, 'records': [{'recordId': 'p1', 'baseVersion': 1}]}");
-    EXPECT_EQ(Ask("deleteRecords", deletion)["records"][0]["version"], 2);
-    Json::Value records(Json::arrayValue);
-    records.append(Changed("p1", 2, "{'age': 2}"));
-    records.append(Changed("p9", 1, "{'age': 2}"));
-    Json::Value results = Save(records, 2);
+    Delete("p1");
+    Json::Value results = Save(List({Changed("p1", 2, "{'age': 2}"), Changed("p9", 1, "{'age': 2}")}), 2);
     EXPECT_THAT(results[0], FailsWith(ErrorCode::RECORD_DELETED, "was deleted (version 2)", "recordId"));
     EXPECT_THAT(results[1], FailsWith(ErrorCode::RECORD_NOT_FOUND, "\"p9\" does not exist", "recordId"));
     Json::Value again = SaveOne(NewPerson("p1", "{'name': 'Back'}"));
     EXPECT_EQ(again["version"], 3);
     EXPECT_EQ(again["record"], J("{'name': 'Back'}"));
-    deletion["records"][0]["baseVersion"] = 3;
-    Ask("deleteRecords", deletion);
+    Delete("p1");
     EXPECT_THAT(Save(J("[{'recordId': 'p1', 'recordType': 'group', 'isNew': true}]"))[0],
         FailsWith(ErrorCode::RECORD_TYPE_MISMATCH, "\"p1\" is of type \"person\"", "recordType"))
         << "followers of persons only would never learn of the deletion";
@@ -116,27 +104,24 @@ TEST_F(SaveTest, DeletedAndUnknownRecordsCanOnlyBeCreated)
 TEST_F(SaveTest, DeletionFollowsThePolicyAndCanBeRepeated)
 {
     SaveOne(NewPerson("p1"));
-    SaveOne(NewPerson("p2", "{'name': 'Bob'}"));
     Json::Value deletion = J(R"({'recordType': 'person', 'savePolicy': 0, 'records': [
         {'recordId': 'p1', 'baseVersion': 7}, {'recordId': 'p9'}, {'recordType': 'person'},
-        {'recordId': 'p2', 'baseVersion': 'x'}]})");
+        {'recordId': 'p1', 'baseVersion': 'x'}]})");
     Json::Value results = Ask("deleteRecords", deletion)["records"];
     EXPECT_THAT(results[0],
         FailsWith(ErrorCode::VERSION_CONFLICT, "has version 1, the deletion is based on version 7", "baseVersion"));
     EXPECT_THAT(results[1], FailsWith(ErrorCode::RECORD_NOT_FOUND, "\"p9\" does not exist", "recordId"));
     EXPECT_THAT(results[2], FailsWith(ErrorCode::INVALID_RECORD, "record to delete is an object", "recordId"));
     EXPECT_THAT(results[3], FailsWith(ErrorCode::INVALID_RECORD, "came text \"x\"", "baseVersion"));
-    deletion["savePolicy"] = 1;
+    EXPECT_THAT(Delete("p1", "group"),
+        FailsWith(ErrorCode::RECORD_TYPE_MISMATCH, "is of type \"person\", not \"group\"", "recordType"));
     for (int round = 0; round < 2; ++round) {
-        Json::Value done = Ask("deleteRecords", deletion)["records"][0];
+        Json::Value done = Delete("p1");
         EXPECT_THAT(done, Succeeds());
         EXPECT_EQ(done["version"], 2);
         EXPECT_EQ(done["deleted"], true);
         EXPECT_FALSE(done.isMember("record"));
     }
-    deletion["recordType"] = "group";
-    EXPECT_THAT(Ask("deleteRecords", deletion)["records"][3],
-        FailsWith(ErrorCode::RECORD_TYPE_MISMATCH, "is of type \"person\", not \"group\"", "recordType"));
 }
 
 struct FieldCase {
@@ -170,9 +155,9 @@ TEST_F(SaveTest, EachFieldIsCheckedAgainstItsTypeAndNamed)
         {"{'name': null}", "because the field is primary", "name"},
     };
     for (const FieldCase &test : cases) {
-        Json::Value records(Json::arrayValue);
-        records.append(NewPerson("p", test.fields));
-        EXPECT_THAT(Save(records)[0], FailsWith(ErrorCode::INVALID_FIELD, test.text, test.position)) << test.fields;
+        EXPECT_THAT(
+            Save(List({NewPerson("p", test.fields)}))[0], FailsWith(ErrorCode::INVALID_FIELD, test.text, test.position))
+            << test.fields;
     }
     EXPECT_THAT(Fetch("p"), FailsWith(ErrorCode::RECORD_NOT_FOUND, "does not exist", "recordId"));
     Json::Value entry = PeopleEntry();
@@ -252,18 +237,14 @@ TEST_F(SaveTest, NoRequestMakesAReplyManyTimesItsSize)
         EXPECT_LT(result.toStyledString().size(), 20000u);
     }
     // Pages are bounded by the data of their records, so nothing else in them may be large.
-    records = Json::Value(Json::arrayValue);
-    records.append(NewPerson("p"));
-    records[0]["ownerId"] = std::string(513, 'o');
-    EXPECT_THAT(Save(records)[0], FailsWith(ErrorCode::INVALID_RECORD, "at most 512 bytes", "ownerId"));
     Json::Value request = J("{'function': 'saveRecords', 'bundleName': 'com.example.people', 'savePolicy': 0, "
                             "'containerName': 'people'}");
-    request["records"].append(NewPerson("p"));
-    service_->Router().Answer(request.toStyledString(), std::string(100000, 'd'));
-    EXPECT_LT(Fetch("p")["createInfo"]["deviceName"].asString().size(), 100u);
-    request["records"][0] = NewPerson("q");
-    service_->Router().Answer(request.toStyledString(), "\xff");
-    EXPECT_EQ(Fetch("q")["createInfo"]["deviceName"], "");
+    for (const std::string &device : {std::string(100000, 'd'), std::string("\xff")}) {
+        request["records"][0] = NewPerson("p" + std::to_string(device.size()));
+        service_->Router().Answer(request.toStyledString(), device);
+    }
+    EXPECT_LT(Fetch("p100000")["createInfo"]["deviceName"].asString().size(), 100u);
+    EXPECT_EQ(Fetch("p1")["createInfo"]["deviceName"], "");
 }
 
 TEST_F(SaveTest, AFullDiskLeavesEverythingAsItWas)
@@ -291,73 +272,68 @@ TEST_F(SaveTest, AFullDiskLeavesEverythingAsItWas)
 
 TEST_F(SaveTest, BookkeepingMembersAreChecked)
 {
-    Json::Value results = Save(J(R"([
-        5, {'recordId': 3, 'recordType': 'person'}, {'recordId': 'a', 'recordType': 'person', 'isNew': 'yes'},
-        {'recordId': 'a', 'recordType': 'person', 'baseVersion': -1}, {'recordId': 'a', 'recordType': 'person', 'deleted': true},
-        {'recordId': 'a', 'recordType': 'nobody'}, {'recordId': 'a', 'recordType': 'person', 'relations': 5}])"));
-    EXPECT_THAT(results[0], FailsWith(ErrorCode::INVALID_RECORD, "a record is an object, came integer 5", "records"));
-    EXPECT_THAT(results[1], FailsWith(ErrorCode::INVALID_RECORD, "expected a text, came integer 3", "recordId"));
-    EXPECT_THAT(results[2], FailsWith(ErrorCode::INVALID_RECORD, "expected true or false, came text", "isNew"));
-    EXPECT_THAT(results[3], FailsWith(ErrorCode::INVALID_RECORD, "not negative, came integer -1", "baseVersion"));
-    EXPECT_THAT(results[4], FailsWith(ErrorCode::INVALID_RECORD, "a deleted record cannot be saved", "deleted"));
-    EXPECT_THAT(results[5], FailsWith(ErrorCode::UNKNOWN_RECORD_TYPE, "has no record type \"nobody\"", "recordType"));
-    EXPECT_THAT(results[6], FailsWith(ErrorCode::INVALID_RECORD, "expected an array, came integer 5", "relations"));
     SaveOne(J("{'recordId': 'g', 'recordType': 'group', 'isNew': true}"));
-    EXPECT_THAT(Save(J("[{'recordId': 'g', 'recordType': 'person', 'name': 'A'}]"))[0],
-        FailsWith(ErrorCode::RECORD_TYPE_MISMATCH, "\"g\" is of type \"group\", not \"person\"", "recordType"));
-    Json::Value huge(Json::arrayValue);
-    huge.append(NewPerson("h"));
-    huge[0]["name"] = std::string(8 * 1024 * 1024, 'x');
-    EXPECT_THAT(Save(huge)[0], FailsWith(ErrorCode::INVALID_RECORD, "at most 8388608 are allowed", "records"));
-    huge[0] = NewPerson(std::string(513, 'i'));
-    Json::Value refused = Save(huge)[0];
-    EXPECT_THAT(refused, FailsWith(ErrorCode::INVALID_RECORD, "at most 512 bytes", "recordId"));
-    EXPECT_EQ(refused["localRecordId"], huge[0]["recordId"]) << "clients find their record by it";
+    struct Case {
+        Json::Value record;
+        ErrorCode code;
+        const char *text;
+        const char *position;
+    };
+    auto person = [](const char *name, const Json::Value &value) {
+        return Members({{"recordId", "a"}, {"recordType", "person"}, {"isNew", true}, {name, value}});
+    };
+    const std::string longId(513, 'i');
+    const Case cases[] = {
+        {5, ErrorCode::INVALID_RECORD, "a record is an object, came integer 5", "records"},
+        {person("recordId", 3), ErrorCode::INVALID_RECORD, "expected a text, came integer 3", "recordId"},
+        {person("recordId", longId), ErrorCode::INVALID_RECORD, "at most 512 bytes", "recordId"},
+        {person("ownerId", longId), ErrorCode::INVALID_RECORD, "at most 512 bytes", "ownerId"},
+        {person("isNew", "yes"), ErrorCode::INVALID_RECORD, "expected true or false, came text", "isNew"},
+        {person("baseVersion", -1), ErrorCode::INVALID_RECORD, "not negative, came integer -1", "baseVersion"},
+        {person("deleted", true), ErrorCode::INVALID_RECORD, "a deleted record cannot be saved", "deleted"},
+        {person("recordType", "nobody"), ErrorCode::UNKNOWN_RECORD_TYPE, "no record type \"nobody\"", "recordType"},
+        {person("recordId", "g"), ErrorCode::RECORD_TYPE_MISMATCH, "\"g\" is of type \"group\", not \"person\"",
+            "recordType"},
+    };
+    for (const Case &test : cases) {
+        Json::Value refused = Save(List({test.record}))[0];
+        EXPECT_THAT(refused, FailsWith(test.code, test.text, test.position));
+        if (test.record.isObject() && test.record["recordId"].isString()) {
+            EXPECT_EQ(refused["localRecordId"], test.record["recordId"]) << "clients find their record by it";
+        }
+    }
+    Json::Value other = J("{'recordId': 'a', 'recordType': 'group', 'isNew': true, 'relations': 5}");
+    EXPECT_THAT(
+        Save(List({other}))[0], FailsWith(ErrorCode::INVALID_RECORD, "expected an array, came integer 5", "relations"));
+    other = NewPerson("h", "{'name': '" + std::string(8 * 1024 * 1024, 'x') + "'}");
+    EXPECT_THAT(Save(List({other}))[0], FailsWith(ErrorCode::INVALID_RECORD, "at most 8388608 are allowed", "records"));
 }
 
 TEST_F(SaveTest, ACreateThatMeetsAnotherInTheDuplicateCheckFieldsReportsIt)
 {
     SaveOne(NewPerson("p1", "{'name': 'Ann', 'age': 30}"));
-    Json::Value records(Json::arrayValue);
-    records.append(NewPerson("p2", "{'name': 'Ann', 'age': 30}"));
-    records.append(NewPerson("p3", "{'name': 'Ann', 'age': 31}"));
-    records.append(NewPerson("p4", "{'name': 'Ann', 'age': 31}"));
-    records.append(NewPerson("p5", "{'name': 'Ann'}"));
-    records.append(NewPerson("p6", "{'name': 'Ann'}"));
-    Json::Value results = Save(records, 2);
+    Json::Value results =
+        Save(List({NewPerson("p2", "{'name': 'Ann', 'age': 30}"), NewPerson("p3", "{'name': 'Ann', 'age': 31}"),
+                 NewPerson("p4", "{'name': 'Ann', 'age': 31}"), NewPerson("p5"), NewPerson("p6")}),
+            2);
     EXPECT_THAT(results[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\" has the same values", "name,age"));
     EXPECT_EQ(results[0]["currentRecord"]["recordId"], "p1");
     EXPECT_THAT(results[1], Succeeds());
     EXPECT_THAT(results[2], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p3\" has the same values", "name,age"));
     EXPECT_THAT(results[3], Succeeds());
     EXPECT_THAT(results[4], Succeeds()) << "records without one of the values are like no other";
-    records = Json::Value(Json::arrayValue);
-    records.append(Changed("p1", 0, "{'age': 40}"));
-    records.append(NewPerson("p7", "{'name': 'Ann', 'age': 30}"));
-    EXPECT_THAT(Save(records, 1)[1], Succeeds()) << "the same request has made the values free";
-    records = Json::Value(Json::arrayValue);
-    records.append(NewPerson("p8", "{'name': 'Ann', 'age': 40}"));
-    records.append(Changed("p1", 0, "{'height': 1}"));
-    EXPECT_THAT(Save(records, 1)[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\"", "name,age"))
+    Json::Value moved = List({Changed("p1", 0, "{'age': 40}"), NewPerson("p7", "{'name': 'Ann', 'age': 30}")});
+    EXPECT_THAT(Save(moved, 1)[1], Succeeds()) << "the same request has made the values free";
+    Json::Value taken = List({NewPerson("p8", "{'name': 'Ann', 'age': 40}"), Changed("p1", 0, "{'height': 1}")});
+    EXPECT_THAT(Save(taken, 1)[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\"", "name,age"))
         << "a change of other fields leaves the values taken";
     Json::Value entry = PeopleEntry();
     for (Json::Value &field : entry["defaultContainer"]["schema"]["recordTypes"][0]["fields"]) {
         field["type"] = field["name"] == "age" ? Json::Value("Double") : field["type"];
     }
     Install(entry);
-    EXPECT_THAT(Save(records, 1)[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\"", "name,age"))
+    EXPECT_THAT(Save(taken, 1)[0], FailsWith(ErrorCode::DUPLICATE_RECORD, "record \"p1\"", "name,age"))
         << "nor does a new type of a field set free what was saved before";
-}
-
-TEST_F(SaveTest, AnIdTwiceInOneRequestIsSavedTwice)
-{
-    Json::Value records(Json::arrayValue);
-    records.append(NewPerson("p1"));
-    records.append(Changed("p1", 1, "{'age': 5}"));
-    records.append(Changed("p1", 1, "{'age': 6}"));
-    Json::Value results = Save(records);
-    EXPECT_EQ(results[1]["version"], 2);
-    EXPECT_THAT(results[2], FailsWith(ErrorCode::VERSION_CONFLICT, "has version 2", "baseVersion"));
 }
 
 TEST_F(SaveTest, AVeryLargeSaveIsAcknowledgedWithoutAllOfItsData)
@@ -379,32 +355,20 @@ TEST_F(SaveTest, WrongRequestsAreRefusedAsAWhole)
     Json::Value entry = PeopleEntry();
     entry["defaultContainer"]["maxBatchNumber"] = 1;
     Install(entry);
-    Json::Value members = J("{'records': [{}, {}], 'savePolicy': 0}");
-    EXPECT_THAT(
-        Ask("saveRecords", members), FailsWith(ErrorCode::BATCH_TOO_LARGE, "takes at most 1 at once", "records"));
-    members = J("{'records': [], 'savePolicy': 3}");
-    EXPECT_THAT(Ask("saveRecords", members),
-        FailsWith(ErrorCode::INVALID_ARGUMENT, "an integer from 0 to 2, came integer 3", "savePolicy"));
-    members = J("{'records': {}, 'savePolicy': 0}");
-    EXPECT_THAT(Ask("saveRecords", members), FailsWith(ErrorCode::INVALID_ARGUMENT, "expected an array", "records"));
-    members = J("{'records': [], 'savePolicy': 0, 'databaseType': 3}");
-    EXPECT_THAT(Ask("saveRecords", members), FailsWith(ErrorCode::INVALID_ARGUMENT, "from 0 to 2", "databaseType"));
-    members = J("{'records': [], 'savePolicy': 0, 'containerName': 'x'}");
-    EXPECT_THAT(Ask("saveRecords", members),
-        FailsWith(ErrorCode::UNKNOWN_CONTAINER, "has no container \"x\"", "containerName"));
-    members = J("{'records': [], 'savePolicy': 0, 'bundleName': '../x'}");
-    EXPECT_THAT(
-        Ask("saveRecords", members), FailsWith(ErrorCode::UNKNOWN_BUNDLE, "has no bundle \"../x\"", "bundleName"));
-}
-
-TEST_F(SaveTest, TheThreeDatabasesOfAContainerAreApart)
-{
-    SaveOne(NewPerson("p1"));
-    for (int type : {0, 2}) {
-        Json::Value members = J("{'recordType': 'person', 'recordId': 'p1'}");
-        members["databaseType"] = type;
-        EXPECT_THAT(Ask("fetchRecordWithId", members), FailsWith(ErrorCode::RECORD_NOT_FOUND, "p1", "recordId"));
-    }
+    ExpectRefused({
+        {"saveRecords", "{'records': [{}, {}], 'savePolicy': 0}", ErrorCode::BATCH_TOO_LARGE, "takes at most 1 at once",
+            "records"},
+        {"saveRecords", "{'records': [], 'savePolicy': 3}", ErrorCode::INVALID_ARGUMENT,
+            "an integer from 0 to 2, came integer 3", "savePolicy"},
+        {"saveRecords", "{'records': {}, 'savePolicy': 0}", ErrorCode::INVALID_ARGUMENT, "expected an array",
+            "records"},
+        {"saveRecords", "{'records': [], 'savePolicy': 0, 'databaseType': 3}", ErrorCode::INVALID_ARGUMENT,
+            "from 0 to 2", "databaseType"},
+        {"saveRecords", "{'records': [], 'savePolicy': 0, 'containerName': 'x'}", ErrorCode::UNKNOWN_CONTAINER,
+            "has no container \"x\"", "containerName"},
+        {"saveRecords", "{'records': [], 'savePolicy': 0, 'bundleName': '../x'}", ErrorCode::UNKNOWN_BUNDLE,
+            "has no bundle \"../x\"", "bundleName"},
+    });
 }
 
 } // namespace

@@ -25,6 +25,33 @@ Json::Value J(const std::string &text)
     return value;
 }
 
+Json::Value Members(std::initializer_list<std::pair<const char *, Json::Value>> members)
+{
+    Json::Value object(Json::objectValue);
+    for (const auto &[name, value] : members) {
+        object[name] = value;
+    }
+    return object;
+}
+
+Json::Value List(const std::vector<Json::Value> &elements)
+{
+    Json::Value list(Json::arrayValue);
+    for (const Json::Value &element : elements) {
+        list.append(element);
+    }
+    return list;
+}
+
+std::string FromHex(const std::string &hex)
+{
+    std::string bytes;
+    for (size_t i = 0; i + 1 < hex.size(); i += 2) {
+        bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+    }
+    return bytes;
+}
+
 TempFolder::TempFolder()
 {
     std::string pattern = (std::filesystem::temp_directory_path() / "drive-service-XXXXXX").string();
@@ -104,21 +131,24 @@ Json::Value ServiceTest::Ask(const std::string &function, Json::Value members)
     return reply;
 }
 
+void ServiceTest::ExpectRefused(std::initializer_list<Refused> requests)
+{
+    for (const Refused &refused : requests) {
+        EXPECT_THAT(Ask(refused.function, J(refused.members)), FailsWith(refused.code, refused.text, refused.position))
+            << refused.function << refused.members;
+    }
+}
+
 Json::Value ServiceTest::Save(const Json::Value &records, int policy)
 {
-    Json::Value members(Json::objectValue);
-    members["records"] = records;
-    members["savePolicy"] = policy;
-    Json::Value reply = Ask("saveRecords", members);
+    Json::Value reply = Ask("saveRecords", Members({{"records", records}, {"savePolicy", policy}}));
     EXPECT_THAT(reply, Succeeds());
     return reply["records"];
 }
 
 Json::Value ServiceTest::SaveOne(const Json::Value &record, int policy)
 {
-    Json::Value records(Json::arrayValue);
-    records.append(record);
-    Json::Value result = Save(records, policy)[0];
+    Json::Value result = Save(List({record}), policy)[0];
     EXPECT_THAT(result, Succeeds());
     return result;
 }
@@ -142,21 +172,22 @@ Json::Value ServiceTest::Changed(const std::string &id, int64_t baseVersion, con
     return record;
 }
 
+Json::Value ServiceTest::Delete(const std::string &id, const std::string &type)
+{
+    Json::Value record = Members({{"recordId", id}});
+    return Ask(
+        "deleteRecords", Members({{"recordType", type}, {"savePolicy", 2}, {"records", List({record})}}))["records"][0];
+}
+
 Json::Value ServiceTest::Fetch(const std::string &id, const std::string &type)
 {
-    Json::Value members(Json::objectValue);
-    members["recordId"] = id;
-    members["recordType"] = type;
-    return Ask("fetchRecordWithId", members);
+    return Ask("fetchRecordWithId", Members({{"recordId", id}, {"recordType", type}}));
 }
 
 std::vector<std::string> ServiceTest::Find(const std::string &query, int pageSize)
 {
     std::vector<std::string> ids;
-    Json::Value members(Json::objectValue);
-    members["recordType"] = "person";
-    members["queryParam"] = query;
-    members["pageSize"] = pageSize;
+    Json::Value members = Members({{"recordType", "person"}, {"queryParam", query}, {"pageSize", pageSize}});
     do {
         Json::Value reply = Ask("fetchRecordsWithQuery", members);
         EXPECT_THAT(reply, Succeeds());

@@ -5,8 +5,10 @@
 #define NUBIS_TESTS_SERVICE_FIXTURE_H
 
 #include <atomic>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -20,6 +22,10 @@ namespace DriveService {
 
 // JSON written with single quotes, so that tests stay readable: J("{'name': 'Ann'}").
 Json::Value J(const std::string &text);
+
+Json::Value Members(std::initializer_list<std::pair<const char *, Json::Value>> members);
+Json::Value List(const std::vector<Json::Value> &elements);
+std::string FromHex(const std::string &hex);
 
 // A folder that is gone at the end of the test.
 class TempFolder {
@@ -58,6 +64,16 @@ protected:
     // The reply to a request with these members; those of the people container are added when they are not there.
     Json::Value Ask(const std::string &function, Json::Value members = Json::Value(Json::objectValue));
 
+    struct Refused {
+        const char *function;
+        const char *members;
+        ErrorCode code;
+        const char *text;
+        const char *position;
+    };
+    // Each request is refused as a whole.
+    void ExpectRefused(std::initializer_list<Refused> requests);
+
     // The results of a save in the order of the records.
     Json::Value Save(const Json::Value &records, int policy = 0);
     // Saves one record that must be accepted, and returns its result.
@@ -65,6 +81,9 @@ protected:
     // A new person with these fields, and an id when the test names one.
     static Json::Value NewPerson(const std::string &id, const std::string &fields = "{'name': 'Ann'}");
     static Json::Value Changed(const std::string &id, int64_t baseVersion, const std::string &fields);
+
+    // The result of the deletion, whatever the record's version.
+    Json::Value Delete(const std::string &id, const std::string &type = "person");
 
     Json::Value Fetch(const std::string &id, const std::string &type = "person");
     // The ids that a query of persons finds, over all pages.

@@ -73,50 +73,6 @@ TEST_F(StoreTest, WhatWasNotCommittedIsUndone)
     EXPECT_TRUE(store_->BeginRead()->FindRecord(database.id, "a"));
 }
 
-TEST_F(StoreTest, AReadSessionKeepsItsViewWhileOthersWrite)
-{
-    Put("a");
-    std::unique_ptr<ReadSession> session = store_->BeginRead();
-    int64_t id = session->FindDatabase({"b", "c", 1})->id;
-    Put("b");
-    EXPECT_FALSE(session->FindRecord(id, "b"));
-    EXPECT_EQ(session->FindDatabase({"b", "c", 1})->lastSequence, 1);
-    EXPECT_TRUE(store_->BeginRead()->FindRecord(id, "b"));
-}
-
-TEST_F(StoreTest, DatabasesAreToldApartAndNumberedEach)
-{
-    std::unique_ptr<WriteSession> session = store_->BeginWrite();
-    DatabaseInfo first = session->EnsureDatabase({"b", "c", 1});
-    DatabaseInfo second = session->EnsureDatabase({"b", "c", 2});
-    EXPECT_NE(first.id, second.id);
-    EXPECT_NE(first.uid, second.uid);
-    EXPECT_EQ(session->EnsureDatabase({"b", "c", 1}).uid, first.uid);
-    StoredRecord record = Record("r");
-    session->Put(first.id, record, {});
-    session->Put(second.id, record, {});
-    EXPECT_EQ(record.sequence, 1);
-    EXPECT_THROW(session->Put(99, record, {}), StoreError);
-}
-
-TEST_F(StoreTest, ReplacingARecordReplacesItsIndexedValues)
-{
-    std::unique_ptr<WriteSession> session = store_->BeginWrite();
-    int64_t id = session->EnsureDatabase({"b", "c", 1}).id;
-    StoredRecord record = Record("r");
-    IndexRow old{"f", 0, std::string("old")};
-    IndexRow number{"n", 0, int64_t{4}};
-    session->Put(id, record, {old, number});
-    EXPECT_EQ(session->View().FindByValues(id, "t", {old, number}, "other"), "r");
-    EXPECT_EQ(session->View().FindByValues(id, "t", {old, number}, "r"), "") << "a record is no duplicate of itself";
-    EXPECT_EQ(session->View().FindByValues(id, "t", {old, {"n", 0, int64_t{5}}}, "other"), "");
-    session->Put(id, record, {number});
-    EXPECT_EQ(session->View().FindByValues(id, "t", {old}, "other"), "");
-    record.deleted = true;
-    session->Put(id, record, {number});
-    EXPECT_EQ(session->View().FindByValues(id, "t", {number}, "other"), "");
-}
-
 TEST_F(StoreTest, DatabasesOfNewerProgramsAndOtherFilesAreRefused)
 {
     store_.reset();
@@ -207,16 +163,6 @@ TEST_F(StoreTest, ADatabaseOfTheFirstProgramIsBroughtUpToDate)
     tombstone.deleted = true;
     session->Put(id, tombstone, {});
     EXPECT_TRUE(session->View().Assets(id, "a").empty());
-}
-
-TEST_F(StoreTest, SettingsAreKept)
-{
-    EXPECT_EQ(store_->BeginRead()->Setting("a"), std::nullopt);
-    std::unique_ptr<WriteSession> session = store_->BeginWrite();
-    session->SetSetting("a", "1");
-    session->SetSetting("a", "2");
-    session->Commit();
-    EXPECT_EQ(store_->BeginRead()->Setting("a"), "2");
 }
 
 } // namespace

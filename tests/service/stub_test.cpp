@@ -134,16 +134,6 @@ TEST_F(StubTest, ARequestIsAnsweredInItsTransaction)
     EXPECT_THAT(reply_, FailsWith(ErrorCode::MALFORMED_REQUEST, "no JSON", ""));
 }
 
-TEST_F(StubTest, LargeTextsTravelBothWays)
-{
-    Json::Value request = J("{'function': 'saveRecords', 'bundleName': 'com.example.people', 'containerName': 'people',"
-                            " 'savePolicy': 0, 'records': []}");
-    request["records"].append(NewPerson("p"));
-    request["records"][0]["name"] = std::string(1024 * 1024, 'x');
-    EXPECT_EQ(Send(3, token_, WriteJson(request)), 0);
-    EXPECT_EQ(reply_["records"][0]["record"]["name"], request["records"][0]["name"]);
-}
-
 TEST_F(StubTest, OtherTokensAndTransactionsAreRefused)
 {
     EXPECT_EQ(Send(3, u"OHOS.Other", APP_STATE), OHOS::ERR_INVALID_STATE);
