@@ -32,6 +32,7 @@ TEST(LocalStore, TakesChangesAsASyncServiceWould)
     using Effect = LocalStore::Effect;
     EXPECT_EQ(store.Take(RecordBuilder("Person", "p").With("age", 1).AtVersion(1)), Effect::ADDED);
     EXPECT_EQ(store.Take(RecordBuilder("Person", "p").With("age", 2).AtVersion(2)), Effect::CHANGED);
+    EXPECT_EQ(store.Take(RecordBuilder("Person", "p").With("age", 1).AtVersion(1)), Effect::NOTHING) << "overtaken";
     EXPECT_EQ(store.Entries().at("p").version, 2U);
     EXPECT_EQ(store.Entries().at("p").fields["age"].asInt(), 2);
     EXPECT_EQ(store.Take(Tombstone("p")), Effect::REMOVED);
