@@ -20,15 +20,6 @@ using testing::SizeIs;
 
 class AccountTest : public ServiceTest {};
 
-std::string FromHex(const std::string &hex)
-{
-    std::string bytes;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2) {
-        bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
-    }
-    return bytes;
-}
-
 TEST_F(AccountTest, TheUserHasAStableAccountAndAKeyOf3072Bits)
 {
     Json::Value reply = Ask("GetCloudUserInfo", J("{'needSpaceInfo': true, 'signVersion': 2}"));
@@ -59,19 +50,12 @@ TEST_F(AccountTest, TheUserHasAStableAccountAndAKeyOf3072Bits)
     EXPECT_THAT(Ask("GetCloudUserInfo"), FailsWith(ErrorCode::INTERNAL_ERROR, "cannot be read", ""));
 }
 
-TEST_F(AccountTest, SmallAnswersHaveTheirForms)
+TEST_F(AccountTest, SettingsThatWereChangedAreServed)
 {
     EXPECT_EQ(Ask("getAppState"), J("{'code': 0, 'checkAlive': 1}"));
     EXPECT_EQ(Ask("getSysParameters")["parameters"], J(R"([{'key': 'enableQuicDomainList', 'value': []},
         {'key': 'flowControl', 'value': {'flowSpeedLimit': 0, 'flowThreshold': 0}},
         {'key': 'flowControlWhiteList', 'value': []}, {'key': 'ohNubisUseAsyncIPC', 'value': 1}])"));
-    Json::Value report = Ask("getReportInfo");
-    EXPECT_NE(report["reportUrl"].asString(), "");
-    EXPECT_TRUE(report["reportParam"].isObject());
-}
-
-TEST_F(AccountTest, SettingsThatWereChangedAreServed)
-{
     Json::Value untouched = Ask("getSettings");
     EXPECT_THAT(Ask("setSetting", J("{'name': 'flowControl', 'value': {'flowSpeedLimit': 4294967295}}")), Succeeds());
     EXPECT_THAT(Ask("setSetting", J("{'name': 'flowControlWhiteList', 'value': ['a', 'b']}")), Succeeds());

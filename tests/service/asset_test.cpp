@@ -17,17 +17,9 @@ namespace {
 
 class AssetTest : public ServiceTest {
 protected:
-    static Json::Value Named(const std::string &id, const std::string &type)
-    {
-        Json::Value members(Json::objectValue);
-        members["recordId"] = id;
-        members["recordType"] = type;
-        return members;
-    }
-
     Json::Value Assets(const std::string &id, const std::string &type = "person")
     {
-        Json::Value reply = Ask("fetchAssetStatusWithId", Named(id, type));
+        Json::Value reply = Ask("fetchAssetStatusWithId", Members({{"recordId", id}, {"recordType", type}}));
         EXPECT_THAT(reply, Succeeds());
         return reply["assets"];
     }
@@ -42,9 +34,8 @@ protected:
 
     Json::Value Confirm(const std::string &id, const std::string &asset)
     {
-        Json::Value members = Named(id, "person");
-        members["assets"].append(J(asset));
-        return Ask("updateAssetRevision", members);
+        return Ask(
+            "updateAssetRevision", Members({{"recordId", id}, {"recordType", "person"}, {"assets", List({J(asset)})}}));
     }
 };
 
@@ -86,6 +77,9 @@ TEST_F(AssetTest, AConfirmedContentIsAChangeOfTheRecord)
     }
     EXPECT_THAT(Confirm("p", "{'field': 'avatar', 'assetId': 'a', 'sha256': '5e', 'size': 9, 'version': 'x'}"),
         FailsWith(ErrorCode::INVALID_FIELD, "integer that is not negative", "avatar.version"));
+    Json::Value tooMany = Members({{"recordId", "p"}, {"recordType", "person"}, {"assets", Json::Value()}});
+    tooMany["assets"].resize(1001);
+    EXPECT_THAT(Ask("updateAssetRevision", tooMany), FailsWith(ErrorCode::BATCH_TOO_LARGE, "at most 1000", "assets"));
     EXPECT_EQ(State("p"), "pending 1");
     EXPECT_EQ(Fetch("p")["version"], 1);
 
@@ -97,9 +91,7 @@ TEST_F(AssetTest, AConfirmedContentIsAChangeOfTheRecord)
     EXPECT_EQ(reply["version"], 2);
     EXPECT_EQ(reply["assets"], Assets("p"));
     EXPECT_EQ(State("p"), "uploaded 2");
-    Json::Value since(Json::objectValue);
-    since["cursor"] = cursor["startCursor"];
-    Json::Value change = Ask("fetchDatabaseChanges", since)["changes"][0];
+    Json::Value change = Ask("fetchDatabaseChanges", Members({{"cursor", cursor["startCursor"]}}))["changes"][0];
     EXPECT_EQ(change["record"]["avatar"], J("{'assetId': 'a', 'sha256': '5e', 'size': 9, 'version': 2}"));
     EXPECT_EQ(change["record"]["age"], 4);
     EXPECT_EQ(change["editedTime"], 2000);

@@ -11,9 +11,7 @@ class CopyTest : public ServiceTest {
 protected:
     Json::Value Copy(const std::string &orders)
     {
-        Json::Value members(Json::objectValue);
-        members["records"] = J(orders);
-        return Ask("copyRecords", members);
+        return Ask("copyRecords", Members({{"records", J(orders)}}));
     }
 };
 
@@ -107,9 +105,7 @@ TEST_F(CopyTest, APreSharedRecordIsAChangedRecord)
     EXPECT_EQ(shared, Fetch("p1"));
     EXPECT_EQ(Find("age=7"), std::vector<std::string>{"p1"});
     EXPECT_EQ(Ask("setPreShared", wanted), shared) << "nothing is left to change";
-    Json::Value since(Json::objectValue);
-    since["cursor"] = cursor;
-    EXPECT_EQ(Ask("fetchDatabaseChanges", since)["changes"].size(), 1u);
+    EXPECT_EQ(Ask("fetchDatabaseChanges", Members({{"cursor", cursor}}))["changes"].size(), 1u);
     EXPECT_THAT(Ask("setPreShared", J("{'recordType': 'person', 'recordId': 'x'}")),
         FailsWith(ErrorCode::RECORD_NOT_FOUND, "does not exist", "recordId"));
 }

@@ -31,6 +31,7 @@ TEST_F(HostileInputTest, TextsThatAreNoRequestAreRefused)
         {"{\"a\": 1, \"a\": 2}", "Duplicate key"},
         {std::string(200, '[') + std::string(200, ']'), "Exceeded stackLimit"},
         {"{\"function\": \"\xff\"}", "not valid UTF-8"},
+        {"[" + std::string(2000001, ',') + "]", "more than 1000000 values; send less at a time"},
         {"[1, 2]", "a request is an object, came an array"},
     };
     for (const auto &[text, message] : cases) {
@@ -45,13 +46,12 @@ TEST_F(HostileInputTest, TextsThatAreNoRequestAreRefused)
 
 TEST_F(HostileInputTest, LongNamesAreCutInMessagesBetweenCharacters)
 {
-    Json::Value members(Json::objectValue);
     std::string name = "x";
     for (int i = 0; i < 1000; ++i) {
         name += "ö";
     }
-    members["bundleName"] = name;
-    std::string description = Ask("getStartCursor", members)["error"]["description"].asString();
+    Json::Value reply = Ask("getStartCursor", Members({{"bundleName", name}}));
+    std::string description = reply["error"]["description"].asString();
     EXPECT_LT(description.size(), 300u);
 }
 
@@ -60,13 +60,15 @@ const std::vector<std::string> MEMBERS = {"bundleName", "containerName", "databa
     "records", "savePolicy", "fields", "queryParam", "cursor", "pageSize", "index", "syncDemon", "needSpaceInfo",
     "baseVersion", "isNew", "deleted", "relations", "name", "age", "tags", "avatar", "friend", "props", "photo",
     "assets", "asset", "field", "assetId", "sha256", "size", "revision", "subscriptions", "id", "expirationTime",
-    "saName", "signVersion", "keyId", "prepareTraceId"};
+    "saName", "signVersion", "keyId", "prepareTraceId", "recordsToSave", "recordsToDelete", "atomic", "srcRecordId",
+    "lockSessionId", "dataType", "keyType", "value", "unset", "reset"};
 const std::vector<std::string> FUNCTIONS = {"getAppState", "getSysParameters", "getReportInfo", "GetCloudAppInfo",
     "GetCloudAppSwitches", "getCloudAppBriefInfo", "getAppConfigParams", "getRecordIdRules", "getServiceKey",
     "saveRecords", "deleteRecords", "fetchRecordsWithQuery", "fetchRecordWithId", "fetchRecordWithIds",
     "fetchDatabaseChanges", "getStartCursor", "getSettings", "setSetting", "batchDownloadRecords",
     "fetchAssetStatusWithId", "batchCreateAsset", "updateAssetRevision", "saveSubscription", "deleteSubscription",
-    "changesNotify", "batchSaveSubscription", "batchDeleteSubscription"};
+    "changesNotify", "batchSaveSubscription", "batchDeleteSubscription", "getSubscriptions", "modifyRecords",
+    "copyRecords", "setPreShared", "getCommonKey", "getAccessToken", "getLock", "deleteLock", "getLockState"};
 
 Json::Value RandomValue(int depth)
 {

@@ -69,7 +69,8 @@ TEST_F(LockTest, ALockRunsOutUnlessItsSessionRenewsIt)
     EXPECT_NE(Lock(session)["lockSessionId"], session) << "others could write meanwhile";
     EXPECT_THAT(Lock(session), FailsWith(ErrorCode::LOCK_HELD, "locked", "lockSessionId"));
     nowMs_ -= INTERVAL_MS;
-    EXPECT_THAT(Lock(), FailsWith(ErrorCode::LOCK_HELD, "locked", "lockSessionId")) << "a small step back frees nothing";
+    EXPECT_THAT(Lock(), FailsWith(ErrorCode::LOCK_HELD, "locked", "lockSessionId"))
+        << "a small step back frees nothing";
     nowMs_ -= 1;
     EXPECT_THAT(Lock(), Succeeds()) << "a clock that was set back must not keep others out for ever";
 }
@@ -89,11 +90,11 @@ TEST_F(LockTest, EveryoneMaySeeWhoHoldsTheLockButNotItsSession)
 
 TEST_F(LockTest, WrongRequestsAndDamagedLocksHurtNobody)
 {
-    EXPECT_THAT(Ask("deleteLock"), FailsWith(ErrorCode::INVALID_ARGUMENT, "not empty", "lockSessionId"));
-    EXPECT_THAT(
-        Ask("getLock", J("{'lockSessionId': 5}")), FailsWith(ErrorCode::INVALID_ARGUMENT, "a text", "lockSessionId"));
-    EXPECT_THAT(Ask("getLock", J("{'containerName': 'x'}")),
-        FailsWith(ErrorCode::UNKNOWN_CONTAINER, "no container", "containerName"));
+    ExpectRefused({
+        {"deleteLock", "{}", ErrorCode::INVALID_ARGUMENT, "not empty", "lockSessionId"},
+        {"getLock", "{'lockSessionId': 5}", ErrorCode::INVALID_ARGUMENT, "a text", "lockSessionId"},
+        {"getLock", "{'containerName': 'x'}", ErrorCode::UNKNOWN_CONTAINER, "no container", "containerName"},
+    });
     for (const char *text : {"", "[]", "{\"expiresMs\":\"x\"}", "{\"sessionId\":5,\"expiresMs\":2000}"}) {
         std::unique_ptr<WriteSession> session = service_->GetStore().BeginWrite();
         session->SetSetting("lock/com.example.people/people", text);

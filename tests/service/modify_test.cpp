@@ -12,14 +12,7 @@ protected:
     // Records to delete are written 'id:type:version'.
     Json::Value Modify(const std::vector<Json::Value> &save, const std::vector<std::string> &erase, bool atomic)
     {
-        Json::Value members(Json::objectValue);
-        members["savePolicy"] = 0;
-        members["atomic"] = atomic;
-        Json::Value &saved = members["recordsToSave"] = Json::Value(Json::arrayValue);
-        for (const Json::Value &record : save) {
-            saved.append(record);
-        }
-        Json::Value &deleted = members["recordsToDelete"] = Json::Value(Json::arrayValue);
+        Json::Value deleted(Json::arrayValue);
         for (const std::string &name : erase) {
             size_t type = name.find(':') + 1;
             size_t version = name.find(':', type) + 1;
@@ -27,7 +20,8 @@ protected:
             record["recordType"] = name.substr(type, version - type - 1);
             deleted.append(record);
         }
-        return Ask("modifyRecords", members);
+        return Ask("modifyRecords", Members({{"savePolicy", 0}, {"atomic", atomic}, {"recordsToSave", List(save)},
+                                        {"recordsToDelete", deleted}}));
     }
 };
 
@@ -83,10 +77,12 @@ TEST_F(ModifyTest, WrongRequestsAreRefused)
     std::vector<std::string> many(2000, "p:person:1");
     EXPECT_THAT(
         Modify({NewPerson("x")}, many, true), FailsWith(ErrorCode::BATCH_TOO_LARGE, "2001 records", "recordsToDelete"));
-    EXPECT_THAT(Ask("modifyRecords", J("{'recordsToSave': [], 'savePolicy': 0}")),
-        FailsWith(ErrorCode::INVALID_ARGUMENT, "recordsToDelete", "recordsToDelete"));
-    EXPECT_THAT(Ask("modifyRecords", J("{'recordsToSave': [], 'recordsToDelete': [], 'atomic': 1, 'savePolicy': 0}")),
-        FailsWith(ErrorCode::INVALID_ARGUMENT, "true or false", "atomic"));
+    ExpectRefused({
+        {"modifyRecords", "{'recordsToSave': [], 'savePolicy': 0}", ErrorCode::INVALID_ARGUMENT, "recordsToDelete",
+            "recordsToDelete"},
+        {"modifyRecords", "{'recordsToSave': [], 'recordsToDelete': [], 'atomic': 1, 'savePolicy': 0}",
+            ErrorCode::INVALID_ARGUMENT, "true or false", "atomic"},
+    });
 }
 
 } // namespace

@@ -23,27 +23,18 @@ using testing::IsEmpty;
 constexpr const char *DATA_EVENT = "cloudData_notifyDataChange";
 constexpr const char *FILE_EVENT = "cloudFile_notifyDataChange";
 
-std::vector<unsigned char> FromHex(const std::string &hex)
-{
-    std::vector<unsigned char> bytes;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2) {
-        bytes.push_back(static_cast<unsigned char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
-    }
-    return bytes;
-}
-
 bool IsSignature(const std::string &keyHex, const std::string &text, const std::string &signatureHex)
 {
-    std::vector<unsigned char> der = FromHex(keyHex);
-    std::vector<unsigned char> signature = FromHex(signatureHex);
-    const unsigned char *at = der.data();
+    std::string der = FromHex(keyHex);
+    std::string signature = FromHex(signatureHex);
+    const auto *at = reinterpret_cast<const unsigned char *>(der.data());
     std::unique_ptr<EVP_PKEY, void (*)(EVP_PKEY *)> key(
         d2i_PUBKEY(nullptr, &at, static_cast<long>(der.size())), &EVP_PKEY_free);
     std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX *)> digest(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
     EVP_PKEY_CTX *options = nullptr;
     return EVP_DigestVerifyInit(digest.get(), &options, EVP_sha256(), nullptr, key.get()) == 1 &&
            EVP_PKEY_CTX_set_rsa_padding(options, RSA_PKCS1_PSS_PADDING) == 1 &&
-           EVP_DigestVerify(digest.get(), signature.data(), signature.size(),
+           EVP_DigestVerify(digest.get(), reinterpret_cast<const unsigned char *>(signature.data()), signature.size(),
                reinterpret_cast<const unsigned char *>(text.data()), text.size()) == 1;
 }
 
@@ -88,19 +79,20 @@ class PushTest : public ServiceTest {
 protected:
     Json::Value Subscribe(const char *eventName, int64_t expirationTime = 5000)
     {
-        Json::Value members(Json::objectValue);
-        members["saName"] = eventName;
-        members["expirationTime"] = Json::Int64(expirationTime);
-        Json::Value reply = Ask("saveSubscription", members);
+        Json::Value reply =
+            Ask("saveSubscription", Members({{"saName", eventName}, {"expirationTime", Json::Int64(expirationTime)}}));
         EXPECT_THAT(reply, Succeeds());
         return reply;
     }
 
+    static Json::Value DataOf(const Json::Value &notification)
+    {
+        return J(notification["data"].asString());
+    }
+
     Json::Value AskFor(const std::string &function, const Json::Value &id)
     {
-        Json::Value members(Json::objectValue);
-        members["id"] = id;
-        return Ask(function, members);
+        return Ask(function, Members({{"id", id}}));
     }
 
     // What was pushed for everything done so far.
@@ -136,10 +128,7 @@ TEST_F(PushTest, EachCommittedBatchNotifiesEachSubscriptionOnce)
     expected["properties"] = R"({"subscriptionId":")" + id + "\"}";
     expected["context"] = R"({"prepareTraceId":"trace"})";
     const Json::Value one = pushed[0];
-    Json::Value data;
-    std::string error;
-    ASSERT_TRUE(ParseJson(one["data"].asString(), data, error)) << error;
-    EXPECT_EQ(data, expected);
+    EXPECT_EQ(DataOf(one), expected);
     EXPECT_EQ(one["keyId"], user["pushKeyId"]);
     std::string text = "data=" + one["data"].asString() + "&keyId=" + one["keyId"].asString() +
                        "&notifyId=" + one["notifyId"].asString();
@@ -148,13 +137,16 @@ TEST_F(PushTest, EachCommittedBatchNotifiesEachSubscriptionOnce)
 
     // Refused records change nothing; a deletion does, without a user action that it knows of.
     EXPECT_NE(Save(J("[{'recordId': 'p1', 'recordType': 'person', 'isNew': true}]"))[0]["code"], 0);
-    Ask("deleteRecords", J("{'recordType': 'person', 'savePolicy': 2, 'records': [{'recordId': 'early'}]}"));
+    Json::Value shared = J("{'recordType': 'person', 'recordId': 'early', 'prepareTraceId': 'shared'}");
+    EXPECT_THAT(Ask("setPreShared", shared), Succeeds());
+    EXPECT_THAT(Ask("setPreShared", shared), Succeeds()) << "nothing is left to change";
+    Delete("early");
     pushed = Pushed(data_);
-    ASSERT_EQ(pushed.size(), 1u);
-    ASSERT_TRUE(ParseJson(pushed[0]["data"].asString(), data, error)) << error;
-    EXPECT_EQ(data["databaseScopes"], R"(["private"])");
-    EXPECT_EQ(data["context"], "{}");
-    EXPECT_NE(pushed[0]["notifyId"], one["notifyId"]);
+    ASSERT_EQ(pushed.size(), 2u);
+    EXPECT_EQ(DataOf(pushed[0])["context"], R"({"prepareTraceId":"shared"})");
+    EXPECT_EQ(DataOf(pushed[1])["databaseScopes"], R"(["private"])");
+    EXPECT_EQ(DataOf(pushed[1])["context"], "{}");
+    EXPECT_NE(pushed[1]["notifyId"], one["notifyId"]);
 }
 
 TEST_F(PushTest, ExpiredAndDeletedSubscriptionsGetNothing)
@@ -189,24 +181,25 @@ TEST_F(PushTest, SubscriptionsSurviveARestartAndCanBeAskedToNotify)
     EXPECT_THAT(AskFor("changesNotify", id), Succeeds());
     std::vector<Json::Value> pushed = Pushed(data_);
     ASSERT_EQ(pushed.size(), 1u);
-    Json::Value data;
-    std::string error;
-    ASSERT_TRUE(ParseJson(pushed[0]["data"].asString(), data, error)) << error;
-    EXPECT_EQ(data["databaseScopes"], R"(["private","shared"])");
-    EXPECT_EQ(data["recordTypes"], R"(["group","media","person"])");
+    EXPECT_EQ(DataOf(pushed[0])["databaseScopes"], R"(["private","shared"])");
+    EXPECT_EQ(DataOf(pushed[0])["recordTypes"], R"(["group","media","person"])");
 }
 
 TEST_F(PushTest, WhatIsAskedForIsChecked)
 {
     const auto save = [this](const std::string &members) { return Ask("saveSubscription", J(members)); };
-    EXPECT_THAT(save("{'expirationTime': 1000}"),
-        FailsWith(ErrorCode::INVALID_ARGUMENT, "in the future, came 1000", "expirationTime"));
-    EXPECT_THAT(save("{'expirationTime': '5'}"), FailsWith(ErrorCode::INVALID_ARGUMENT, "integer", "expirationTime"));
-    EXPECT_THAT(save("{'signVersion': 1}"), FailsWith(ErrorCode::INVALID_ARGUMENT, "from 2 to 2", "signVersion"));
-    EXPECT_THAT(save("{'keyId': 'another'}"), FailsWith(ErrorCode::INVALID_ARGUMENT, "\"pushKeyId\"", "keyId"));
-    EXPECT_THAT(save("{'saName': '../x'}"), FailsWith(ErrorCode::INVALID_ARGUMENT, "letters", "saName"));
-    EXPECT_THAT(
-        save("{'containerName': 'x'}"), FailsWith(ErrorCode::UNKNOWN_CONTAINER, "no container \"x\"", "containerName"));
+    constexpr const char *function = "saveSubscription";
+    constexpr ErrorCode argument = ErrorCode::INVALID_ARGUMENT;
+    ExpectRefused({
+        {function, "{'expirationTime': 1000}", argument, "in the future, came 1000", "expirationTime"},
+        {function, "{'expirationTime': '5'}", argument, "integer", "expirationTime"},
+        {function, "{'signVersion': 1}", argument, "from 2 to 2", "signVersion"},
+        {function, "{'keyId': 'another'}", argument, "\"pushKeyId\"", "keyId"},
+        {function, "{'saName': '../x'}", argument, "letters", "saName"},
+        {function, "{'containerName': 'x'}", ErrorCode::UNKNOWN_CONTAINER, "no container \"x\"", "containerName"},
+    });
+    EXPECT_THAT(Ask("changesNotify", Members({{"id", "x"}, {"prepareTraceId", std::string(513, 't')}})),
+        FailsWith(argument, "at most 512 bytes", "prepareTraceId"));
     constexpr int64_t year = int64_t{365} * 24 * 3600 * 1000;
     EXPECT_EQ(save("{'expirationTime': 9000000000000000000}")["expirationTime"].asInt64(), 1000 + year);
 
@@ -232,10 +225,8 @@ TEST_F(PushTest, ABatchAnswersEachItem)
     EXPECT_EQ(items[1]["containerName"], "x");
     EXPECT_THAT(items[2], FailsWith(ErrorCode::INVALID_ARGUMENT, "expected objects", "subscriptions"));
 
-    Json::Value request(Json::objectValue);
-    request["subscriptions"].append(items[1]);
-    request["subscriptions"].append(items[0]);
-    Json::Value deleted = Ask("batchDeleteSubscription", request)["subscriptions"];
+    Json::Value deleted =
+        Ask("batchDeleteSubscription", Members({{"subscriptions", List({items[1], items[0]})}}))["subscriptions"];
     EXPECT_THAT(deleted[0], FailsWith(ErrorCode::INVALID_ARGUMENT, "\"id\"", "id"));
     EXPECT_THAT(deleted[1], Succeeds());
     SaveOne(NewPerson("p1"));
@@ -293,6 +284,35 @@ TEST(NotifierTest, NoticesAreSentInOrderAndDroppedOnlyAfterwards)
         EXPECT_EQ(sent[i], std::to_string(i));
     }
     EXPECT_THAT(store.BeginRead()->Notices(1), IsEmpty());
+}
+
+// Numbers of dropped notices are given anew.
+TEST(NotifierTest, ANoticeThatCameWhileOthersWereSentIsSentToo)
+{
+    TempFolder folder;
+    SqliteStore store(folder.Path() + "/drive.db");
+    PushKey key(folder.Path() + "/key.pem");
+    const auto subscribe = [&store](const char *id, const char *dropped) {
+        std::unique_ptr<WriteSession> session = store.BeginWrite();
+        session->DropSubscription(dropped);
+        Subscription subscription{id, "bundle", "container", id, 5000};
+        session->PutSubscription(subscription);
+        session->AddNotice(id, {"[]", "[]", id});
+        session->Commit();
+    };
+    subscribe("first", "");
+    std::vector<std::string> sent;
+    const auto publish = [&](const std::string &eventName, const std::string &, std::string &) {
+        sent.push_back(eventName);
+        if (sent.size() == 1) {
+            subscribe("second", "first");
+        }
+        return true;
+    };
+    Notifier notifier(
+        store, key, [] { return 1000; }, publish);
+    EXPECT_TRUE(notifier.Finish(std::chrono::seconds(50)));
+    EXPECT_THAT(sent, ElementsAre("first", "second"));
 }
 
 } // namespace

@@ -14,34 +14,22 @@ protected:
     static Json::Value PersonWithFriend(const std::string &id, const std::string &friendId)
     {
         Json::Value person = NewPerson(id, "{'name': 'N'}");
-        person["friend"] = J("{'recordType': 'person'}");
-        person["friend"]["recordId"] = friendId;
+        person["friend"] = Members({{"recordType", "person"}, {"recordId", friendId}});
         return person;
     }
 
     static Json::Value GroupOf(
         const std::string &member, const std::string &relation = "members", const std::string &type = "person")
     {
-        Json::Value group = J("{'recordId': 'g', 'recordType': 'group', 'isNew': true, 'relations': [{}]}");
-        group["relations"][0]["relationName"] = relation;
-        group["relations"][0]["recordType"] = type;
-        group["relations"][0]["recordId"] = member;
+        Json::Value group = J("{'recordId': 'g', 'recordType': 'group', 'isNew': true}");
+        group["relations"][0] = Members({{"relationName", relation}, {"recordType", type}, {"recordId", member}});
         return group;
-    }
-
-    static Json::Value Records(const std::vector<Json::Value> &records)
-    {
-        Json::Value array(Json::arrayValue);
-        for (const Json::Value &record : records) {
-            array.append(record);
-        }
-        return array;
     }
 };
 
 TEST_F(ReferenceTest, RecordsOfOneRequestMayPointToEachOther)
 {
-    for (const Json::Value &result : Save(Records({PersonWithFriend("a", "b"), PersonWithFriend("b", "c"),
+    for (const Json::Value &result : Save(List({PersonWithFriend("a", "b"), PersonWithFriend("b", "c"),
              PersonWithFriend("c", "a"), PersonWithFriend("self", "self"), GroupOf("a")}))) {
         EXPECT_THAT(result, Succeeds());
     }
@@ -53,7 +41,7 @@ TEST_F(ReferenceTest, UnknownDeletedAndWronglyTypedTargetsAreRefused)
 {
     Json::Value list = NewPerson("l", "{'name': 'L', 'friends': [{'recordId': 'l', 'recordType': 'person'}, "
                                       "{'recordId': 'none', 'recordType': 'person'}]}");
-    Json::Value results = Save(Records({PersonWithFriend("a", "none"), list, GroupOf("none")}));
+    Json::Value results = Save(List({PersonWithFriend("a", "none"), list, GroupOf("none")}));
     EXPECT_THAT(
         results[0], FailsWith(ErrorCode::UNKNOWN_REFERENCE,
                         "\"friend\" points to record \"none\" of type \"person\", which does not exist", "friend"));
@@ -62,8 +50,8 @@ TEST_F(ReferenceTest, UnknownDeletedAndWronglyTypedTargetsAreRefused)
 
     SaveOne(J("{'recordId': 'g2', 'recordType': 'group', 'isNew': true}"));
     SaveOne(NewPerson("gone"));
-    Ask("deleteRecords", J("{'recordType': 'person', 'savePolicy': 2, 'records': [{'recordId': 'gone'}]}"));
-    results = Save(Records({PersonWithFriend("a", "g2"), PersonWithFriend("b", "gone")}));
+    Delete("gone");
+    results = Save(List({PersonWithFriend("a", "g2"), PersonWithFriend("b", "gone")}));
     EXPECT_THAT(results[0], FailsWith(ErrorCode::UNKNOWN_REFERENCE, "record \"g2\" of type \"person\"", "friend"));
     EXPECT_THAT(results[1], FailsWith(ErrorCode::UNKNOWN_REFERENCE, "record \"gone\"", "friend"));
 }
@@ -73,8 +61,8 @@ TEST_F(ReferenceTest, ARefusedRecordTakesThoseThatPointToItAlong)
     Json::Value wrong = NewPerson("d", "{'name': 7}");
     SaveOne(NewPerson("first", "{'name': 'Dup', 'age': 1}"));
     Json::Value duplicate = NewPerson("dup", "{'name': 'Dup', 'age': 1}");
-    Json::Value results = Save(Records({PersonWithFriend("a", "b"), PersonWithFriend("b", "c"),
-        PersonWithFriend("c", "d"), wrong, PersonWithFriend("e", "dup"), duplicate, PersonWithFriend("f", "first")}));
+    Json::Value results = Save(List({PersonWithFriend("a", "b"), PersonWithFriend("b", "c"), PersonWithFriend("c", "d"),
+        wrong, PersonWithFriend("e", "dup"), duplicate, PersonWithFriend("f", "first")}));
     for (int i : {0, 1, 2, 4}) {
         EXPECT_THAT(results[i], FailsWith(ErrorCode::UNKNOWN_REFERENCE, "which does not exist", "friend")) << i;
     }
@@ -103,7 +91,7 @@ RC_GTEST_FIXTURE_PROP(ReferenceTest, AllThatCanBeSavedIsSaved, (std::vector<uint
             good[i] = good[i] && good[friends[i]];
         }
     }
-    Json::Value results = Save(Records(records));
+    Json::Value results = Save(List(records));
     for (size_t i = 0; i < count; ++i) {
         RC_ASSERT((results[static_cast<Json::ArrayIndex>(i)]["code"] == 0) == good[i]);
     }
@@ -112,12 +100,12 @@ RC_GTEST_FIXTURE_PROP(ReferenceTest, AllThatCanBeSavedIsSaved, (std::vector<uint
 TEST_F(ReferenceTest, RelationsMustBeOfTheSchema)
 {
     SaveOne(NewPerson("p"));
-    EXPECT_THAT(Save(Records({GroupOf("p", "owners")}))[0],
+    EXPECT_THAT(Save(List({GroupOf("p", "owners")}))[0],
         FailsWith(
             ErrorCode::UNKNOWN_RELATION, "has no relation \"owners\" to records of type \"person\"", "relations[0]"));
-    EXPECT_THAT(Save(Records({GroupOf("p", "members", "media")}))[0],
+    EXPECT_THAT(Save(List({GroupOf("p", "members", "media")}))[0],
         FailsWith(ErrorCode::UNKNOWN_RELATION, "to records of type \"media\"", "relations[0]"));
-    EXPECT_THAT(Save(Records({GroupOf("")}))[0],
+    EXPECT_THAT(Save(List({GroupOf("")}))[0],
         FailsWith(ErrorCode::INVALID_RECORD, "expected an object with the texts", "relations[0]"));
 }
 
