@@ -166,6 +166,12 @@ TEST(ManualClock, TasksMayMoveIt)
 {
     Host::ManualClock clock(GENEROUS);
     const auto start = clock.Now();
+    // Gives every move many steps, between which the others must wait.
+    ffrt::submit([]() {
+        for (int i = 0; i < 40; ++i) {
+            ffrt::this_task::sleep_for(seconds(1));
+        }
+    });
     for (int i = 0; i < 5; ++i) {
         ffrt::submit([&clock]() { clock.Advance(seconds(10)); });
     }
