@@ -6,6 +6,7 @@
 
 option(NUBIS_BUILD_TESTS "Build the tests" ON)
 option(NUBIS_COVERAGE "Instrument for coverage reports" OFF)
+option(NUBIS_FUZZ "Instrument for libFuzzer, and link the fuzzers with it (clang only)" OFF)
 set(NUBIS_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined or thread")
 
 set(CMAKE_CXX_STANDARD 17)
@@ -33,6 +34,12 @@ if(NUBIS_SANITIZE)
   target_compile_options(nubis_options INTERFACE
     -fsanitize=${NUBIS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(nubis_options INTERFACE -fsanitize=${NUBIS_SANITIZE})
+endif()
+if(NUBIS_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "NUBIS_FUZZ needs clang, whose part libFuzzer is")
+  endif()
+  target_compile_options(nubis_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 if(NUBIS_COVERAGE)
   target_compile_options(nubis_options INTERFACE --coverage)
