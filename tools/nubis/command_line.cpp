@@ -137,6 +137,9 @@ int RunTool(std::vector<std::string> arguments, const Console &console)
     AddReportCommands(app, chosen);
     AddChangesCommand(app, chosen);
     AddLockCommands(app, chosen);
+    AddSubscriptionCommands(app, chosen);
+    AddWatchCommand(app, chosen);
+    AddNotifyCommands(app, chosen);
     AddCridCommands(app, chosen);
 
     TakePassedOn(arguments, chosen);

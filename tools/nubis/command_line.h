@@ -45,6 +45,9 @@ void AddTokenCommand(CLI::App &app, Chosen &chosen);
 void AddReportCommands(CLI::App &app, Chosen &chosen);
 void AddChangesCommand(CLI::App &app, Chosen &chosen);
 void AddLockCommands(CLI::App &app, Chosen &chosen);
+void AddSubscriptionCommands(CLI::App &app, Chosen &chosen);
+void AddWatchCommand(CLI::App &app, Chosen &chosen);
+void AddNotifyCommands(CLI::App &app, Chosen &chosen);
 void AddCridCommands(CLI::App &app, Chosen &chosen);
 void AddDemoCommands(CLI::App &app, Chosen &chosen);
 

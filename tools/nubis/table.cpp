@@ -56,27 +56,6 @@ Character CharacterAt(const std::string &text, size_t position)
     return {length, width};
 }
 
-std::string Escape(const std::string &text)
-{
-    std::string escaped;
-    escaped.reserve(text.size());
-    for (char character : text) {
-        auto byte = static_cast<unsigned char>(character);
-        if (character == '\n') {
-            escaped += "\\n";
-        } else if (character == '\t') {
-            escaped += "\\t";
-        } else if (byte < 0x20 || byte == 0x7F) {
-            std::array<char, 8> buffer{};
-            std::snprintf(buffer.data(), buffer.size(), "\\x%02x", byte);
-            escaped += buffer.data();
-        } else {
-            escaped.push_back(character);
-        }
-    }
-    return escaped;
-}
-
 std::string Cut(const std::string &text, size_t maxWidth)
 {
     constexpr size_t dots = 3;
@@ -112,6 +91,27 @@ void PrintRow(std::ostream &out, const std::vector<std::string> &cells, const st
 }
 
 } // namespace
+
+std::string Printable(const std::string &text)
+{
+    std::string escaped;
+    escaped.reserve(text.size());
+    for (char character : text) {
+        auto byte = static_cast<unsigned char>(character);
+        if (character == '\n') {
+            escaped += "\\n";
+        } else if (character == '\t') {
+            escaped += "\\t";
+        } else if (byte < 0x20 || byte == 0x7F) {
+            std::array<char, 8> buffer{};
+            std::snprintf(buffer.data(), buffer.size(), "\\x%02x", byte);
+            escaped += buffer.data();
+        } else {
+            escaped.push_back(character);
+        }
+    }
+    return escaped;
+}
 
 size_t DisplayWidth(const std::string &text)
 {
@@ -149,7 +149,7 @@ void Table::Print(std::ostream &out, size_t maxCellWidth) const
     std::vector<std::vector<std::string>> shown = rows_;
     for (auto &row : shown) {
         for (size_t i = 0; i < row.size(); ++i) {
-            row[i] = Cut(Escape(row[i]), maxCellWidth);
+            row[i] = Cut(Printable(row[i]), maxCellWidth);
             widths[i] = std::max(widths[i], DisplayWidth(row[i]));
         }
     }

@@ -38,6 +38,9 @@ private:
     std::vector<std::vector<std::string>> rows_;
 };
 
+// The text with control characters as escapes.
+std::string Printable(const std::string &text);
+
 // How many columns of a terminal UTF-8 text takes: none for combining marks, two for East Asian wide characters and
 // emoji, one for each byte that is not valid UTF-8.
 size_t DisplayWidth(const std::string &text);
