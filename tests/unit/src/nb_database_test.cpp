@@ -87,11 +87,9 @@ TEST_F(DatabaseTimeoutTest, WritesAndFetchesOfManyHaveMoreTime)
         {"deleteRecords 180",
             [this]() { database_->DeleteRecords(nullptr, {NBRecord()}, NB_SAVE_OVERWRITE, nullptr); }},
         {"copyRecords 180", [this]() { database_->CopyRecords(nullptr, {}, nullptr); }},
-        {"fetchRecordWithIds 180", [this]() { database_->FetchRecordWithIds(nullptr, {NBRecord()}, {}, nullptr); }},
         {"fetchRecordWithId 60", [this]() { database_->FetchRecordWithId(nullptr, NBRecord(), {}, nullptr); }},
         {"fetchRecordsWithQuery 60", [this]() { database_->FetchRecords(nullptr, "", {}, 1, "", nullptr); }},
-        {"fetchDatabaseChanges 60", [this]() { database_->FetchDatabaseChanges(nullptr, "", {}, 1, "", nullptr); }},
-        {"setPreShared 60", [this]() { database_->SetPreShared(nullptr, "", "", nullptr); }}};
+        {"fetchDatabaseChanges 60", [this]() { database_->FetchDatabaseChanges(nullptr, "", {}, 1, "", nullptr); }}};
     for (const auto &[name, call] : calls) {
         const std::string function = name.substr(0, name.find(' '));
         std::promise<void> gate;
