@@ -1,10 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <functional>
 #include <map>
-#include <set>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -174,7 +176,10 @@ bool Holds(Judge &&judge, std::string &said)
 
 TEST(DemoScenes, HoldOnlyWhereNothingIsWrong)
 {
-    std::vector<void (*)(DemoStage &)> scenes = {PlayForgeryScene, PlayExpiryScene, PlayConflictScene, PlayLockScene};
+    const DemoForger forger;
+    const std::vector<std::function<void(DemoStage &)>> scenes = {
+        [&forger](DemoStage &stage) { PlayForgeryScene(stage, forger); }, PlayExpiryScene, PlayConflictScene,
+        PlayLockScene};
     // For each wrong the scene that must notice.
     const std::map<std::string, size_t> wrongs = {{"believes forgeries", 0}, {"reads again", 0},
         {"reads all the same", 0}, {"sends without a subscription", 1}, {"forgets the unannounced", 1},

@@ -16,6 +16,7 @@
 #include "common_options.h"
 #include "demo_data.h"
 #include "demo_device.h"
+#include "demo_forger.h"
 #include "demo_process.h"
 #include "demo_report.h"
 #include "demo_scenes.h"
@@ -109,7 +110,7 @@ private:
             }
         };
         PlayBulkScene(stage);
-        PlayForgeryScene(stage);
+        PlayForgeryScene(stage, DemoForger());
         PlayExpiryScene(stage);
         PlayConflictScene(stage);
         PlayLockScene(stage);

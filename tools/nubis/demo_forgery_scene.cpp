@@ -41,7 +41,7 @@ void PlayOldOne(DemoStage &stage)
 
 } // namespace
 
-void PlayForgeryScene(DemoStage &stage)
+void PlayForgeryScene(DemoStage &stage, const DemoForger &forger)
 {
     stage.report.Step("Somebody else writes to B's event: forged notifications, and an old one");
     Json::Value real;
@@ -52,7 +52,7 @@ void PlayForgeryScene(DemoStage &stage)
         return;
     }
     PlayForgery(stage, "a real one with one member changed", WithAnnounced(real, "Country"));
-    PlayForgery(stage, "the same, signed with another key", DemoForger().Sign(WithAnnounced(real, "Country")));
+    PlayForgery(stage, "the same, signed with another key", forger.Sign(WithAnnounced(real, "Country")));
     Json::Value bare = real;
     bare.removeMember("signV2");
     PlayForgery(stage, "a real one without its signature", bare);

@@ -14,6 +14,8 @@
 
 namespace NubisTool {
 
+class DemoForger;
+
 // Obeys orders; see demo_device.h.
 class DemoDevice {
 public:
@@ -49,7 +51,7 @@ struct DemoStage {
 // B listens and subscribes; A saves the data, then changes, deletes and adds; B is woken by each notification.
 void PlayBulkScene(DemoStage &stage);
 // Forged notifications and an old one reach B.
-void PlayForgeryScene(DemoStage &stage);
+void PlayForgeryScene(DemoStage &stage, const DemoForger &forger);
 // B's subscription runs out.
 void PlayExpiryScene(DemoStage &stage);
 // Both change the same record at once.
