@@ -127,35 +127,6 @@ TEST_F(AccountTest, SettingsOfAnotherFormBreakNothing)
     }
 }
 
-TEST_F(AccountTest, ServiceKeysAreMadeOnceAndCarryTheirDigest)
-{
-    Json::Value keys = Ask("getServiceKey")["keys"];
-    ASSERT_EQ(keys.size(), 2u);
-    const size_t lengths[] = {17, 33};
-    for (int i : {0, 1}) {
-        std::string bytes = FromHex(keys[i]["key"].asString());
-        EXPECT_THAT(bytes, SizeIs(lengths[i]));
-        EXPECT_EQ(keys[i]["keyType"], i == 0 ? 1 : 3);
-        EXPECT_THAT(keys[i]["userKeyGuid"].asString(), SizeIs(32));
-        EXPECT_THAT(keys[i]["userKeySHA256"].asString(), SizeIs(88));
-        EXPECT_EQ(keys[i]["userKeySHA256"], Base64Encode(HexEncode(Sha256(bytes))));
-    }
-    EXPECT_NE(keys[0]["userKeyGuid"], keys[1]["userKeyGuid"]);
-    Restart();
-    EXPECT_EQ(Ask("getServiceKey")["keys"], keys);
-}
-
-TEST_F(AccountTest, CommonKeysAreKeptForEachPairOfTypes)
-{
-    Json::Value key = Ask("getCommonKey", J("{'dataType': 1, 'keyType': -2}"))["key"];
-    EXPECT_THAT(key.asString(), MatchesRegex("[0-9a-f]{64}"));
-    EXPECT_NE(Ask("getCommonKey", J("{'dataType': -2, 'keyType': 1}"))["key"], key);
-    Restart();
-    EXPECT_EQ(Ask("getCommonKey", J("{'dataType': 1, 'keyType': -2}"))["key"], key);
-    EXPECT_THAT(
-        Ask("getCommonKey", J("{'dataType': 1}")), FailsWith(ErrorCode::INVALID_ARGUMENT, "keyType", "keyType"));
-}
-
 TEST_F(AccountTest, AnAccessTokenIsRenewedWhenItHasRunOut)
 {
     constexpr int64_t hourMs = 3600 * 1000;

@@ -2,9 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <filesystem>
-#include <mutex>
 
-#include "hilog/log.h"
+#include "log_capture.h"
 #include "service_fixture.h"
 
 namespace DriveService {
@@ -88,16 +87,9 @@ TEST_F(CatalogueWatchTest, SharedContainersAreRaisedOnTheirOwn)
     EXPECT_THAT(Ask("getStartCursor", J("{'containerName': 'team'}")), Succeeds());
 }
 
-// What was logged at error level; the callback of the log has no argument for it.
-std::mutex g_logMutex;
-std::string g_errors;
-
 TEST_F(CatalogueWatchTest, ABrokenFileLeavesTheLastGoodStateInForce)
 {
-    LOG_SetCallback([](LogType, LogLevel level, unsigned int, const char *, const char *text) {
-        std::lock_guard<std::mutex> lock(g_logMutex);
-        g_errors += level == LOG_ERROR ? std::string(text) + "\n" : "";
-    });
+    NubisTest::LogCapture log;
     EXPECT_EQ(Versions(), Pair(3, 5));
     WriteCatalogueFile("com.example.people.json", "{\"bundleName\": \"com.exa");
     EXPECT_EQ(Versions(), Pair(3, 5));
@@ -106,13 +98,11 @@ TEST_F(CatalogueWatchTest, ABrokenFileLeavesTheLastGoodStateInForce)
     other["bundleName"] = "com.example.other";
     WriteCatalogueFile("com.example.people.json", other.toStyledString());
     EXPECT_EQ(Versions(), Pair(3, 5));
-    LOG_SetCallback(nullptr);
-    std::lock_guard<std::mutex> lock(g_logMutex);
-    EXPECT_THAT(g_errors, testing::HasSubstr("com.example.people.json: expected JSON: "));
-    EXPECT_EQ(g_errors.find("expected JSON"), g_errors.rfind("expected JSON")) << "logged once, not at every request";
-    EXPECT_THAT(
-        g_errors, testing::HasSubstr(
-                      "bundleName: expected the file's name \"com.example.people\", found text \"com.example.other\""));
+    // Each is logged once, not at every request.
+    EXPECT_THAT(log.TakeErrors(),
+        testing::ElementsAre(testing::HasSubstr("com.example.people.json: expected JSON: "),
+            testing::HasSubstr(
+                "bundleName: expected the file's name \"com.example.people\", found text \"com.example.other\"")));
 }
 
 // A store whose first write session cannot begin.
@@ -177,16 +167,15 @@ TEST_F(CatalogueWatchTest, SwitchesBriefsAndParametersComeFromTheEntry)
         'schemaGroupVersion': 3, 'enableCloud': 0, 'switchStatus': 1, 'verifyRemainSpace': 1})"));
     EXPECT_EQ(first["hasMore"], true);
     EXPECT_EQ(first["maxBodySize"], 1572864);
-    Json::Value next = J("{}");
-    next["index"] = first["nextIndex"];
-    Json::Value second = Ask("getCloudAppBriefInfo", next);
+    Json::Value second = Ask("getCloudAppBriefInfo", Members({{"index", first["nextIndex"]}}));
     EXPECT_EQ(second["appBriefInfos"].size(), 1u);
     EXPECT_EQ(second["hasMore"], false);
-    EXPECT_THAT(Ask("getCloudAppBriefInfo"), FailsWith(ErrorCode::INVALID_ARGUMENT, "came nothing", "index"));
-    EXPECT_THAT(Ask("GetCloudAppInfo", J("{'bundleName': 'x'}")),
-        FailsWith(ErrorCode::INVALID_ARGUMENT, "expected an array, came text \"x\"", "bundleName"));
-    EXPECT_THAT(Ask("GetCloudAppInfo", J("{'bundleName': [1]}")),
-        FailsWith(ErrorCode::INVALID_ARGUMENT, "expected an array of texts, came integer 1", "bundleName"));
+    constexpr ErrorCode code = ErrorCode::INVALID_ARGUMENT;
+    ExpectRefused({
+        {"getCloudAppBriefInfo", "{}", code, "came nothing", "index"},
+        {"GetCloudAppInfo", "{'bundleName': 'x'}", code, "expected an array, came text \"x\"", "bundleName"},
+        {"GetCloudAppInfo", "{'bundleName': [1]}", code, "expected an array of texts, came integer 1", "bundleName"},
+    });
 }
 
 } // namespace

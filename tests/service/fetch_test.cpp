@@ -101,11 +101,16 @@ TEST_F(FetchTest, RecordsAreFetchedByTheirIds)
     EXPECT_THAT(reply["records"][2], FailsWith(ErrorCode::RECORD_DELETED, "was deleted (version 2)", "recordId"));
     EXPECT_THAT(reply["records"][3], FailsWith(ErrorCode::RECORD_TYPE_MISMATCH, "is of type \"group\"", "recordType"));
     EXPECT_THAT(reply["records"][4], FailsWith(ErrorCode::INVALID_RECORD, "record to fetch is an object", "recordId"));
+    Json::Value mixed = Ask("batchDownloadRecords", J(R"({'fields': 'title,name', 'records': [
+        {'recordId': 'a', 'recordType': 'person'}, {'recordId': 'g', 'recordType': 'group'}, {'recordId': 'a'}]})"))
+        ["records"];
+    EXPECT_EQ(mixed[0]["record"], J("{'name': 'Ann'}"));
+    EXPECT_EQ(mixed[1]["recordType"], "group");
+    EXPECT_THAT(mixed[2], FailsWith(ErrorCode::UNKNOWN_RECORD_TYPE, "no record type \"\"", "recordType"));
     EXPECT_THAT(Fetch("none"), FailsWith(ErrorCode::RECORD_NOT_FOUND, "\"none\" does not exist", "recordId"));
     EXPECT_THAT(
         Fetch("a", "nobody"), FailsWith(ErrorCode::UNKNOWN_RECORD_TYPE, "has no record type \"nobody\"", "recordType"));
-    Json::Value many = J("{'recordType': 'person', 'records': []}");
-    many["records"].resize(1001);
+    Json::Value many = Members({{"recordType", "person"}, {"records", List(std::vector<Json::Value>(1001))}});
     EXPECT_THAT(Ask("fetchRecordWithIds", many), FailsWith(ErrorCode::BATCH_TOO_LARGE, "at most 1000", "records"));
 }
 
@@ -126,23 +131,20 @@ TEST_F(FetchTest, ADamagedRecordIsTheServicesFailure)
 
 TEST_F(FetchTest, PagesStayWithinTheirBounds)
 {
-    Json::Value records(Json::arrayValue);
+    std::vector<Json::Value> records;
     for (int i = 0; i < 1002; ++i) {
-        records.append(NewPerson("p" + std::to_string(1000 + i), "{'name': 'N'}"));
+        records.push_back(NewPerson("p" + std::to_string(1000 + i)));
     }
-    Save(records);
+    Save(List(records));
     Json::Value members = J("{'recordType': 'person', 'pageSize': 0}");
     for (int pageSize : {0, -1, 5000}) {
         members["pageSize"] = pageSize;
         EXPECT_EQ(Ask("fetchRecordsWithQuery", members)["records"].size(), 1000u);
         EXPECT_EQ(Ask("fetchDatabaseChanges", members)["changes"].size(), 1000u);
     }
-    Json::Value large(Json::arrayValue);
     for (const char *id : {"x1", "x2", "x3"}) {
-        large.append(NewPerson(id));
-        large[large.size() - 1]["name"] = std::string(3 * 1024 * 1024, 'L');
+        SaveOne(NewPerson(id, "{'name': '" + std::string(3 * 1024 * 1024, 'L') + "'}"));
     }
-    Save(large);
     members = J("{'recordType': 'person', 'queryParam': 'name~L'}");
     Json::Value page = Ask("fetchRecordsWithQuery", members);
     EXPECT_EQ(page["records"].size(), 2u) << "a third record would make the page larger than 8 MiB";
@@ -150,10 +152,8 @@ TEST_F(FetchTest, PagesStayWithinTheirBounds)
     page = Ask("fetchRecordsWithQuery", members);
     EXPECT_EQ(page["records"].size(), 1u);
     EXPECT_EQ(page["nextCursor"], "");
-    Json::Value wanted = J("{'recordType': 'person', 'records': []}");
-    for (int i = 0; i < 11; ++i) {
-        wanted["records"].append(J("{'recordId': 'x1'}"));
-    }
+    Json::Value eleven = List(std::vector<Json::Value>(11, J("{'recordId': 'x1'}")));
+    Json::Value wanted = Members({{"recordType", "person"}, {"records", eleven}});
     EXPECT_THAT(Ask("fetchRecordWithIds", wanted)["records"][10],
         FailsWith(ErrorCode::REPLY_TOO_LARGE, "\"x1\" does not fit into this reply", "records"));
 }

@@ -250,9 +250,8 @@ TEST_F(SaveTest, NoRequestMakesAReplyManyTimesItsSize)
 TEST_F(SaveTest, AFullDiskLeavesEverythingAsItWas)
 {
     SaveOne(NewPerson("p1"));
-    Json::Value members = J("{'savePolicy': 0}");
-    members["records"].append(NewPerson("p2"));
-    members["records"][0]["name"] = std::string(6 * 1024 * 1024, 'x');
+    Json::Value large = NewPerson("p2", "{'name': '" + std::string(6 * 1024 * 1024, 'x') + "'}");
+    Json::Value members = Members({{"savePolicy", 0}, {"records", List({large})}});
     Json::Value cursor = Ask("getStartCursor");
     struct rlimit before {};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
@@ -340,8 +339,7 @@ TEST_F(SaveTest, AVeryLargeSaveIsAcknowledgedWithoutAllOfItsData)
 {
     Json::Value records(Json::arrayValue);
     for (const char *id : {"p1", "p2", "p3", "p4", "p5"}) {
-        records.append(NewPerson(id));
-        records[records.size() - 1]["name"] = std::string(7 * 1024 * 1024, 'x');
+        records.append(NewPerson(id, "{'name': '" + std::string(7 * 1024 * 1024, 'x') + "'}"));
     }
     Json::Value results = Save(records);
     EXPECT_TRUE(results[3].isMember("record"));
