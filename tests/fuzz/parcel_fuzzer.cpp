@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include "ability_connect_callback_stub.h"
 #include "application_info.h"
 #include "bundle_mgr_service.h"
 #include "fuzz_target.h"
@@ -70,6 +71,37 @@ void ReadApplicationInfo(const std::string &bytes)
     FUZZ_CHECK(again.moduleInfos.size() == info.moduleInfos.size() && again.metaData.size() == info.metaData.size());
 }
 
+// Hears of a lost connection only with the name of whom it was to; no object can be among these values.
+class Connection : public OHOS::AAFwk::AbilityConnectionStub {
+public:
+    void OnAbilityConnectDone(
+        const OHOS::AppExecFwk::ElementName &, const OHOS::sptr<OHOS::IRemoteObject> &, int) override
+    {
+        FUZZ_CHECK(false);
+    }
+    void OnAbilityDisconnectDone(const OHOS::AppExecFwk::ElementName &, int) override
+    {
+        ++disconnects;
+    }
+
+    int disconnects = 0;
+};
+
+void TellConnection(const std::string &bytes)
+{
+    const OHOS::sptr<Connection> connection = new Connection;
+    int told = 0;
+    for (uint32_t code = 0; code < 4; ++code) {
+        OHOS::MessageParcel data;
+        OHOS::MessageParcel reply;
+        OHOS::MessageOption option;
+        data.WriteInterfaceToken(Connection::GetDescriptor());
+        data.WriteUnpadBuffer(bytes.data(), bytes.size());
+        told += connection->OnRemoteRequest(code, data, reply, option) == 0 ? 1 : 0;
+    }
+    FUZZ_CHECK(told == connection->disconnects && told <= 1);
+}
+
 void AskBundleManager(const std::string &bytes)
 {
     static const auto *service =
@@ -92,6 +124,7 @@ void Fuzz::TestOne(const std::string &input)
     const auto kinds = static_cast<size_t>(static_cast<uint8_t>(Selector(input)));
     ReadValues(body.substr(0, kinds), body.size() > kinds ? body.substr(kinds) : "");
     ReadApplicationInfo(body);
+    TellConnection(body);
     AskBundleManager(body);
     // What is no UTF-8 has no form in 16 bits; every other text has one, which leads back to it.
     const std::u16string wide = OHOS::Str8ToStr16(body);
