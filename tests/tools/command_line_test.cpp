@@ -39,7 +39,8 @@ std::vector<std::vector<std::string>> AllCommands()
         {"service", "exec"}, {"catalogue"}, {"catalogue", "check"}, {"catalogue", "apply"}, {"catalogue", "list"},
         {"catalogue", "show"}, {"user", "info"}, {"config", "list"}, {"config", "get"}, {"config", "set"},
         {"config", "unset"}, {"config", "reset"}, {"lock", "take"}, {"lock", "release"}, {"lock", "show"},
-        {"lock", "exec"}, {"lock", "take"}, {"lock", "release"}, {"lock", "show"}, {"lock", "exec"}, {"record"},
+        {"lock", "exec"}, {"subscription"}, {"subscription", "add"}, {"subscription", "list"},
+        {"subscription", "remove"}, {"subscription", "notify"}, {"watch"}, {"notify", "verify"}, {"record"},
         {"record", "import"}, {"record", "save"}, {"record", "get"}, {"record", "delete"}, {"record", "query"},
         {"changes"}, {"crid", "encode"}, {"crid", "decode"}};
 }
@@ -68,8 +69,9 @@ TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
         {"user", "info", "--demon", "unknown"}, {"changes", "--bundle", "b", "--interval", "x"},
         {"crid", "encode", "--version-number", "2", "--upid", "1", "x"}, {"crid", "encode", "--upid", "1", "x"},
         {"record", "delete", "--bundle", "b", "--type", "T", "--if-version", "1", "x", "y"}, {"service", "exec"},
-        {"service", "exec", "--"}, {"lock", "exec", "--bundle", "b"},
-        {"lock", "take", "--bundle", "b", "--session", "s", "--wait", "1"}, {"lock", "exec", "--bundle", "b"},
+        {"service", "exec", "--"}, {"lock", "exec", "--bundle", "b"}, {"watch", "--fetch"},
+        {"watch", "--once", "--count", "2"}, {"subscription", "add"},
+        {"lock", "take", "--bundle", "b", "--session", "s", "--wait", "1"},
         {"lock", "take", "--bundle", "b", "--session", "s", "--wait", "1"},
         {"crid", "encode", "-n", "0", "--upid", "-1", "5"},
         {"crid", "encode", "-n", "0", "--upid", "18446744073709551616", "5"}, {"catalogue", "list", "surplus"}};
