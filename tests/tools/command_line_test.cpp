@@ -42,7 +42,9 @@ std::vector<std::vector<std::string>> AllCommands()
         {"lock", "exec"}, {"subscription"}, {"subscription", "add"}, {"subscription", "list"},
         {"subscription", "remove"}, {"subscription", "notify"}, {"watch"}, {"notify", "verify"}, {"record"},
         {"record", "import"}, {"record", "save"}, {"record", "get"}, {"record", "delete"}, {"record", "query"},
-        {"changes"}, {"crid", "encode"}, {"crid", "decode"}};
+        {"record", "modify"}, {"record", "copy"}, {"share"}, {"key"}, {"key", "common"}, {"key", "service"},
+        {"key", "user"}, {"token"}, {"report"}, {"report", "send"}, {"report", "list"}, {"changes"}, {"crid", "encode"},
+        {"crid", "decode"}};
 }
 
 TEST(CommandLine, EveryCommandHasHelpWithAnExample)
@@ -72,9 +74,12 @@ TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
         {"service", "exec", "--"}, {"lock", "exec", "--bundle", "b"}, {"watch", "--fetch"},
         {"watch", "--once", "--count", "2"}, {"subscription", "add"},
         {"lock", "take", "--bundle", "b", "--session", "s", "--wait", "1"},
-        {"lock", "take", "--bundle", "b", "--session", "s", "--wait", "1"},
         {"crid", "encode", "-n", "0", "--upid", "-1", "5"},
-        {"crid", "encode", "-n", "0", "--upid", "18446744073709551616", "5"}, {"catalogue", "list", "surplus"}};
+        {"crid", "encode", "-n", "0", "--upid", "18446744073709551616", "5"}, {"catalogue", "list", "surplus"},
+        {"record", "copy", "--bundle", "b", "--type", "T", "x", "--to-id", "y", "--to-id", "z"},
+        {"record", "delete", "--bundle", "b", "--type", "T", "x", "x"}, {"share", "--bundle", "b", "--type", "T", ""},
+        {"key", "user", "--bundle", "b", "--scope", "shared"}, {"key", "common", "--bundle", "b", "--data-type", "1"},
+        {"report", "send", "--bundle", "b", "end", "x"}, {"report", "send", "--bundle", "b", "end", "errorCode=1"}};
     for (const std::vector<std::string> &arguments : wrong) {
         Outcome outcome = RunNubis(arguments);
         EXPECT_EQ(outcome.status, EXIT_USAGE) << testing::PrintToString(arguments) << outcome.err;
@@ -84,7 +89,7 @@ TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
     const std::vector<std::pair<std::vector<std::string>, std::string>> explained = {
         {{"record", "import", "--bundle"}, "nubis record import --help"},
         {{"nonsense"}, "\"nonsense\" is no command; expected: demo, service, "},
-        {{"record"}, "expected a command: import, save, get, delete, query"},
+        {{"record"}, "expected a command: import, save, get, delete, modify, copy, query"},
         {{"--user", "5", "user", "info"}, "not expected: --user 5 (options stand behind the command that has them)"},
         {{"user", "info", "--user", "x"}, "--user: expected a whole number from 0 to 2147483647, found \"x\""},
         {{"user", "info", "--demon", "x"}, "--demon: expected one of asset, data, file, found \"x\""}};

@@ -23,9 +23,6 @@ size_t VisitKeptEvents(int user, const std::function<void(Json::Value &&event)> 
         return 0;
     }
     std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        throw CommandError(path + " cannot be read", "check that the file is yours");
-    }
     size_t unreadable = 0;
     for (std::string line; std::getline(file, line);) {
         Json::Value event;
@@ -35,6 +32,10 @@ size_t VisitKeptEvents(int user, const std::function<void(Json::Value &&event)> 
         } else {
             ++unreadable;
         }
+    }
+    // Opening a folder succeeds and only reading it fails.
+    if (!file.is_open() || file.bad()) {
+        throw CommandError(path + " cannot be read", "check that it is a file of yours");
     }
     return unreadable;
 }

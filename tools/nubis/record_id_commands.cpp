@@ -41,7 +41,6 @@ void Judge(const std::string &id, const SaveOutcome &requestOutcome, IdOutcome &
 // Performs the operation on all of the ids, as many at a time as a request may carry.
 IdOutcome PerformById(Session &session, const RecordOptions &options, const IdOperation &operation)
 {
-    RequireIds(options.ids);
     IdOutcome outcome;
     size_t most = std::max<size_t>(session.ContainerInfo().maxBatchNumber, 1);
     for (size_t start = 0; start < options.ids.size(); start += most) {
@@ -62,6 +61,7 @@ IdOutcome PerformById(Session &session, const RecordOptions &options, const IdOp
 
 int Get(const RecordOptions &options, const Console &console)
 {
+    RequireIds(options.ids);
     Session session(options.common);
     const Nubis::NBSchemaNode &schemaNode = session.RecordType(options.type);
     auto database = session.Database();
@@ -76,6 +76,7 @@ int Get(const RecordOptions &options, const Console &console)
 
 int Delete(const RecordOptions &options, const Console &console)
 {
+    RequireIds(options.ids);
     if (options.ifVersion != 0 && options.ids.size() != 1) {
         throw UsageError("--if-version is for one record", "delete the records one by one, or leave it out");
     }
