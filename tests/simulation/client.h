@@ -54,6 +54,11 @@ public:
     void Carry(const Order &order, bool isGarbled);
     // Somebody told that the database has changed.
     void OnNews();
+    // Whether that was not followed yet, or could not be.
+    bool HasNews() const
+    {
+        return hasNews_;
+    }
     // Takes over the changes, page by page, unless it is told of them and was told of none. With garbled replies it only
     // asks.
     void Follow(bool isGarbled);

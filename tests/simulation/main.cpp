@@ -85,9 +85,6 @@ int RunSeed(uint64_t seed, const std::string &pushKey, int traceFd)
     }
     if (problems.empty()) {
         delete simulation;
-    } else if (std::getenv("NUBIS_SIMULATION_WAIT") != nullptr) {
-        std::cout << problems << "waiting " << getpid() << std::endl;
-        pause();
     }
     const std::string text = trace.str();
     const bool isWritten = write(traceFd, text.data(), text.size()) == static_cast<ssize_t>(text.size());

@@ -55,6 +55,7 @@ private:
     // What the service has, asked without the library.
     RecordModel::Contents ContentsOf(size_t client);
     void CheckRecords();
+    void CheckReplicas();
     void CheckIdleness();
 
     const Plan &plan_;
