@@ -82,6 +82,7 @@ int Add(const SubscriptionOptions &options, const Console &console)
         containers.push_back(session.ContainerInfo().containerName);
     }
     std::vector<NBContainerSubscription> wanted;
+    wanted.reserve(containers.size());
     for (const std::string &container : containers) {
         wanted.push_back({options.common.bundle, container, "", ExpirationIn(options.seconds)});
     }
