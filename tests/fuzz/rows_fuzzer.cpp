@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
 #include <sstream>
 
 #include "command_error.h"
@@ -27,11 +26,10 @@ std::string CsvLine(const std::vector<std::string> &heading, const Json::Value &
 {
     std::string line;
     for (const std::string &column : heading) {
-        line += (line.empty() && column == heading.front() ? "" : ",");
+        line += column == heading.front() ? "" : ",";
         line += values[column].isNull() ? "" : Quoted(values[column].asString());
     }
-    // An empty line would be passed over.
-    return (line.empty() ? "," : line) + "\n";
+    return line + "\n";
 }
 
 std::string Write(const std::vector<Row> &rows, RowFormat format)
@@ -47,12 +45,6 @@ std::string Write(const std::vector<Row> &rows, RowFormat format)
     return text;
 }
 
-bool HasEmptyLine(const std::vector<Row> &rows)
-{
-    return std::any_of(rows.begin(), rows.end(),
-        [](const Row &row) { return row.values.size() == 1 && row.values.begin()->isNull(); });
-}
-
 // Rows that are read are the same when they are written and read again.
 void CheckRows(const std::vector<Row> &rows, RowFormat format)
 {
@@ -61,7 +53,7 @@ void CheckRows(const std::vector<Row> &rows, RowFormat format)
         FUZZ_CHECK(row.values.isObject() && row.line >= line);
         line = row.line;
     }
-    if (rows.empty() || HasEmptyLine(rows)) {
+    if (rows.empty()) {
         return;
     }
     std::istringstream written(Write(rows, format));
