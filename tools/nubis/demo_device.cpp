@@ -113,7 +113,7 @@ private:
         for (const auto &type : session_.ContainerInfo().schema.recordTypes) {
             recordTypes.push_back(type.first);
         }
-        subscription_ = std::make_unique<DemoSubscription>(container);
+        subscription_ = std::make_unique<DemoSubscription>(session_);
         Json::Value subscription = subscribes ? subscription_->Save(std::chrono::milliseconds(0)) : Json::Value();
         follower_ = std::make_unique<DemoFollower>(container, std::move(recordTypes), records_);
         Json::Value answer =

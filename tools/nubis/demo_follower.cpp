@@ -9,7 +9,7 @@
 #include "command_error.h"
 #include "database_calls.h"
 #include "error_text.h"
-#include "row_reader.h"
+#include "notification.h"
 
 namespace NubisTool {
 namespace {
@@ -39,13 +39,6 @@ void Count(Json::Value &number, size_t more)
 std::string PlaceText(Nubis::NBDatabaseScope scope, const std::string &recordType)
 {
     return (scope == Nubis::NB_DATABASE_SHARED ? "shared/" : "private/") + recordType;
-}
-
-std::string RefusalText(const Nubis::NBError &error)
-{
-    bool isIncomplete = error.GetLocalErrorCode() == Nubis::NB_LOCAL_BAD_NOTIFICATION;
-    return std::string(isIncomplete ? "it has no signature" : "its signature is not the service's") + " (local code " +
-           std::to_string(error.GetLocalErrorCode()) + ")";
 }
 
 } // namespace
@@ -108,15 +101,12 @@ void DemoFollower::Serve(const std::string &text)
 {
     try {
         std::lock_guard<std::mutex> serving(servingMutex_);
-        Json::Value notification;
-        std::string malformed;
-        ParseJsonText(text, notification, malformed);
-        if (Nubis::NBError error = kit_->VerifyNotificationFromJson(notification); error.HasError()) {
-            Note("refused", RefusalText(error));
+        Notification notification = ReadNotification(*kit_, text);
+        if (!notification.IsVerified()) {
+            Note("refused", notification.refusal);
             return;
         }
-        Nubis::NBRecordChangeEvent event;
-        kit_->ResolveNotificationEvent(text, event);
+        const Nubis::NBRecordChangeEvent &event = notification.event;
         if (event.accountId != accountId_ || event.bundleName != container_->GetBundleName() ||
             event.containerName != container_->GetContainerName()) {
             return;

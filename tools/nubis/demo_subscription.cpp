@@ -3,69 +3,36 @@
 
 #include "demo_subscription.h"
 
-#include <future>
-#include <utility>
-
-#include "database_calls.h"
+#include "demo_data.h"
 #include "error_text.h"
-#include "nb_context.h"
+#include "subscription_calls.h"
 
 namespace NubisTool {
-namespace {
 
-using Nubis::NBContext;
-
-struct SubscriptionOutcome {
-    Nubis::NBSubscriptionResult result;
-    Nubis::NBError error;
-};
-
-struct ErrorOutcome {
-    Nubis::NBError error;
-};
-
-Nubis::NBErrorCallback KeepError(const std::shared_ptr<std::promise<ErrorOutcome>> &promise)
+DemoSubscription::DemoSubscription(Session &session) : session_(session)
 {
-    return [promise](const std::shared_ptr<NBContext> &, const Nubis::NBError &error) { promise->set_value({error}); };
+    subscription_.bundleName = DEMO_BUNDLE;
+    subscription_.containerName = session_.ContainerInfo().containerName;
 }
-
-} // namespace
-
-DemoSubscription::DemoSubscription(std::shared_ptr<Nubis::NBContainer> container) : container_(std::move(container))
-{}
 
 Json::Value DemoSubscription::Save(std::chrono::milliseconds time)
 {
     using std::chrono::system_clock;
-    Nubis::NBSubscription wanted;
-    if (time.count() > 0) {
-        auto end = std::chrono::duration_cast<std::chrono::milliseconds>(system_clock::now().time_since_epoch()) + time;
-        wanted.expirationTime = end.count();
-    }
-    auto promise = std::make_shared<std::promise<SubscriptionOutcome>>();
-    std::future<SubscriptionOutcome> future = promise->get_future();
-    container_->SaveSubscription(std::make_shared<NBContext>(), wanted,
-        [promise = std::move(promise)](const std::shared_ptr<NBContext> &, const std::shared_ptr<Nubis::NBContainer> &,
-            Nubis::NBSubscriptionResult &result) {
-            promise->set_value({result, result.error});
-        });
-    SubscriptionOutcome outcome = Wait(std::move(future));
-    ThrowIfError(outcome.error, "subscribing");
-    id_ = outcome.result.id;
+    auto now = std::chrono::duration_cast<std::chrono::milliseconds>(system_clock::now().time_since_epoch());
+    subscription_.expirationTime = time.count() > 0 ? (now + time).count() : 0;
+    auto result = Subscribe(session_, {subscription_}).front();
+    ThrowIfError(result.error, "subscribing");
+    subscription_.id = result.id;
     Json::Value answer(Json::objectValue);
-    answer["subscription"] = id_;
-    answer["expirationTime"] = Json::Int64(outcome.result.expirationTime);
+    answer["subscription"] = result.id;
+    answer["expirationTime"] = Json::Int64(result.expirationTime);
     return answer;
 }
 
 Json::Value DemoSubscription::SaveAnew()
 {
-    auto promise = std::make_shared<std::promise<ErrorOutcome>>();
-    std::future<ErrorOutcome> future = promise->get_future();
-    container_->DeleteSubscription(std::make_shared<NBContext>(), id_, KeepError(promise));
-    promise.reset();
     // An expired one may be gone already, which the service says by an error of its own.
-    Nubis::NBError error = Wait(std::move(future)).error;
+    Nubis::NBError error = Unsubscribe(session_, {subscription_}).front().error;
     if (IsTransportError(error)) {
         ThrowIfError(error, "unsubscribing");
     }
@@ -74,11 +41,7 @@ Json::Value DemoSubscription::SaveAnew()
 
 Nubis::NBError DemoSubscription::NotifyMe()
 {
-    auto promise = std::make_shared<std::promise<ErrorOutcome>>();
-    std::future<ErrorOutcome> future = promise->get_future();
-    container_->ChangesNotify(std::make_shared<NBContext>(), id_, KeepError(promise));
-    promise.reset();
-    return Wait(std::move(future)).error;
+    return Notify(session_, subscription_, "");
 }
 
 } // namespace NubisTool

@@ -5,18 +5,17 @@
 #define NUBIS_TOOL_DEMO_SUBSCRIPTION_H
 
 #include <chrono>
-#include <memory>
 
 #include <json/json.h>
 
-#include "nb_container.h"
+#include "session.h"
 
 namespace NubisTool {
 
 // A device's subscription to the changes of its container. One thread.
 class DemoSubscription {
 public:
-    explicit DemoSubscription(std::shared_ptr<Nubis::NBContainer> container);
+    explicit DemoSubscription(Session &session);
 
     // Asks to be told for so long; 0 for as long as the service allows. {"subscription", "expirationTime"}
     Json::Value Save(std::chrono::milliseconds time);
@@ -26,8 +25,8 @@ public:
     Nubis::NBError NotifyMe();
 
 private:
-    std::shared_ptr<Nubis::NBContainer> container_;
-    std::string id_;
+    Session &session_;
+    Nubis::NBContainerSubscription subscription_;
 };
 
 } // namespace NubisTool
