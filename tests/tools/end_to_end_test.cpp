@@ -164,6 +164,23 @@ TEST_F(EndToEndTest, CataloguesAreCheckedByTheServiceItself)
     EXPECT_THAT(out_, HasSubstr("com.example.notes  notes-1"));
     EXPECT_EQ(RunLines("nubis catalogue show unknown"), 1);
     EXPECT_THAT(Errors(), HasSubstr("no bundle unknown"));
+    EXPECT_EQ(RunLines("nubis catalogue switches com.example.notes unknown"), 1);
+    EXPECT_THAT(Errors(), HasSubstr("no bundle unknown"));
+}
+
+TEST_F(EndToEndTest, WhatTheServiceSettlesForABundleIsShown)
+{
+    Put("extra.json", R"({"bundleName": "com.example.extra", "appId": "x", "schemaGroupVersion": 1, "switchStatus": 2,
+        "configParams": {"theme": "dark"}, "defaultContainer": {"name": "c", "schema": {"version": 1, "recordTypes": []},
+        "recordIdRule": {"rootId": "top"}}})");
+    EXPECT_EQ(
+        RunLines("nubis catalogue apply extra.json >/dev/null && nubis catalogue params com.example.extra --json && "
+                 "nubis catalogue switches com.example.extra --json && "
+                 "nubis record new-ids --root --bundle com.example.extra && "
+                 "nubis record new-ids --count 3 --bundle com.example.extra | sort -u | wc -l"),
+        0)
+        << Errors();
+    EXPECT_EQ(out_, "{\n  \"theme\": \"dark\"\n}\n{\n  \"com.example.extra\": 2\n}\ntop\n3\n");
 }
 
 TEST_F(EndToEndTest, ExecGivesBackTheStatusAndLeavesNothing)

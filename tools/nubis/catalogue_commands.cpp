@@ -234,6 +234,8 @@ void AddCatalogueCommands(CLI::App &app, Chosen &chosen)
     AddServiceOptions(*show, options->common);
     show->add_option("bundle", options->bundle, "Bundle name")->required()->type_name("BUNDLE");
     SetAction(*show, chosen, [options](const Console &console) { return Show(*options, console); });
+
+    AddCatalogueAppCommands(*family, chosen);
 }
 
 } // namespace NubisTool

@@ -32,9 +32,11 @@ void SetAction(CLI::App &command, Chosen &chosen, Action action);
 // The families, one source each.
 void AddServiceCommands(CLI::App &app, Chosen &chosen);
 void AddCatalogueCommands(CLI::App &app, Chosen &chosen);
+void AddCatalogueAppCommands(CLI::App &catalogue, Chosen &chosen);
 void AddUserCommands(CLI::App &app, Chosen &chosen);
 void AddConfigCommands(CLI::App &app, Chosen &chosen);
 void AddImportCommand(CLI::App &record, Chosen &chosen);
+void AddNewIdsCommand(CLI::App &record, Chosen &chosen);
 void AddRecordByIdCommands(CLI::App &record, Chosen &chosen);
 void AddModifyCommand(CLI::App &record, Chosen &chosen);
 void AddCopyCommand(CLI::App &record, Chosen &chosen);

@@ -181,6 +181,7 @@ void AddRecordCommands(CLI::App &app, Chosen &chosen)
     AddSave(*family, chosen);
 
     AddRecordByIdCommands(*family, chosen);
+    AddNewIdsCommand(*family, chosen);
     AddModifyCommand(*family, chosen);
     AddCopyCommand(*family, chosen);
 
