@@ -14,6 +14,8 @@ namespace {
 
 constexpr int RECORDS = 5;
 constexpr int FIRST_COPY = 100;
+// Subscriptions belong to containers; of the clients that share one, the first speaks for all.
+constexpr size_t SPEAKERS[] = {0, 3, 4};
 
 // The engine's numbers are the same everywhere; the distributions of the standard library are not.
 class Random {
@@ -48,12 +50,18 @@ public:
         return usesNotifications_ && random_.OneIn(2);
     }
 
-    Round MakeRound()
+    Round MakeRound(bool isFirst)
     {
         static constexpr int rests[] = {0, 0, 1, 7, 30, 61, 70, 200};
         Round round;
-        // Containers that somebody has subscribed to, or not, in this round: who follows must know which of them it was.
+        // Who follows must know whether there is a subscription, so that in one round there is one order for it at most.
         std::set<size_t> subscribers;
+        if (isFirst && usesNotifications_) {
+            for (const size_t speaker : SPEAKERS) {
+                round.orders.push_back({speaker, Action::SUBSCRIBE, 0, {}, {}});
+                subscribers.insert(speaker);
+            }
+        }
         for (int i = random_.Below(8) + 4; i > 0; --i) {
             Order order = MakeOrder();
             const bool subscribes = order.action == Action::SUBSCRIBE || order.action == Action::UNSUBSCRIBE;
@@ -128,11 +136,9 @@ private:
         }
     }
 
-    // Subscriptions belong to containers; of the clients that share one, the first speaks for all.
     void AskForNotifications(Order &order)
     {
-        static constexpr size_t speakers[] = {0, 3, 4};
-        order.client = speakers[random_.Below(static_cast<int>(std::size(speakers)))];
+        order.client = SPEAKERS[random_.Below(static_cast<int>(std::size(SPEAKERS)))];
         if (!usesNotifications_) {
             order.action = Action::FOLLOW;
         } else if (!random_.OneIn(4)) {
@@ -186,7 +192,7 @@ Plan::Plan(uint64_t seed)
     followsNotifications[2] = false;
     constexpr size_t count = 6;
     while (rounds.size() < count) {
-        rounds.push_back(planner.MakeRound());
+        rounds.push_back(planner.MakeRound(rounds.empty()));
     }
 }
 
