@@ -80,12 +80,13 @@ public:
     void Publish(const std::string &text)
     {
         Json::Value &arrival = arrivals_["B"];
-        if (text == GENUINE || Is("believes forgeries")) {
+        const bool isInTime = isSubscribed_ || Is("believes for ever");
+        if ((text == GENUINE && isInTime) || Is("believes forgeries")) {
             arrival["actions"]["last"] = 1;
             arrival["requests"] = 1;
             arrival["records"] = Is("reads again") ? 1 : 0;
         } else {
-            arrival["refused"].append("forged");
+            arrival["refused"].append("forged or expired");
             arrival["requests"] = Is("reads all the same") ? 1 : 0;
         }
     }
@@ -182,8 +183,9 @@ TEST(DemoScenes, HoldOnlyWhereNothingIsWrong)
         PlayLockScene};
     // For each wrong the scene that must notice.
     const std::map<std::string, size_t> wrongs = {{"believes forgeries", 0}, {"reads again", 0},
-        {"reads all the same", 0}, {"sends without a subscription", 1}, {"forgets the unannounced", 1},
-        {"ignores versions", 2}, {"overwrites all", 2}, {"merges what overwrites", 2}, {"ignores locks", 3}};
+        {"reads all the same", 0}, {"sends without a subscription", 1}, {"believes for ever", 1},
+        {"forgets the unannounced", 1}, {"ignores versions", 2}, {"overwrites all", 2}, {"merges what overwrites", 2},
+        {"ignores locks", 3}};
     auto play = [&scenes](const std::string &wrong, size_t scene, std::string &said) {
         return Holds(
             [&](DemoReport &report) {

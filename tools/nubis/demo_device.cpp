@@ -92,9 +92,9 @@ private:
                 ARRIVAL_TIME);
         };
         orders_["subscribe"] = [this](const Json::Value &order) {
-            return Subscription().Save(std::chrono::milliseconds(order["milliseconds"].asInt64()));
+            return Accept(Subscription().Save(std::chrono::milliseconds(order["milliseconds"].asInt64())));
         };
-        orders_["subscribe anew"] = [this](const Json::Value &) { return Subscription().SaveAnew(); };
+        orders_["subscribe anew"] = [this](const Json::Value &) { return Accept(Subscription().SaveAnew()); };
         orders_["notify me"] = [this](const Json::Value &) {
             Nubis::NBError error = Subscription().NotifyMe();
             Json::Value answer = error.HasError() ? RefusalJson(error) : Json::Value(Json::objectValue);
@@ -120,6 +120,12 @@ private:
             follower_->Start(subscribes ? DemoFollower::Beginning::FIRST_CHANGE : DemoFollower::Beginning::NOW);
         answer["subscription"] = subscription["subscription"];
         return answer;
+    }
+
+    Json::Value Accept(Json::Value subscription)
+    {
+        Following().AcceptUntil(subscription["expirationTime"].asInt64());
+        return subscription;
     }
 
     DemoFollower &Following()

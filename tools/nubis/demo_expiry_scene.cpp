@@ -47,6 +47,8 @@ void PlayExpiryScene(DemoStage &stage)
     report.Check("the service knows the subscription no more",
         !refusal["notified"].asBool() && refusal["reason"].asString() == "UNKNOWN_SUBSCRIPTION");
 
+    PlayRefused(stage, "a real notification, played again now", stage.lastNotification);
+
     order = Order("pick");
     order["recordType"] = "Language";
     order["count"] = 2;

@@ -36,6 +36,12 @@ void Count(Json::Value &number, size_t more)
     number = Json::UInt64(number.asUInt64() + more);
 }
 
+int64_t NowMillis()
+{
+    using std::chrono::system_clock;
+    return std::chrono::duration_cast<std::chrono::milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
 std::string PlaceText(Nubis::NBDatabaseScope scope, const std::string &recordType)
 {
     return (scope == Nubis::NB_DATABASE_SHARED ? "shared/" : "private/") + recordType;
@@ -82,6 +88,11 @@ Json::Value DemoFollower::Start(Beginning beginning)
     return answer;
 }
 
+void DemoFollower::AcceptUntil(int64_t expirationTime)
+{
+    acceptedUntil_ = expirationTime;
+}
+
 void DemoFollower::FindBeginning(const Place &place)
 {
     ThrowIfError(
@@ -104,6 +115,10 @@ void DemoFollower::Serve(const std::string &text)
         Notification notification = ReadNotification(*kit_, text);
         if (!notification.IsVerified()) {
             Note("refused", notification.refusal);
+            return;
+        }
+        if (NowMillis() >= acceptedUntil_) {
+            Note("refused", "the subscription that it was signed for has expired");
             return;
         }
         const Nubis::NBRecordChangeEvent &event = notification.event;

@@ -4,8 +4,11 @@
 #ifndef NUBIS_TOOL_DEMO_FOLLOWER_H
 #define NUBIS_TOOL_DEMO_FOLLOWER_H
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -46,6 +49,10 @@ public:
     // CommandError. The answer is the event's name, and what was read.
     Json::Value Start(Beginning beginning);
 
+    // From that time on, in milliseconds since 1970, notifications are refused although they verify: a signature never runs
+    // out, so it is the subscriber who has to know when its subscription does. Without it none is refused for its time.
+    void AcceptUntil(int64_t expirationTime);
+
     // What has arrived since the last call, once everything that is expected has, or the time is over ("late"):
     //   {"actions": {action: notifications}, "announced" and "asked": ["private/Country"], "requests", "records" (read),
     //    "refused": [why], "added", "changed", "removed": [ids], "last" (the last notification that was served), "late"}
@@ -68,6 +75,7 @@ private:
     std::vector<std::string> recordTypes_;
     DemoRecords &records_;
     std::string accountId_;
+    std::atomic<int64_t> acceptedUntil_{std::numeric_limits<int64_t>::max()};
 
     std::mutex servingMutex_; // held while cursors are read and moved
     std::map<Place, std::string> cursors_;

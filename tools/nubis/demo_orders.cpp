@@ -5,6 +5,8 @@
 
 #include <utility>
 
+#include "demo_arrival.h"
+
 namespace NubisTool {
 
 Json::Value Order(const std::string &name)
@@ -38,6 +40,20 @@ Json::Value Await(DemoDevice &device, const std::string &action, size_t notifica
     order["notifications"] = Json::UInt64(notifications);
     order["refusals"] = 0U;
     return device.Do(order);
+}
+
+void PlayRefused(DemoStage &stage, const std::string &what, const std::string &text)
+{
+    stage.publish(text);
+    Json::Value order = Order("await");
+    order["action"] = "";
+    order["notifications"] = 0U;
+    order["refusals"] = 1U;
+    Json::Value arrival = stage.second.Do(order);
+    std::string reason = arrival["refused"].empty() ? "nothing" : arrival["refused"][0].asString();
+    stage.report.Text(what + ", B says", reason);
+    stage.report.Check("it was refused, and nothing was asked of the service",
+        arrival["refused"].size() == 1 && !arrival["late"].asBool() && IsUntouched(arrival));
 }
 
 void AwaitBoth(DemoStage &stage, const Json::Value &saved)

@@ -26,6 +26,9 @@ Json::Value SaveRecord(DemoStage &stage, DemoDevice &device, const Json::Value &
 // What the device has heard and read since it was last asked, once so many notifications of the action have come.
 Json::Value Await(DemoDevice &device, const std::string &action, size_t notifications);
 
+// Gives B a text that it has to refuse, and checks that it does.
+void PlayRefused(DemoStage &stage, const std::string &what, const std::string &text);
+
 // Waits until both have heard of the saved record.
 void AwaitBoth(DemoStage &stage, const Json::Value &saved);
 
