@@ -81,9 +81,9 @@ Subscription ReadWanted(ServiceContext &context, const Request &request)
 }
 
 // Members of the reply.
-Json::Value Subscribe(WriteSession &session, Subscription subscription)
+Json::Value Subscribe(WriteSession &session, Subscription subscription, int64_t now)
 {
-    session.PutSubscription(subscription);
+    session.PutSubscription(subscription, now);
     Json::Value reply = Success();
     reply["id"] = subscription.id;
     reply["expirationTime"] = Json::Int64(subscription.expirationTime);
@@ -174,7 +174,7 @@ Json::Value SaveSubscription(ServiceContext &context, const Request &request)
 {
     Subscription wanted = ReadWanted(context, request);
     std::unique_ptr<WriteSession> session = context.store.BeginWrite();
-    Json::Value reply = Subscribe(*session, wanted);
+    Json::Value reply = Subscribe(*session, wanted, context.nowMs());
     session->Commit();
     return reply;
 }
@@ -212,7 +212,10 @@ Json::Value ChangesNotify(ServiceContext &context, const Request &request)
 
 Json::Value BatchSaveSubscription(ServiceContext &context, const Request &request)
 {
-    return ForEachSubscription(context, request, ReadWanted, Subscribe);
+    return ForEachSubscription(
+        context, request, ReadWanted, [now = context.nowMs()](WriteSession &session, const Subscription &wanted) {
+            return Subscribe(session, wanted, now);
+        });
 }
 
 Json::Value BatchDeleteSubscription(ServiceContext &context, const Request &request)

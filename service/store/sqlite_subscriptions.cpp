@@ -110,20 +110,23 @@ std::vector<Notice> SqliteRead::Notices(int64_t most)
     });
 }
 
-void SqliteWrite::PutSubscription(Subscription &subscription)
+void SqliteWrite::PutSubscription(Subscription &subscription, int64_t time)
 {
     GuardStore([&] {
+        const std::string newId = subscription.id;
         SQLite::Statement &put = connection_.Prepare(
             "INSERT INTO subscription (subscription_id, bundle_name, container_name, event_name, expiration_time)"
             " VALUES (?, ?, ?, ?, ?)"
             " ON CONFLICT (bundle_name, container_name, event_name) DO UPDATE"
-            " SET expiration_time = excluded.expiration_time");
+            " SET subscription_id = CASE WHEN subscription.expiration_time <= ? THEN excluded.subscription_id"
+            " ELSE subscription.subscription_id END, expiration_time = excluded.expiration_time");
         int index = 0;
         put.bind(++index, subscription.id);
         put.bind(++index, subscription.bundleName);
         put.bind(++index, subscription.containerName);
         put.bind(++index, subscription.eventName);
         put.bind(++index, subscription.expirationTime);
+        put.bind(++index, time);
         put.exec();
         SQLite::Statement &find =
             connection_.Prepare("SELECT subscription_id FROM subscription"
@@ -135,6 +138,8 @@ void SqliteWrite::PutSubscription(Subscription &subscription)
         find.bind(++index, subscription.eventName);
         find.executeStep();
         subscription.id = find.getColumn(0).getString();
+        // It may stand in the place of an expired one, whose notices are not for it.
+        hasDroppedSubscriptions_ = hasDroppedSubscriptions_ || subscription.id == newId;
     });
 }
 

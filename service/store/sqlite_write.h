@@ -30,7 +30,7 @@ public:
     void ReplaceAssets(
         int64_t databaseId, const std::string &recordId, const std::vector<StoredAsset> &assets) override;
     void SetSetting(const std::string &name, const std::string &value) override;
-    void PutSubscription(Subscription &subscription) override;
+    void PutSubscription(Subscription &subscription, int64_t time) override;
     bool DropSubscription(const std::string &id) override;
     void DropExpiredSubscriptions(int64_t time) override;
     void AddNotice(const std::string &subscriptionId, const NoticeContent &content) override;

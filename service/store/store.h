@@ -90,9 +90,9 @@ public:
 
     virtual void SetSetting(const std::string &name, const std::string &value) = 0;
 
-    // Adds the subscription. There is one for a container and an event name: if it exists, it gets the new expiry, and
-    // its id replaces the given one.
-    virtual void PutSubscription(Subscription &subscription) = 0;
+    // Adds the subscription. There is one for a container and an event name: if it exists and expires after this time,
+    // it gets the new expiry, and its id replaces the given one. One that has expired is dropped for the new one.
+    virtual void PutSubscription(Subscription &subscription, int64_t time) = 0;
 
     // With the notices for it. False when there was none.
     virtual bool DropSubscription(const std::string &id) = 0;

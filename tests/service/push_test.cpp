@@ -162,6 +162,7 @@ TEST_F(PushTest, ExpiredAndDeletedSubscriptionsGetNothing)
     nowMs_ = 3000;
     EXPECT_THAT(AskFor("changesNotify", first["id"]), FailsWith(ErrorCode::UNKNOWN_SUBSCRIPTION, "has expired", "id"));
     SaveOne(NewPerson("p2", "{'name': 'Eve'}"));
+    EXPECT_NE(Subscribe(DATA_EVENT)["id"], first["id"]) << "a new one does not tell what the old one missed";
     EXPECT_THAT(Pushed(data_), IsEmpty());
     EXPECT_EQ(Pushed(file_).size(), 2u);
 
@@ -260,7 +261,7 @@ TEST(NotifierTest, NoticesAreSentInOrderAndDroppedOnlyAfterwards)
     {
         std::unique_ptr<WriteSession> session = store.BeginWrite();
         Subscription subscription{"s", "bundle", "container", "event", 5000};
-        session->PutSubscription(subscription);
+        session->PutSubscription(subscription, 0);
         for (size_t i = 0; i < count; ++i) {
             session->AddNotice("s", {"[]", "[]", std::to_string(i)});
         }
@@ -296,7 +297,7 @@ TEST(NotifierTest, ANoticeThatCameWhileOthersWereSentIsSentToo)
         std::unique_ptr<WriteSession> session = store.BeginWrite();
         session->DropSubscription(dropped);
         Subscription subscription{id, "bundle", "container", id, 5000};
-        session->PutSubscription(subscription);
+        session->PutSubscription(subscription, 0);
         session->AddNotice(id, {"[]", "[]", id});
         session->Commit();
     };
