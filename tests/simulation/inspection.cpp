@@ -35,6 +35,7 @@ SIMULATION_OPEN(Proxy, Nubis::NubisNative::proxy_);
 SIMULATION_OPEN(InFlight, Nubis::DriveServiceProxy::requestsInFlight_);
 SIMULATION_OPEN(UnderWay, Nubis::DriveServiceProxy::requestsUnderWay_);
 SIMULATION_OPEN(Stub, Nubis::DriveServiceProxy::callbackStub_);
+SIMULATION_OPEN(Connect, Nubis::DriveServiceProxy::ipcConnect_);
 SIMULATION_OPEN(Waiting, Nubis::DriveCallbackStub::waitingRequests_);
 SIMULATION_OPEN(TimeOut, Nubis::DriveServiceProxy::requestTimeOut_);
 SIMULATION_OPEN(Deadlines, Nubis::RequestTimeOut::requests_);
@@ -72,6 +73,11 @@ std::multiset<std::string> BusyThreads()
         }
     }
     return names;
+}
+
+bool IsConnected(Nubis::NubisNative &kit)
+{
+    return ((*(kit.*Reach(Proxy()))).*Reach(Connect()))->IsConnected();
 }
 
 std::string LeftOvers(Nubis::NubisNative &kit)

@@ -18,6 +18,7 @@ std::set<std::string> OpenFiles();
 // The threads of this process that are neither the calling one nor one that a pool keeps, by name.
 std::multiset<std::string> BusyThreads();
 
+bool IsConnected(Nubis::NubisNative &kit);
 // What the kit still keeps of its requests, in words; empty when it is nothing. Only when none is under way.
 std::string LeftOvers(Nubis::NubisNative &kit);
 

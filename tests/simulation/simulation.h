@@ -61,6 +61,7 @@ private:
     const Plan &plan_;
     std::ostream &trace_;
     const std::set<std::string> filesBefore_;
+    const size_t threadsBefore_;
     NubisTest::HostFolders folders_;
     Host::ManualClock clock_;
     const std::chrono::steady_clock::time_point begin_;
