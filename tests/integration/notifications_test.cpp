@@ -71,6 +71,20 @@ protected:
         return Outcome(*promise);
     }
 
+    std::vector<NBContainerSubscriptionResult> Batch(
+        void (NubisNative::*operation)(
+            std::shared_ptr<NBContext>, std::vector<NBContainerSubscription> &, NBBatchSubscriptionCallback),
+        std::vector<NBContainerSubscription> items)
+    {
+        auto promise = std::make_shared<std::promise<std::vector<NBContainerSubscriptionResult>>>();
+        (Kit().get()->*operation)(std::make_shared<NBContext>(), items,
+            [promise](auto, const std::vector<NBContainerSubscriptionResult> &results, const NBError &error) {
+                EXPECT_FALSE(error.HasError());
+                promise->set_value(results);
+            });
+        return Outcome(*promise);
+    }
+
     // The notifications up to one that comes of this user action.
     std::vector<NBRecordChangeEvent> AwaitEvents(const std::string &prepareTraceId)
     {
@@ -153,6 +167,25 @@ TEST_F(NotificationsTest, AChangeOfAnotherProcessIsToldAndOnlyItselfVerifies)
     EXPECT_EQ(Verify(mixed), 0);
     mixed["data"] = notification["data"];
     EXPECT_EQ(Verify(mixed), 24);
+}
+
+TEST_F(NotificationsTest, ABatchAnswersEachItemForItself)
+{
+    const int64_t expirationTime = NowMs() + 3600000;
+    const auto saved = Batch(&NubisNative::BatchSaveSubscription,
+        {{TEST_BUNDLE, TEST_CONTAINER, "", expirationTime}, {TEST_BUNDLE, "nowhere", "", expirationTime}});
+    ASSERT_EQ(saved.size(), 2U);
+    EXPECT_FALSE(saved[0].error.HasError());
+    EXPECT_EQ(saved[0].expirationTime, expirationTime);
+    EXPECT_TRUE(saved[1].error.IsServerError());
+    EXPECT_EQ(saved[1].containerName, "nowhere");
+
+    const auto deleted = Batch(&NubisNative::BatchDeleteSubscription,
+        {{TEST_BUNDLE, TEST_CONTAINER, "nobody's", 0}, {TEST_BUNDLE, TEST_CONTAINER, saved[0].id, 0}});
+    ASSERT_EQ(deleted.size(), 2U);
+    EXPECT_EQ(deleted[0].error.GetServerErrorCode(), 1013);
+    EXPECT_FALSE(deleted[1].error.HasError());
+    EXPECT_EQ(NotifyMe(saved[0].id).GetServerErrorCode(), 1013);
 }
 
 TEST_F(NotificationsTest, ASubscriptionThatHasExpiredIsOver)

@@ -135,12 +135,4 @@ TEST(ServiceAbsent, WithoutAServiceEveryCallFailsAsNotConnected)
     EXPECT_EQ(kit->GetCloudUserInfo(info, false).GetLocalErrorCode(), NB_LOCAL_NOT_CONNECTED);
     EXPECT_EQ(kit->GetDefaultContainer(TEST_BUNDLE), nullptr);
 }
-
-TEST_F(ServiceLifeTest, AProcessMayEndWithCallsInFlight)
-{
-    for (const char *way : {"return", "exit"}) {
-        std::string output;
-        EXPECT_EQ(RunCommand(std::string(NUBIS_TEST_LEAVING_CLIENT " ") + way + " 2>&1", output), 0) << way << output;
-    }
-}
 } // namespace

@@ -45,6 +45,15 @@ Nubis::NBRecordsCallback KeepResults(const Promise<SaveOutcome> &promise)
     };
 }
 
+void KeepResult(
+    const Promise<SaveOutcome> &promise, const std::string &id, Nubis::NBRecord &record, const NBError &error)
+{
+    SaveOutcome outcome;
+    outcome.error = error;
+    outcome.results->emplace(id, Nubis::NBRecordOperResult(error, std::move(record)));
+    promise->set_value(std::move(outcome));
+}
+
 } // namespace
 
 Nubis::NBError ErrorFor(const SaveOutcome &outcome, const std::string &recordId)
@@ -97,13 +106,18 @@ std::future<SaveOutcome> StartShare(NBDatabase &database, const std::string &rec
 {
     return StartCall<SaveOutcome>([&](const Promise<SaveOutcome> &promise) {
         auto keep = [promise, recordId](std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>,
-                        Nubis::NBRecord &record, const NBError &error) {
-            SaveOutcome outcome;
-            outcome.error = error;
-            outcome.results->emplace(recordId, Nubis::NBRecordOperResult(error, std::move(record)));
-            promise->set_value(std::move(outcome));
-        };
+                        Nubis::NBRecord &record,
+                        const NBError &error) { KeepResult(promise, recordId, record, error); };
         return database.SetPreShared(std::make_shared<NBContext>(), recordType, recordId, keep);
+    });
+}
+
+std::future<SaveOutcome> StartFetchById(NBDatabase &database, const Nubis::NBRecord &record)
+{
+    return StartCall<SaveOutcome>([&](const Promise<SaveOutcome> &promise) {
+        auto keep = [promise](std::shared_ptr<NBContext>, std::shared_ptr<NBDatabase>, const std::string &id,
+                        Nubis::NBRecord &found, const NBError &error) { KeepResult(promise, id, found, error); };
+        return database.FetchRecordWithId(std::make_shared<NBContext>(), record, {}, keep);
     });
 }
 

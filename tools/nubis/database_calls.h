@@ -46,6 +46,8 @@ std::future<SaveOutcome> StartCopy(Nubis::NBDatabase &database, std::vector<Nubi
 // The one result has the record's id.
 std::future<SaveOutcome> StartShare(
     Nubis::NBDatabase &database, const std::string &recordType, const std::string &recordId);
+// One record with its type and id; the result is kept under the id.
+std::future<SaveOutcome> StartFetchById(Nubis::NBDatabase &database, const Nubis::NBRecord &record);
 std::future<SaveOutcome> StartFetchByIds(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records);
 std::future<PageOutcome> StartQuery(Nubis::NBDatabase &database, const std::vector<std::string> &fields,
     Nubis::NBQuery query, int pageSize, const std::string &cursor);

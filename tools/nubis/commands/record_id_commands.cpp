@@ -65,8 +65,10 @@ int Get(const RecordOptions &options, const Console &console)
     Session session(options.common);
     const Nubis::NBSchemaNode &schemaNode = session.RecordType(options.type);
     auto database = session.Database();
-    IdOutcome outcome = PerformById(session, options,
-        [&](std::vector<Nubis::NBRecord> records) { return StartFetchByIds(*database, std::move(records)); });
+    IdOutcome outcome = PerformById(session, options, [&](std::vector<Nubis::NBRecord> records) {
+        return records.size() == 1 ? StartFetchById(*database, records.front())
+                                   : StartFetchByIds(*database, std::move(records));
+    });
     if (options.common.json || !outcome.records.empty()) {
         PrintRecords(outcome.records, schemaNode, options, console);
     }
