@@ -29,7 +29,7 @@ struct Opened {
     struct NAME {                                                                                                      \
         friend auto Reach(NAME);                                                                                       \
     };                                                                                                                 \
-    template struct Opened<NAME, &MEMBER>
+    template struct Opened<NAME, &MEMBER> // NOLINT(bugprone-macro-parentheses): a pointer to member takes none
 
 SIMULATION_OPEN(Proxy, Nubis::NubisNative::proxy_);
 SIMULATION_OPEN(InFlight, Nubis::DriveServiceProxy::requestsInFlight_);
