@@ -39,9 +39,9 @@ std::string LockModel::OnTaken(
     hold.from = now_;
     // The service counts from when it was asked, which is not earlier than this.
     hold.expiresMs = beginMs + LOCK_MS;
-    const std::string problem = other == nullptr ? ""
-                                                 : "client " + std::to_string(client) + " got the lock that client " +
-                                                       std::to_string(other->client) + " holds\n";
+    std::string problem = other == nullptr ? ""
+                                           : "client " + std::to_string(client) + " got the lock that client " +
+                                                 std::to_string(other->client) + " holds\n";
     holds_.push_back(hold);
     return problem;
 }
