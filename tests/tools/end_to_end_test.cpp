@@ -194,6 +194,23 @@ TEST_F(EndToEndTest, ExecGivesBackTheStatusAndLeavesNothing)
     EXPECT_THAT(out_, HasSubstr("the service has stopped\nthe service was not running\n{"));
 }
 
+TEST_F(EndToEndTest, ExecThatIsInterruptedWhileTheServiceStartsLeavesNoService)
+{
+    std::filesystem::create_directory("manifests");
+    // The service interrupts everyone who waits for it, as a terminal does, before it comes up.
+    Put("manifests/com.orvane.tyra.aerostash.json",
+        R"({"bundleName": "com.orvane.tyra.aerostash", "abilities": [{"name": "DriveServiceAbility", "exec": ["sh", "-c",
+            "echo $$ >$FOLDER/service; kill -INT -$(cat $FOLDER/group); exec nubis-drive-service --data ${state}/drive --user ${user} --idle-seconds 60"],
+            "metadata": [{"name": "abilityVersion", "value": "1"}]}]})");
+    EXPECT_EQ(NubisTest::RunCommand("export FOLDER=$PWD NUBIS_MANIFEST_PATH=$PWD/manifests\n"
+                                    "setsid -w sh -c 'echo $$ >group; exec nubis service exec -- echo ran' 2>errors\n"
+                                    "status=$?; kill -0 $(cat service) 2>/dev/null && exit 99; exit $status",
+                  out_),
+        130);
+    EXPECT_EQ(out_, "");
+    EXPECT_THAT(Errors(), HasSubstr("interrupted while the fresh service was being started"));
+}
+
 TEST_F(EndToEndTest, TheDemoHolds)
 {
     ASSERT_TRUE(std::filesystem::exists("/usr/share/iso-codes/json")) << "install Debian's package iso-codes";

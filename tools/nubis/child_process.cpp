@@ -80,7 +80,7 @@ std::vector<char *> Pointers(std::vector<std::string> &texts)
 
 class SpawnSettings {
 public:
-    SpawnSettings()
+    explicit SpawnSettings(bool ownGroup)
     {
         posix_spawn_file_actions_init(&actions);
         posix_spawnattr_init(&attributes);
@@ -91,7 +91,8 @@ public:
         sigaddset(&defaults, SIGTERM);
         sigaddset(&defaults, SIGPIPE);
         posix_spawnattr_setsigdefault(&attributes, &defaults);
-        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+        posix_spawnattr_setflags(
+            &attributes, static_cast<short>(POSIX_SPAWN_SETSIGDEF | (ownGroup ? POSIX_SPAWN_SETPGROUP : 0)));
     }
 
     ~SpawnSettings()
@@ -122,7 +123,7 @@ ChildProcess::ChildProcess(const ProcessSpec &spec)
     // The input is a socket rather than a pipe, so that writing to a program that has gone is an error and no signal.
     std::array<int, 2> inputPair = {-1, -1};
     std::array<int, 2> outputPair = {-1, -1};
-    SpawnSettings settings;
+    SpawnSettings settings(spec.ownGroup);
     if (spec.pipes) {
         if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, inputPair.data()) != 0 ||
             pipe2(outputPair.data(), O_CLOEXEC) != 0) {

@@ -20,6 +20,7 @@ struct ProcessSpec {
     Environment environment;            // on top of this process's own
     bool pipes = false;                 // connect its standard input and output to this object
     bool captureErrors = false;         // standard error into the same pipe as standard output
+    bool ownGroup = false;              // it is spared the signals that a terminal sends to this process's group
 };
 
 // A program started by this one. One thread. When the object goes while the program runs, the program is asked to end
@@ -45,6 +46,7 @@ public:
     void CloseInput();
 
     // Its exit status as shells report it (128 + signal for a program that a signal ended); nothing after the time.
+    // A negative time is none at all.
     std::optional<int> Wait(std::chrono::milliseconds time);
     // Waits without a limit under an InterruptGuard: SIGTERM is sent on, SIGINT left to the terminal that sends it to both.
     int WaitForwardingSignals();

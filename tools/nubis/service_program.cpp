@@ -89,6 +89,18 @@ std::vector<std::string> ManifestExecLine(int user, std::string &manifestDir)
     return {};
 }
 
+// For a service whose folders go in any case: one that does not end must not live on.
+void EndService(int user)
+{
+    try {
+        StopService(user, STOP_TIME);
+    } catch (const CommandError &) {
+        if (ServiceStatus left = FindService(user); left.running && left.pid > 0) {
+            kill(left.pid, SIGKILL);
+        }
+    }
+}
+
 } // namespace
 
 std::string FindServiceProgram(int user)
@@ -164,24 +176,23 @@ FreshService::FreshService(int user) : user_(user)
     // Sessions of another service's locks are unknown to it.
     unsetenv(LOCK_SESSION_VARIABLE);
     // A process of its own connects to it: this one would only see its connection break when the service is stopped.
-    ChildProcess start({{OwnProgram(), "service", "start", "--user", std::to_string(user)}, {}, true, false});
+    // Spared from interrupts, because a service whose start was cut off would come up later and find nobody to stop it.
+    ChildProcess start({{OwnProgram(), "service", "start", "--user", std::to_string(user)}, {}, true, false, true});
     start.ReadAll();
-    status_ = start.WaitForwardingSignals() == EXIT_DONE ? FindService(user) : ServiceStatus();
+    status_ = start.Wait(std::chrono::milliseconds(-1)) == EXIT_DONE ? FindService(user) : ServiceStatus();
+    if (Interrupted()) {
+        EndService(user);
+        throw CommandError("interrupted while the fresh service was being started", "", EXIT_INTERRUPTED);
+    }
     if (!status_.running) {
-        throw CommandError("the fresh service could not be started",
-            Interrupted() ? "run the command again" : "see the message above",
-            Interrupted() ? EXIT_INTERRUPTED : EXIT_OPERATION_FAILED);
+        EndService(user);
+        throw CommandError("the fresh service could not be started", "see the message above");
     }
 }
 
 FreshService::~FreshService()
 {
-    try {
-        StopService(user_, STOP_TIME);
-    } catch (const CommandError &) {
-        // Its folders go in any case, so a service that does not end must not live on.
-        kill(FindService(user_).pid, SIGKILL);
-    }
+    EndService(user_);
 }
 
 } // namespace NubisTool
