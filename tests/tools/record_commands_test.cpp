@@ -30,7 +30,7 @@ TEST_F(EndToEndTest, ModifySavesAndDeletesWhatItCanOrNothingAtAll)
     Json::Value results = Out();
     ASSERT_EQ(results.size(), 5U) << out_;
     EXPECT_EQ(results[0]["version"].asInt(), 2);
-    EXPECT_THAT(results[1]["error"].asString(), HasSubstr("RECORD_NOT_FOUND"));
+    EXPECT_THAT(results[1]["reason"].asString(), HasSubstr("RECORD_NOT_FOUND"));
     EXPECT_EQ(results[2]["version"].asInt(), 1);
     EXPECT_EQ(results[3]["version"].asInt(), 2) << "the atomic one left a trace";
     EXPECT_EQ(results[4]["recordType"].asString(), "folder");
@@ -39,7 +39,9 @@ TEST_F(EndToEndTest, ModifySavesAndDeletesWhatItCanOrNothingAtAll)
 TEST_F(EndToEndTest, ModifyNamesWhatIsWrongWithItsInputAndSendsNothing)
 {
     Put("wrong.json", "{\"save\": [{\"recordId\": \"a\", \"title\": \"x\", \"isNew\": true},\n"
-                      "{\"recordId\": \"a\", \"stars\": 1},\n{\"title\": 5}, 7],\n\"delete\": [\"\", \"b\"]}");
+                      "{\"recordId\": \"a\", \"stars\": 1},\n{\"title\": 5}, 7],\n\"delete\": [\"\",\n"
+                      "{\"recordId\": \"b\", \"verison\": 1}, {\"recordId\": \"c\", \"version\": \"1\"},\n"
+                      "{\"recordId\": \"d\", \"recordType\": \"nope\"}]}");
     const std::string modify = "nubis record modify --bundle com.example.notes ";
     ASSERT_EQ(RunLines(modify + "--type note wrong.json; echo $?\necho '{\"save\": [{}]}' | " + modify +
                        "; echo $?\necho '{\"drop\": []}' | " + modify + "; echo $?"),
@@ -47,8 +49,10 @@ TEST_F(EndToEndTest, ModifyNamesWhatIsWrongWithItsInputAndSendsNothing)
     EXPECT_EQ(out_, "1\n1\n1\n");
     for (const char *problem : {"wrong.json:2: expected a record id of its own, found \"a\", which line 1 has",
              "wrong.json:3: field title: expected a text", "wrong.json:3: expected an object",
-             "wrong.json:4: expected a record id", "expected \"recordType\", or --type for all",
-             "\"drop\" is not one of the arrays"}) {
+             "wrong.json:4: expected a record id", "of a record to delete, found \"verison\"",
+             "wrong.json:5: field version: expected the record's version, a whole number, found \"1\"",
+             "wrong.json:6: expected a record type of the container notes, found \"nope\"",
+             "expected \"recordType\", or --type for all", "\"drop\" is not one of the arrays"}) {
         EXPECT_THAT(Errors(), HasSubstr(problem));
     }
 }

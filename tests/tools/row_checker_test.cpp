@@ -156,7 +156,11 @@ TEST_F(RowCheckerTest, MakesRecordsFromFlatAndNestedRows)
 
 TEST_F(RowCheckerTest, TakesIdsFromTheNamedFieldAndRefusesSharedOnes)
 {
-    std::vector<ImportItem> items = Check("name,age\nAnn,1\nBo,2\nCy,1\nDi,\n", "age");
+    std::vector<ImportItem> items = Check("{\"name\": \"Max\", \"recordId\": 18446744073709551615}");
+    ASSERT_EQ(items.size(), 1U);
+    EXPECT_EQ(items[0].record.GetRecordId(), "18446744073709551615");
+
+    items = Check("name,age\nAnn,1\nBo,2\nCy,1\nDi,\n", "age");
     ASSERT_EQ(items.size(), 2U);
     EXPECT_EQ(items[1].record.GetRecordId(), "2");
     EXPECT_THAT(

@@ -15,6 +15,7 @@
 #include "common_options.h"
 #include "database_calls.h"
 #include "error_text.h"
+#include "input_text.h"
 #include "record_json.h"
 #include "record_options.h"
 #include "row_reader.h"
@@ -28,19 +29,13 @@ constexpr int QUERY_PAGE = 500;
 
 Row ReadRecordArgument(const RecordOptions &options, const Console &console)
 {
-    std::string text = options.json;
-    std::string name = "the argument";
-    if (text.empty() || text == "-") {
-        text.assign(std::istreambuf_iterator<char>(console.in), std::istreambuf_iterator<char>());
-        name = "standard input";
-    }
-    Row row{name, 1, {}, false};
-    std::string error;
-    if (!ParseJsonText(text, row.values, error) || !row.values.isObject()) {
-        throw UsageError(name + " is no JSON object" + (error.empty() ? "" : ": " + error),
-            "give the record as {\"FIELD\": VALUE, ...}");
-    }
-    return row;
+    const bool isArgument = !options.json.empty() && options.json != "-";
+    const std::string name = isArgument ? "the argument" : "standard input";
+    const std::string text = isArgument ? options.json : ReadAll(console.in, name);
+    return {name, 1,
+        ParseJsonObject(
+            text, name, R"(give the record as {"FIELD": VALUE, ...})", isArgument ? EXIT_USAGE : EXIT_OPERATION_FAILED),
+        false};
 }
 
 Nubis::NBRecord MakeRecord(const Row &row, const RecordOptions &options, const Nubis::NBSchemaNode &schemaNode)

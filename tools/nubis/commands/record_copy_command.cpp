@@ -31,10 +31,9 @@ struct CopyOptions {
 Nubis::NBRecord ReadChanges(const RecordOptions &options, const Nubis::NBSchemaNode &schemaNode)
 {
     Row row{"--set", 1, Json::Value(Json::objectValue), false};
-    std::string error;
-    if (!options.json.empty() && (!ParseJsonText(options.json, row.values, error) || !row.values.isObject())) {
-        throw UsageError("--set is no JSON object" + (error.empty() ? "" : ": " + error),
-            R"(put JSON into single quotes, as in --set '{"title": "Copy"}')");
+    if (!options.json.empty()) {
+        row.values = ParseJsonObject(
+            options.json, "--set", R"(put JSON into single quotes, as in --set '{"title": "Copy"}')", EXIT_USAGE);
     }
     ImportItem item;
     std::vector<RowProblem> problems;

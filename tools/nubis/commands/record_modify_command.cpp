@@ -45,11 +45,7 @@ struct Modification {
 
 Json::Value ParseDocument(const std::string &text, const std::string &name)
 {
-    Json::Value document;
-    std::string error;
-    if (!ParseJsonText(text, document, error) || !document.isObject()) {
-        throw CommandError(name + " is no JSON object" + (error.empty() ? "" : ": " + error), FORM_ADVICE);
-    }
+    Json::Value document = ParseJsonObject(text, name, FORM_ADVICE, EXIT_OPERATION_FAILED);
     for (const std::string &member : document.getMemberNames()) {
         if ((member != "save" && member != "delete") || !document[member].isArray()) {
             throw CommandError(
@@ -91,20 +87,18 @@ private:
             Report(line, "an object with the fields of a record", CompactText(element));
             return;
         }
-        std::string type = TypeOf(element);
-        if (type.empty()) {
-            ReportMissingType(line);
+        const Nubis::NBSchemaNode *schemaNode = TypeOf(element, line);
+        if (schemaNode == nullptr) {
             return;
         }
-        const Nubis::NBSchemaNode &schemaNode = session_.RecordType(type);
         Row row{name_, line, element, false};
         bool isNew = false;
-        if (schemaNode.fields.count("isNew") == 0 && element["isNew"].isBool()) {
+        if (schemaNode->fields.count("isNew") == 0 && element["isNew"].isBool()) {
             isNew = element["isNew"].asBool();
             row.values.removeMember("isNew");
         }
         ImportItem item;
-        if (MakeRecordOfRow(row, {"", isNew, options_.policy}, schemaNode, item, problems_) &&
+        if (MakeRecordOfRow(row, {"", isNew, options_.policy}, *schemaNode, item, problems_) &&
             IsFirst(item.record.GetRecordId(), line)) {
             saves.push_back(std::move(item));
         }
@@ -118,26 +112,51 @@ private:
             Report(line, "a record id, or an object with \"recordId\"", CompactText(element));
             return;
         }
-        std::string type = TypeOf(element);
-        if (type.empty()) {
-            ReportMissingType(line);
+        const Nubis::NBSchemaNode *schemaNode = TypeOf(element, line);
+        if (schemaNode == nullptr) {
             return;
         }
         Nubis::NBRecord record;
         record.SetRecordId(id.asString());
-        record.SetRecordType(session_.RecordType(type).recordType);
-        if (element.isObject() && element["version"].isUInt64()) {
-            record.SetVersion(element["version"].asUInt64());
+        record.SetRecordType(schemaNode->recordType);
+        if (element.isObject() && !CheckDeletion(element, line, record)) {
+            return;
         }
         if (IsFirst(id.asString(), line)) {
             deletions.push_back(std::move(record));
         }
     }
 
-    std::string TypeOf(const Json::Value &element) const
+    // A misspelt member might have been meant to keep the record.
+    bool CheckDeletion(const Json::Value &element, size_t line, Nubis::NBRecord &record)
+    {
+        size_t before = problems_.size();
+        for (const std::string &member : element.getMemberNames()) {
+            if (!DescribesRecord(member)) {
+                Report(line, R"("recordId", "recordType" and "version" of a record to delete)", "\"" + member + "\"");
+            }
+        }
+        SetBaseVersion(element["version"], {name_, line, "version", "", ""}, record, problems_);
+        return problems_.size() == before;
+    }
+
+    // Null, and a problem is reported, when there is no such type.
+    const Nubis::NBSchemaNode *TypeOf(const Json::Value &element, size_t line)
     {
         bool isNamed = element.isObject() && element["recordType"].isString();
-        return isNamed ? element["recordType"].asString() : options_.type;
+        const std::string name = isNamed ? element["recordType"].asString() : options_.type;
+        const auto &types = session_.ContainerInfo().schema.recordTypes;
+        auto type = types.find(name);
+        if (type != types.end()) {
+            return &type->second;
+        }
+        if (name.empty()) {
+            Report(line, "\"recordType\", or --type for all that do not have it", "neither");
+        } else {
+            Report(
+                line, "a record type of the container " + session_.ContainerInfo().containerName, "\"" + name + "\"");
+        }
+        return nullptr;
     }
 
     // Equal ids would share one result.
@@ -157,11 +176,6 @@ private:
     size_t LineOf(const Json::Value &element)
     {
         return lines_.LineAt(static_cast<size_t>(element.getOffsetStart()));
-    }
-
-    void ReportMissingType(size_t line)
-    {
-        Report(line, "\"recordType\", or --type for all that do not have it", "neither");
     }
 
     void Report(size_t line, const std::string &expected, const std::string &found)
@@ -189,7 +203,7 @@ public:
         entry["recordId"] = id;
         entry["recordType"] = asked.GetRecordType();
         if (error.HasError()) {
-            entry["error"] = ErrorText(error);
+            entry["reason"] = ErrorText(error);
             failures_.Add(id, error);
         } else {
             entry["version"] = Json::UInt64(outcome.results->at(id).GetRecord().GetVersion());
@@ -205,7 +219,7 @@ public:
             Table table({{"ACTION"}, {"TYPE"}, {"ID"}, {"VERSION", Align::RIGHT}, {"RESULT"}});
             for (const Json::Value &entry : entries_) {
                 table.Add({entry["action"].asString(), entry["recordType"].asString(), entry["recordId"].asString(),
-                    entry["version"].asString(), entry.isMember("error") ? "refused" : "done"});
+                    entry["version"].asString(), entry.isMember("reason") ? "refused" : "done"});
             }
             table.Print(console.out);
         }

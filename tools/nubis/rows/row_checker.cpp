@@ -20,14 +20,6 @@ constexpr size_t LONGEST_FOUND = 60;
 // Enough to see what is wrong with a file; the count says how many there are.
 constexpr size_t MOST_PROBLEMS_SHOWN = 50;
 
-// Members that describe the record and are no fields of it.
-const std::set<std::string> &BookkeepingMembers()
-{
-    static const std::set<std::string> NAMES = {
-        "recordId", "recordType", "version", "deleted", "created", "modified", "shared", "relations", "fields"};
-    return NAMES;
-}
-
 std::string Shown(const Json::Value &value)
 {
     std::string text = CompactText(value);
@@ -72,6 +64,13 @@ void ThrowIfAny(const std::vector<RowProblem> &problems, const std::string &bund
     throw CommandError(text, "correct the input; `nubis catalogue show " + bundle + "` lists types and fields");
 }
 
+bool DescribesRecord(const std::string &member)
+{
+    static const std::set<std::string> NAMES = {
+        "recordId", "recordType", "version", "deleted", "created", "modified", "shared", "relations", "fields"};
+    return NAMES.count(member) != 0;
+}
+
 // What checking one row needs at hand.
 class RowChecker::Pass {
 public:
@@ -108,7 +107,7 @@ private:
     {
         auto schemaField = checker_.schemaNode_.fields.find(name);
         if (schemaField == checker_.schemaNode_.fields.end()) {
-            if (nested_ || BookkeepingMembers().count(name) == 0) {
+            if (nested_ || !DescribesRecord(name)) {
                 Report(name,
                     "a field of " + checker_.schemaNode_.recordType + " (" + FieldNames(checker_.schemaNode_) + ")",
                     "this name");
@@ -170,11 +169,11 @@ private:
         if (id.isString() && !id.asString().empty()) {
             return id.asString();
         }
-        if (id.isIntegral() && !id.isDouble()) {
-            return id.asString();
+        if (id.isInt64()) {
+            return std::to_string(id.asInt64());
         }
-        if (id.isInt64() || id.isUInt64()) {
-            return std::to_string(id.asLargestInt());
+        if (id.isUInt64()) {
+            return std::to_string(id.asUInt64());
         }
         if (named || !id.isNull()) {
             Report(name, "a text or a whole number as the record's id", id.isNull() ? "none" : Shown(id));

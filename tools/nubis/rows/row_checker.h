@@ -42,6 +42,9 @@ enum class Completeness {
     PARTIAL
 };
 
+// Whether a member of a record's JSON describes the record, unless its type has a field of this name.
+bool DescribesRecord(const std::string &member);
+
 // Checks rows against a record type and turns them into records. A row is an object of field names and values, or has
 // them in a member "fields", as RecordToJson writes it. Its record id comes from the named id field or from its member
 // "recordId"; a row without one becomes a record for which the library makes an id.

@@ -158,6 +158,19 @@ bool ParseJsonText(const std::string &text, Json::Value &value, std::string &err
     return false;
 }
 
+Json::Value ParseJsonObject(const std::string &text, const std::string &name, const std::string &advice, int exitStatus)
+{
+    if (text.find_first_not_of(" \t\r\n") == std::string::npos) {
+        throw CommandError(name + " is empty", advice, exitStatus);
+    }
+    Json::Value value;
+    std::string error;
+    if (!ParseJsonText(text, value, error) || !value.isObject()) {
+        throw CommandError(name + " is no JSON object" + (error.empty() ? "" : ": " + error), advice, exitStatus);
+    }
+    return value;
+}
+
 std::vector<Row> ReadRows(std::istream &input, const std::string &name, RowFormat format)
 {
     if (format == RowFormat::CSV) {

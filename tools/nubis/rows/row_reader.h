@@ -38,6 +38,10 @@ std::vector<Row> ReadRowsFromFile(const std::string &path, RowFormat format, std
 // One JSON value from text, without throwing; the reason of a failure in error.
 bool ParseJsonText(const std::string &text, Json::Value &value, std::string &error);
 
+// The JSON object that a text is; throws CommandError with the advice and the exit status when it is anything else.
+Json::Value ParseJsonObject(
+    const std::string &text, const std::string &name, const std::string &advice, int exitStatus);
+
 } // namespace NubisTool
 
 #endif

@@ -3,6 +3,10 @@
 
 #include "row_record.h"
 
+#include <utility>
+
+#include "record_json.h"
+
 namespace NubisTool {
 
 bool MakeRecordOfRow(const Row &row, const SaveWish &wish, const Nubis::NBSchemaNode &schemaNode, ImportItem &item,
@@ -18,11 +22,23 @@ bool MakeRecordOfRow(const Row &row, const SaveWish &wish, const Nubis::NBSchema
         item.record.SetRecordId(wish.id);
     }
     item.record.SetNewCreate(isNew);
-    const Json::Value &version = row.values["version"];
-    if (schemaNode.fields.count("version") == 0 && version.isUInt64()) {
-        item.record.SetVersion(version.asUInt64());
+    size_t before = problems.size();
+    if (schemaNode.fields.count("version") == 0) {
+        SetBaseVersion(row.values["version"], {row.file, row.line, "version", "", ""}, item.record, problems);
     }
-    return true;
+    return problems.size() == before;
+}
+
+void SetBaseVersion(
+    const Json::Value &version, RowProblem place, Nubis::NBRecord &record, std::vector<RowProblem> &problems)
+{
+    if (version.isUInt64()) {
+        record.SetVersion(version.asUInt64());
+    } else if (!version.isNull()) {
+        place.expected = "the record's version, a whole number";
+        place.found = CompactText(version);
+        problems.push_back(std::move(place));
+    }
 }
 
 } // namespace NubisTool

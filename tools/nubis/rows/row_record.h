@@ -25,6 +25,11 @@ struct SaveWish {
 bool MakeRecordOfRow(const Row &row, const SaveWish &wish, const Nubis::NBSchemaNode &schemaNode, ImportItem &item,
     std::vector<RowProblem> &problems);
 
+// Takes over the version on which a change or a deletion is based, if one is given. When it is no whole number, the
+// problem is appended, with its place as in `place`.
+void SetBaseVersion(
+    const Json::Value &version, RowProblem place, Nubis::NBRecord &record, std::vector<RowProblem> &problems);
+
 } // namespace NubisTool
 
 #endif
