@@ -69,6 +69,8 @@ TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
         {"record", "save", "--bundle", "b", "--type", "T", "--policy", "maybe", "{}"},
         {"record", "save", "--bundle", "b", "--type", "T", "[1]"}, {"user", "info", "--user", "-1"},
         {"user", "info", "--demon", "unknown"}, {"changes", "--bundle", "b", "--interval", "x"},
+        {"changes", "--bundle", "b", "--interval", "nan"}, {"subscription", "remove", "x", "x"},
+        {"record", "new-ids", "--bundle", "b", "--key", ""},
         {"crid", "encode", "--version-number", "2", "--upid", "1", "x"}, {"crid", "encode", "--upid", "1", "x"},
         {"record", "delete", "--bundle", "b", "--type", "T", "--if-version", "1", "x", "y"}, {"service", "exec"},
         {"service", "exec", "--"}, {"lock", "exec", "--bundle", "b"}, {"watch", "--fetch"},
@@ -89,9 +91,10 @@ TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
     const std::vector<std::pair<std::vector<std::string>, std::string>> explained = {
         {{"record", "import", "--bundle"}, "nubis record import --help"},
         {{"nonsense"}, "\"nonsense\" is no command; expected: demo, service, "},
-        {{"record"}, "expected a command: import, save, get, delete, modify, copy, query"},
+        {{"record"}, "expected a command: import, save, get, delete, new-ids, modify, copy, query"},
         {{"--user", "5", "user", "info"}, "not expected: --user 5 (options stand behind the command that has them)"},
         {{"user", "info", "--user", "x"}, "--user: expected a whole number from 0 to 2147483647, found \"x\""},
+        {{"share", "--bundle", "b", "--type", "T", "\x1b[2J", "\x1b[2J"}, "the record id \\x1b[2J is given twice"},
         {{"user", "info", "--demon", "x"}, "--demon: expected one of asset, data, file, found \"x\""}};
     for (const auto &[arguments, text] : explained) {
         EXPECT_THAT(RunNubis(arguments).err, HasSubstr(text));

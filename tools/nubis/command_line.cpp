@@ -6,11 +6,13 @@
 #include <algorithm>
 #include <exception>
 #include <poll.h>
+#include <sstream>
 #include <unistd.h>
 #include <utility>
 
 #include "command_error.h"
 #include "common_options.h"
+#include "table.h"
 
 namespace NubisTool {
 namespace {
@@ -32,7 +34,11 @@ void TakePassedOn(std::vector<std::string> &arguments, Chosen &chosen)
 
 void WriteError(const Console &console, const std::string &what, const std::string &advice)
 {
-    console.err << "nubis: " << what << '\n';
+    // Names and messages may come from other devices, and must not move the cursor.
+    std::istringstream lines("nubis: " + what);
+    for (std::string line; std::getline(lines, line);) {
+        console.err << Printable(line) << '\n';
+    }
     if (!advice.empty()) {
         console.err << "  next: " << advice << '\n';
     }

@@ -4,6 +4,10 @@
 #include "common_options.h"
 
 #include <charconv>
+#include <set>
+#include <sstream>
+
+#include "command_error.h"
 
 namespace NubisTool {
 
@@ -22,12 +26,32 @@ CLI::Validator WholeNumber(uint64_t least, uint64_t most)
     return {check, ""};
 }
 
+CLI::Validator Seconds(double least, double most)
+{
+    auto check = [least, most](std::string &text) -> std::string {
+        double number = 0;
+        // Asked this way round, because what is no number is neither less nor more than anything.
+        if (CLI::detail::lexical_cast(text, number) && number >= least && number <= most) {
+            return "";
+        }
+        std::ostringstream expected;
+        expected << "expected a number of seconds from " << least << " to " << most << ", found \"" << text << '"';
+        return expected.str();
+    };
+    return {check, ""};
+}
+
 void AddUserOption(CLI::App &command, int &user)
 {
     command.add_option("--user", user, "Account to work for")
         ->check(WholeNumber(0, std::numeric_limits<int>::max()))
         ->type_name("ID")
         ->capture_default_str();
+}
+
+void AddJsonOption(CLI::App &command, bool &json)
+{
+    command.add_flag("--json", json, "Write JSON for programs instead of text for people");
 }
 
 void AddAccountOptions(CLI::App &command, CommonOptions &options)
@@ -43,7 +67,7 @@ void AddAccountOptions(CLI::App &command, CommonOptions &options)
 void AddServiceOptions(CLI::App &command, CommonOptions &options)
 {
     AddAccountOptions(command, options);
-    command.add_flag("--json", options.json, "Write JSON for programs instead of tables for people");
+    AddJsonOption(command, options.json);
 }
 
 CLI::Option *AddBundleOption(CLI::App &command, CommonOptions &options)
@@ -67,6 +91,20 @@ void AddDatabaseOptions(CLI::App &command, CommonOptions &options)
     command.add_option("--scope", options.scope, "Database: public, private or shared [private]")
         ->transform(OneOf(SCOPES))
         ->type_name("SCOPE");
+}
+
+void RequireDistinct(const std::vector<std::string> &ids, const std::string &noun, const std::string &shownBy)
+{
+    std::set<std::string> seen;
+    for (const std::string &id : ids) {
+        if (id.empty()) {
+            throw UsageError("a " + noun + " is empty", "leave it out; `" + shownBy + "` shows the ids");
+        }
+        // One of the two would be told the other's result.
+        if (!seen.insert(id).second) {
+            throw UsageError("the " + noun + " " + id + " is given twice", "give every id once");
+        }
+    }
 }
 
 std::string Example(const std::string &commandLine)

@@ -8,6 +8,7 @@
 #include <limits>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "CLI/CLI.hpp"
 
@@ -25,8 +26,7 @@ struct CommonOptions {
     bool json = false;
 };
 
-// --user alone: for commands that deal with the service's process.
-// CLI11's own checks speak of floating point limits and of enumerators; these two speak to people.
+// CLI11's own checks speak of types and of enumerators; these speak to people.
 CLI::Validator WholeNumber(uint64_t least, uint64_t most = std::numeric_limits<uint64_t>::max());
 
 template <typename Choice>
@@ -47,7 +47,13 @@ CLI::Validator OneOf(const std::map<std::string, Choice> &choices)
     return {translate, ""};
 }
 
+// Of a positive length; fractions are welcome.
+CLI::Validator Seconds(double least, double most);
+
+// --user alone: for commands that deal with the service's process.
 void AddUserOption(CLI::App &command, int &user);
+
+void AddJsonOption(CLI::App &command, bool &json);
 
 // --user, --demon.
 void AddAccountOptions(CLI::App &command, CommonOptions &options);
@@ -63,6 +69,9 @@ void AddContainerOptions(CLI::App &command, CommonOptions &options);
 
 // Those of the service and the container, and --scope: for commands that work in a database.
 void AddDatabaseOptions(CLI::App &command, CommonOptions &options);
+
+// Throws UsageError for ids whose results could not be told apart: an empty one, or one that is given twice.
+void RequireDistinct(const std::vector<std::string> &ids, const std::string &noun, const std::string &shownBy);
 
 // The text under a command's help that shows how it is used.
 std::string Example(const std::string &commandLine);

@@ -212,7 +212,7 @@ void AddCatalogueCommands(CLI::App &app, Chosen &chosen)
     auto addFiles = [&options](CLI::App &command) {
         command.add_option("files", options->files, "Catalogue files, one bundle each")->required()->type_name("FILE");
         AddUserOption(command, options->common.user);
-        command.add_flag("--json", options->common.json, "Write JSON for programs");
+        AddJsonOption(command, options->common.json);
     };
 
     CLI::App *check =

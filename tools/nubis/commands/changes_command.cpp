@@ -74,13 +74,13 @@ void AddChangesCommand(CLI::App &app, Chosen &chosen)
         ->delimiter(',')
         ->type_name("A,B");
     command->add_option("--page", options->wanted.pageSize, "Records in a request")
-        ->check(CLI::Range(1, 10000))
+        ->check(WholeNumber(1, 10000))
         ->type_name("N")
         ->capture_default_str();
     command->add_flag("--follow,-f", options->follow, "Go on until interrupted");
     command->add_option("--interval", options->interval, "Seconds between requests of --follow")
-        ->check(CLI::Range(0.01, 86400.0))
-        ->type_name("S")
+        ->check(Seconds(0.01, 86400))
+        ->type_name("SECONDS")
         ->capture_default_str();
     SetAction(*command, chosen, [options](const Console &console) { return Changes(*options, console); });
 }

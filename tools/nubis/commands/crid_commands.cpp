@@ -4,6 +4,7 @@
 #include "command_line.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <ostream>
 
@@ -89,24 +90,25 @@ void AddCridCommands(CLI::App &app, Chosen &chosen)
     family->require_subcommand(1);
     auto options = std::make_shared<CridOptions>();
 
+    static const std::map<std::string, int> FORMS = {{"0", 0}, {"1", 1}, {"5", 5}, {"10", 10}};
     CLI::App *encode = AddCommand(*family, "encode", "Make the cloud record id of a record",
         "nubis crid encode --version-number 1 --upid 42 00112233445566778899aabbccddeeff");
-    encode->add_option("--version-number,-n", options->version, "Form of the id")
+    encode->add_option("--version-number,-n", options->version, "Form of the id: 0, 1, 5 or 10")
         ->required()
-        ->check(CLI::IsMember({0, 1, 5, 10}).description(""))
-        ->type_name("0|1|5|10");
+        ->transform(OneOf(FORMS))
+        ->type_name("VERSION");
     encode->add_option("--upid", options->upid, "User partition")
         ->required()
         ->check(WholeNumber(0))
         ->type_name("NUMBER");
     encode->add_option("id", options->id, "Record id, as the form takes it")->required()->type_name("ID");
-    encode->add_flag("--json", options->json, "Write JSON for programs");
+    AddJsonOption(*encode, options->json);
     SetAction(*encode, chosen, [options](const Console &console) { return Encode(*options, console); });
 
     CLI::App *decode = AddCommand(
         *family, "decode", "Take cloud record ids apart", "nubis crid decode AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA");
     decode->add_option("crids", options->crids, "Cloud record ids")->required()->type_name("CRID");
-    decode->add_flag("--json", options->json, "Write JSON for programs");
+    AddJsonOption(*decode, options->json);
     SetAction(*decode, chosen, [options](const Console &console) { return Decode(*options, console); });
 }
 

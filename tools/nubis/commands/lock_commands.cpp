@@ -22,6 +22,7 @@
 #include "record_json.h"
 #include "service_request.h"
 #include "session.h"
+#include "table.h"
 #include "time_text.h"
 
 namespace NubisTool {
@@ -60,7 +61,7 @@ std::string StateText(const Json::Value &state)
         return "not locked";
     }
     std::string device = state["deviceName"].asString();
-    return "locked by " + (device.empty() ? "an unknown device" : "the device " + device) + " since " +
+    return "locked by " + (device.empty() ? "an unknown device" : "the device " + Printable(device)) + " since " +
            TimeText(state["since"].asInt64()) + ", until " + TimeText(state["until"].asInt64()) +
            " unless it is renewed";
 }

@@ -7,7 +7,6 @@
 #include <functional>
 #include <memory>
 #include <ostream>
-#include <set>
 #include <utility>
 
 #include "command_error.h"
@@ -107,16 +106,7 @@ void AddIds(CLI::App &command, RecordOptions &options)
 
 void RequireIds(const std::vector<std::string> &ids)
 {
-    std::set<std::string> seen;
-    for (const std::string &id : ids) {
-        if (id.empty()) {
-            throw UsageError("a record id is empty", "leave it out; `nubis record query` shows the ids");
-        }
-        // One of the two would be told the other's result.
-        if (!seen.insert(id).second) {
-            throw UsageError("the record id " + id + " is given twice", "give every id once");
-        }
-    }
+    RequireDistinct(ids, "record id", "nubis record query");
 }
 
 void AddRecordByIdCommands(CLI::App &record, Chosen &chosen)

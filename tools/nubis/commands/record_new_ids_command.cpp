@@ -31,6 +31,12 @@ struct IdOptions {
 
 std::vector<std::string> MakeIds(const IdOptions &options)
 {
+    for (const std::string &key : options.keys) {
+        // The library would make an id that carries nothing.
+        if (key.empty()) {
+            throw UsageError("a key is empty", "give a key, or leave --key out for an id without one");
+        }
+    }
     Session session(options.common);
     auto database = session.Database();
     std::vector<std::string> ids;
@@ -69,7 +75,10 @@ void AddNewIdsCommand(CLI::App &record, Chosen &chosen)
     CLI::App *command = AddCommand(record, "new-ids", "Make record ids by the rule of the container",
         "nubis record new-ids --bundle com.example.notes --count 3");
     AddDatabaseOptions(*command, options->common);
-    auto *count = command->add_option("--count", options->count, "How many [1]")->check(WholeNumber(1, MAX_IDS));
+    auto *count = command->add_option("--count", options->count, "How many")
+                      ->check(WholeNumber(1, MAX_IDS))
+                      ->type_name("N")
+                      ->capture_default_str();
     auto *keys = command->add_option("--key", options->keys, "One id for each key, which is carried in it")
                      ->type_name("KEY")
                      ->excludes(count);

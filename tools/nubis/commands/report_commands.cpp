@@ -229,7 +229,7 @@ void AddReportCommands(CLI::App &app, Chosen &chosen)
         "The events that were kept, newest last: milestones of sync runs, and failures that the library met",
         "nubis report list --limit 10");
     AddUserOption(*list, options->common.user);
-    list->add_flag("--json", options->common.json, "Write JSON for programs instead of tables for people");
+    AddJsonOption(*list, options->common.json);
     list->add_option("--trace", options->trace, "Only events of this trace id [all]")->type_name("ID");
     list->add_option("--limit", options->limit, "At most so many, the newest")
         ->check(WholeNumber(1))

@@ -97,6 +97,10 @@ int List(const SubscriptionOptions &options, const Console &console)
         console.out << PrettyText(subscriptions) << '\n';
         return EXIT_DONE;
     }
+    if (subscriptions.empty()) {
+        console.out << "no subscriptions\n";
+        return EXIT_DONE;
+    }
     Table table({{"ID"}, {"BUNDLE"}, {"CONTAINER"}, {"EVENT"}, {"EXPIRES"}});
     for (const Json::Value &subscription : subscriptions) {
         table.Add({subscription["id"].asString(), subscription["bundleName"].asString(),
@@ -129,6 +133,7 @@ std::vector<NBContainerSubscription> FindByIds(Session &session, const std::vect
 
 int Remove(const SubscriptionOptions &options, const Console &console)
 {
+    RequireDistinct(options.ids, "subscription id", "nubis subscription list");
     Session session(options.common);
     return Report(Unsubscribe(session, FindByIds(session, options.ids)), "removed", "removed", options, console);
 }
@@ -172,12 +177,13 @@ void AddSubscriptionCommands(CLI::App &app, Chosen &chosen)
 
     CLI::App *list = add("list", "The subscriptions of all containers, or of some, and when they expire",
         "nubis subscription list --bundle com.example.notes", List);
-    AddBundleOption(*list, options->common);
-    list->add_option("--container", options->common.container, "Container [all]")->type_name("NAME");
+    AddBundleOption(*list, options->common)->description("Only of this bundle [all]");
+    list->add_option("--container", options->common.container, "Only of containers of this name [all]")
+        ->type_name("NAME");
 
     CLI::App *remove =
         add("remove", "End subscriptions", "nubis subscription remove 2f0a6c46c2d94f1ebd1f1d4ad9c3a0b7", Remove);
-    remove->add_option("id", options->ids, "Subscriptions")->required()->type_name("ID...");
+    remove->add_option("ids", options->ids, "Subscriptions")->required()->type_name("ID");
     CLI::App *notify = add("notify", "Send a notification as if the container had changed",
         "nubis subscription notify 2f0a6c46c2d94f1ebd1f1d4ad9c3a0b7", NotifyOne);
     notify->add_option("id", options->ids, "Subscription")->required()->expected(1)->type_name("ID");

@@ -135,7 +135,7 @@ void AddDemoCommands(CLI::App &app, Chosen &chosen)
     demo->add_option("--data", options->folder, "Folder of the iso-codes lists")
         ->type_name("FOLDER")
         ->capture_default_str();
-    demo->add_flag("--json", options->json, "Write JSON for programs");
+    AddJsonOption(*demo, options->json);
     SetAction(*demo, chosen, [options](const Console &console) {
         InterruptGuard guard;
         return Demo(*options, console).Run();
