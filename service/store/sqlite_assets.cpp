@@ -7,7 +7,7 @@ namespace DriveService {
 
 std::vector<StoredAsset> SqliteRead::Assets(int64_t databaseId, const std::string &recordId)
 {
-    return GuardStore([&] {
+    return GuardStore(connection_.Path(), [&] {
         SQLite::Statement &statement = connection_.Prepare("SELECT field, asset_id, uploaded, revision, content"
                                                            " FROM asset WHERE database_id = ? AND record_id = ?"
                                                            " ORDER BY field, asset_id");
@@ -30,7 +30,7 @@ std::vector<StoredAsset> SqliteRead::Assets(int64_t databaseId, const std::strin
 
 bool SqliteRead::IsUploaded(int64_t databaseId, const std::string &assetId, const std::string &content)
 {
-    return GuardStore([&] {
+    return GuardStore(connection_.Path(), [&] {
         SQLite::Statement &statement =
             connection_.Prepare("SELECT 1 FROM asset WHERE database_id = ? AND asset_id = ? AND content = ?"
                                 " AND uploaded = 1 LIMIT 1");
@@ -44,7 +44,7 @@ bool SqliteRead::IsUploaded(int64_t databaseId, const std::string &assetId, cons
 
 void SqliteWrite::ReplaceAssets(int64_t databaseId, const std::string &recordId, const std::vector<StoredAsset> &assets)
 {
-    GuardStore([&] {
+    GuardStore(connection_.Path(), [&] {
         SQLite::Statement &remove = connection_.Prepare("DELETE FROM asset WHERE database_id = ? AND record_id = ?");
         remove.bind(1, databaseId);
         remove.bind(2, recordId);

@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
 namespace DriveService {
@@ -73,6 +74,11 @@ SQLite::Statement &SqliteConnection::Prepare(const std::string &sql)
 void SqliteConnection::Execute(const std::string &sql)
 {
     database_->exec(sql);
+}
+
+bool SqliteConnection::IsReadOnly() const
+{
+    return sqlite3_db_readonly(database_->getHandle(), "main") != 0;
 }
 
 SqliteTransaction::SqliteTransaction(SqliteConnection &connection, Mode mode) : connection_(connection)

@@ -29,6 +29,14 @@ public:
 
     void Execute(const std::string &sql);
 
+    const std::string &Path() const
+    {
+        return database_->getFilename();
+    }
+
+    // The file may not be written, or could not be when it was opened.
+    bool IsReadOnly() const;
+
 private:
     std::unique_ptr<SQLite::Database> database_;
     std::unordered_map<std::string, std::unique_ptr<SQLite::Statement>> statements_;

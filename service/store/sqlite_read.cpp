@@ -85,7 +85,7 @@ std::string IndexedFieldsText(const std::vector<IndexedField> &fields)
 
 std::optional<DatabaseInfo> SqliteRead::FindDatabase(const DatabaseKey &key)
 {
-    return GuardStore([&]() -> std::optional<DatabaseInfo> {
+    return GuardStore(connection_.Path(), [&]() -> std::optional<DatabaseInfo> {
         SQLite::Statement &statement =
             connection_.Prepare("SELECT database_id, uid, last_sequence FROM cloud_database"
                                 " WHERE bundle_name = ? AND container_name = ? AND database_type = ?");
@@ -108,7 +108,7 @@ std::optional<StoredRecord> SqliteRead::FindRecord(int64_t databaseId, const std
 {
     static const auto *sql = new std::string(
         std::string("SELECT ") + RECORD_COLUMNS + " FROM record r WHERE r.database_id = ? AND r.record_id = ?");
-    return GuardStore([&]() -> std::optional<StoredRecord> {
+    return GuardStore(connection_.Path(), [&]() -> std::optional<StoredRecord> {
         SQLite::Statement &statement = connection_.Prepare(*sql);
         ResetAtEnd reset(statement);
         statement.bind(1, databaseId);
@@ -123,7 +123,7 @@ std::optional<StoredRecord> SqliteRead::FindRecord(int64_t databaseId, const std
 std::string SqliteRead::FindByValues(
     int64_t databaseId, const std::string &recordType, const std::vector<IndexRow> &values, const std::string &exceptId)
 {
-    return GuardStore([&] {
+    return GuardStore(connection_.Path(), [&] {
         SQLite::Statement &statement = Bind(connection_, MakeFindByValuesSql(databaseId, recordType, values, exceptId));
         ResetAtEnd reset(statement);
         return statement.executeStep() ? statement.getColumn(0).getString() : std::string();
@@ -150,7 +150,7 @@ std::vector<QueryPosition> SqliteRead::FindPositions(const RecordQuery &query)
 // record is read that does not fit into the page.
 QueryPage SqliteRead::Query(const RecordQuery &query)
 {
-    return GuardStore([&] {
+    return GuardStore(connection_.Path(), [&] {
         std::vector<QueryPosition> positions = FindPositions(query);
         QueryPage page;
         int64_t bytes = 0;
@@ -176,7 +176,7 @@ QueryPage SqliteRead::Query(const RecordQuery &query)
 
 ChangesPage SqliteRead::Changes(const ChangesQuery &query)
 {
-    return GuardStore([&] {
+    return GuardStore(connection_.Path(), [&] {
         SQLite::Statement &statement = Bind(connection_, MakeChangesSql(query, RECORD_COLUMNS));
         ResetAtEnd reset(statement);
         ChangesPage page;
@@ -197,7 +197,7 @@ ChangesPage SqliteRead::Changes(const ChangesQuery &query)
 
 bool SqliteRead::IsIndexed(int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields)
 {
-    return GuardStore([&] {
+    return GuardStore(connection_.Path(), [&] {
         SQLite::Statement &statement =
             connection_.Prepare("SELECT fields FROM indexed_type WHERE database_id = ? AND record_type = ?");
         ResetAtEnd reset(statement);
@@ -209,7 +209,7 @@ bool SqliteRead::IsIndexed(int64_t databaseId, const std::string &recordType, co
 
 std::optional<std::string> SqliteRead::Setting(const std::string &name)
 {
-    return GuardStore([&]() -> std::optional<std::string> {
+    return GuardStore(connection_.Path(), [&]() -> std::optional<std::string> {
         SQLite::Statement &statement = connection_.Prepare("SELECT value FROM setting WHERE name = ?");
         ResetAtEnd reset(statement);
         statement.bind(1, name);

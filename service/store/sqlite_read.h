@@ -64,14 +64,14 @@ private:
     SQLite::Statement &statement_;
 };
 
-// Turns the exceptions of the database library into StoreError.
+// Turns the exceptions of the database library into StoreError, which names the file.
 template <typename Action>
-auto GuardStore(Action &&action)
+auto GuardStore(const std::string &path, Action &&action)
 {
     try {
         return action();
     } catch (const SQLite::Exception &failure) {
-        throw StoreError(std::string("the database failed: ") + failure.what());
+        throw StoreError("the database failed: " + path + ": " + failure.what());
     }
 }
 

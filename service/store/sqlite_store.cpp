@@ -66,14 +66,18 @@ SqliteStore::SqliteStore(std::string path) : path_(std::move(path))
 
 std::unique_ptr<ReadSession> SqliteStore::BeginRead()
 {
-    return GuardStore(
+    return GuardStore(path_,
         [this]() -> std::unique_ptr<ReadSession> { return std::make_unique<SqlitePooledRead>(*this, TakeReader()); });
 }
 
 std::unique_ptr<WriteSession> SqliteStore::BeginWrite()
 {
     std::unique_lock<std::mutex> lock(writerMutex_);
-    return GuardStore([&]() -> std::unique_ptr<WriteSession> {
+    return GuardStore(path_, [&]() -> std::unique_ptr<WriteSession> {
+        if (writer_->IsReadOnly()) {
+            // The file could not be written when it was opened; that may have been put right since.
+            writer_ = std::make_unique<SqliteConnection>(path_);
+        }
         return std::make_unique<SqliteWrite>(std::move(lock), *writer_, onNotices_);
     });
 }

@@ -53,7 +53,7 @@ Subscription ReadSubscription(SQLite::Statement &row)
 
 std::optional<Subscription> SqliteRead::FindSubscription(const std::string &id)
 {
-    return GuardStore([&]() -> std::optional<Subscription> {
+    return GuardStore(connection_.Path(), [&]() -> std::optional<Subscription> {
         SQLite::Statement &find =
             connection_.Prepare("SELECT subscription_id, bundle_name, container_name, event_name, expiration_time"
                                 " FROM subscription WHERE subscription_id = ?");
@@ -66,7 +66,7 @@ std::optional<Subscription> SqliteRead::FindSubscription(const std::string &id)
 std::vector<Subscription> SqliteRead::Subscriptions(
     const std::string &bundleName, const std::string &containerName, int64_t time)
 {
-    return GuardStore([&] {
+    return GuardStore(connection_.Path(), [&] {
         SQLite::Statement &find = connection_.Prepare(
             "SELECT subscription_id, bundle_name, container_name, event_name, expiration_time FROM subscription"
             " WHERE (? = '' OR bundle_name = ?) AND (? = '' OR container_name = ?) AND expiration_time > ?"
@@ -87,7 +87,7 @@ std::vector<Subscription> SqliteRead::Subscriptions(
 
 std::vector<Notice> SqliteRead::Notices(int64_t most)
 {
-    return GuardStore([&] {
+    return GuardStore(connection_.Path(), [&] {
         SQLite::Statement &find = connection_.Prepare(
             "SELECT s.subscription_id, s.bundle_name, s.container_name, s.event_name, s.expiration_time,"
             " n.notice_number, n.uid, n.database_scopes, n.record_types, n.prepare_trace_id"
@@ -112,7 +112,7 @@ std::vector<Notice> SqliteRead::Notices(int64_t most)
 
 void SqliteWrite::PutSubscription(Subscription &subscription, int64_t time)
 {
-    GuardStore([&] {
+    GuardStore(connection_.Path(), [&] {
         const std::string newId = subscription.id;
         SQLite::Statement &put = connection_.Prepare(
             "INSERT INTO subscription (subscription_id, bundle_name, container_name, event_name, expiration_time)"
@@ -145,7 +145,7 @@ void SqliteWrite::PutSubscription(Subscription &subscription, int64_t time)
 
 bool SqliteWrite::DropSubscription(const std::string &id)
 {
-    return GuardStore([&] {
+    return GuardStore(connection_.Path(), [&] {
         SQLite::Statement &drop = connection_.Prepare("DELETE FROM subscription WHERE subscription_id = ?");
         drop.bind(1, id);
         bool isDropped = drop.exec() > 0;
@@ -156,7 +156,7 @@ bool SqliteWrite::DropSubscription(const std::string &id)
 
 void SqliteWrite::DropExpiredSubscriptions(int64_t time)
 {
-    GuardStore([&] {
+    GuardStore(connection_.Path(), [&] {
         SQLite::Statement &drop = connection_.Prepare("DELETE FROM subscription WHERE expiration_time <= ?");
         drop.bind(1, time);
         hasDroppedSubscriptions_ = drop.exec() > 0 || hasDroppedSubscriptions_;
@@ -174,7 +174,7 @@ void SqliteWrite::DropNoticesOfNobody()
 
 void SqliteWrite::AddNotice(const std::string &subscriptionId, const NoticeContent &content)
 {
-    GuardStore([&] {
+    GuardStore(connection_.Path(), [&] {
         SQLite::Statement &add = connection_.Prepare(
             "INSERT INTO notice (notice_number, uid, subscription_id, database_scopes, record_types, prepare_trace_id)"
             " VALUES ((SELECT COALESCE(MAX(notice_number), 0) + 1 FROM notice), ?, ?, ?, ?, ?)");
@@ -191,7 +191,7 @@ void SqliteWrite::AddNotice(const std::string &subscriptionId, const NoticeConte
 
 void SqliteWrite::DropNotices(const std::vector<Notice> &notices)
 {
-    GuardStore([&] {
+    GuardStore(connection_.Path(), [&] {
         for (const Notice &notice : notices) {
             SQLite::Statement &drop = connection_.Prepare("DELETE FROM notice WHERE notice_number = ? AND uid = ?");
             drop.bind(1, notice.number);
@@ -211,7 +211,7 @@ void SqliteWrite::AddChangeNotices()
     for (const auto &changed : changedTypes_) {
         std::vector<std::string> subscriptionIds;
         NoticeContent content{"", ListText(changed.second), prepareTraceId_};
-        GuardStore([&] {
+        GuardStore(connection_.Path(), [&] {
             SQLite::Statement &find = connection_.Prepare(
                 "SELECT s.subscription_id, d.database_type FROM subscription s JOIN cloud_database d"
                 " ON d.bundle_name = s.bundle_name AND d.container_name = s.container_name"

@@ -71,7 +71,7 @@ DatabaseInfo SqliteWrite::EnsureDatabase(const DatabaseKey &key)
     if (found) {
         return *found;
     }
-    return GuardStore([&] {
+    return GuardStore(connection_.Path(), [&] {
         DatabaseInfo info;
         info.uid = HexEncode(RandomBytes(DATABASE_UID_BYTES));
         SQLite::Statement &next = connection_.Prepare("SELECT COALESCE(MAX(database_id), 0) + 1 FROM cloud_database");
@@ -109,7 +109,7 @@ int64_t SqliteWrite::NextSequence(int64_t databaseId)
 
 void SqliteWrite::Put(int64_t databaseId, StoredRecord &record, const std::vector<IndexRow> &values)
 {
-    GuardStore([&] {
+    GuardStore(connection_.Path(), [&] {
         record.sequence = NextSequence(databaseId);
         changedTypes_[databaseId].insert(record.recordType);
         SQLite::Statement &put = connection_.Prepare(PUT_RECORD);
@@ -152,7 +152,7 @@ void SqliteWrite::EnsureIndexed(
     if (view_.IsIndexed(databaseId, recordType, fields)) {
         return;
     }
-    GuardStore([&] {
+    GuardStore(connection_.Path(), [&] {
         Reindex(databaseId, recordType, fields);
         SQLite::Statement &remember =
             connection_.Prepare("INSERT INTO indexed_type (database_id, record_type, fields) VALUES (?, ?, ?)"
@@ -187,7 +187,7 @@ void SqliteWrite::Reindex(int64_t databaseId, const std::string &recordType, con
 
 void SqliteWrite::SetSetting(const std::string &name, const std::string &value)
 {
-    GuardStore([&] {
+    GuardStore(connection_.Path(), [&] {
         SQLite::Statement &statement = connection_.Prepare("INSERT INTO setting (name, value) VALUES (?, ?)"
                                                            " ON CONFLICT (name) DO UPDATE SET value = excluded.value");
         statement.bind(1, name);
@@ -199,7 +199,7 @@ void SqliteWrite::SetSetting(const std::string &name, const std::string &value)
 void SqliteWrite::Commit()
 {
     AddChangeNotices();
-    GuardStore([&] {
+    GuardStore(connection_.Path(), [&] {
         DropNoticesOfNobody();
         for (const auto &[databaseId, sequence] : lastSequences_) {
             SQLite::Statement &statement =

@@ -28,6 +28,11 @@ void Journal::Read(const std::string &line)
             thread.sure[id] = title;
         }
         thread.underWay.clear();
+    } else if (what == "refused") {
+        for (const auto &[id, title] : thread.underWay) {
+            thread.sure.emplace(id, std::nullopt);
+        }
+        thread.underWay.clear();
     } else if (what == "subscribed") {
         words >> name;
         subscriptions_.insert(name);

@@ -16,7 +16,7 @@ using Titles = std::map<std::string, std::string>;
 // What the load clients have told: what must be there whoever was killed, and what may be there, but only as a whole.
 class Journal {
 public:
-    // A line as load_client.cpp describes it. Throws what a client says is wrong.
+    // A line as load_client.cpp describes it; besides, "refused THREAD" when it is known that nothing was done. Throws what a client says is wrong.
     void Read(const std::string &line);
 
     // What is wrong with these contents; empty when nothing is.

@@ -262,7 +262,7 @@ TEST_F(SaveTest, AFullDiskLeavesEverythingAsItWas)
     Json::Value reply = Ask("saveRecords", members);
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
-    EXPECT_THAT(reply, FailsWith(ErrorCode::STORE_FAILED, "the database failed", ""));
+    EXPECT_THAT(reply, FailsWith(ErrorCode::STORE_FAILED, "/drive.db: disk I/O error", ""));
     EXPECT_EQ(Ask("getStartCursor"), cursor);
     EXPECT_THAT(Ask("saveRecords", members)["records"][0], Succeeds()) << "no failure outlives its cause";
     Restart();
