@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "backup/backup_import.h"
 #include "host/event_channel.h"
 #include "util/file_util.h"
 
@@ -86,11 +87,12 @@ ServiceInstance::ServiceInstance(const std::string &dataFolder, int userId, std:
     lockFd_ = TakeLock(paths_.lock);
     try {
         store_ = std::make_unique<SqliteStore>(paths_.database);
+        catalogue_ = std::make_unique<Catalogue>(paths_.catalogue, *store_);
+        FinishImport(*store_, *catalogue_);
     } catch (const std::exception &) {
         close(lockFd_);
         throw;
     }
-    catalogue_ = std::make_unique<Catalogue>(paths_.catalogue, *store_);
     pushKey_ = std::make_unique<PushKey>(paths_.pushKey);
     auto publish = [userId](const std::string &eventName, const std::string &text, std::string &error) {
         return Host::PublishEvent(userId, eventName, text, error);

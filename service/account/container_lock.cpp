@@ -3,6 +3,7 @@
 
 #include "account/container_lock.h"
 
+#include "account/settings.h"
 #include "util/encoding.h"
 #include "util/failure.h"
 #include "util/json_util.h"
@@ -17,7 +18,7 @@ constexpr int64_t LOCK_MS = LOCK_SECONDS * MS_PER_SECOND;
 
 std::string SettingName(const DatabaseKey &key)
 {
-    return "lock/" + key.bundleName + "/" + key.containerName;
+    return SETTINGS_LOCK + key.bundleName + "/" + key.containerName;
 }
 
 void Keep(WriteSession &session, const DatabaseKey &key, const LockHolder &holder)

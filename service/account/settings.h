@@ -16,6 +16,12 @@ namespace DriveService {
 constexpr const char *SETTING_ACCOUNT_ID = "account/userId";
 constexpr const char *SETTING_CLOUD_STATUS = "account/cloudStatus";
 
+// How the names of families of settings begin.
+constexpr const char *SETTINGS_ACCESS_TOKEN = "accessToken/";
+constexpr const char *SETTINGS_LOCK = "lock/";
+constexpr const char *SETTINGS_RESTORE = "restore/";
+constexpr const char *SETTINGS_SERVED_VERSIONS = "catalogue/";
+
 // The setting's value; one that is not there yet is made and kept, so that everyone gets the same for ever.
 // `make` runs within a write session and must not begin another. One that `isCurrent` turns down, when it is given, is
 // made anew.

@@ -6,7 +6,9 @@
 #include <chrono>
 #include <filesystem>
 #include <set>
+#include <stdexcept>
 
+#include "account/settings.h"
 #include "catalogue/catalogue_parser.h"
 #include "catalogue/served_versions.h"
 #include "util/encoding.h"
@@ -105,6 +107,37 @@ std::vector<std::shared_ptr<const AppEntry>> Catalogue::All()
     return entries;
 }
 
+std::map<std::string, std::string> Catalogue::Texts()
+{
+    std::map<std::string, std::string> texts;
+    for (const std::shared_ptr<const AppEntry> &entry : All()) {
+        std::string error;
+        std::string path = PathOf(entry->bundleName);
+        std::optional<std::string> text = ReadFile(path, MAX_FILE_BYTES, error);
+        if (!text) {
+            throw std::runtime_error("catalogue file " + path + " cannot be read: " + error);
+        }
+        ParsedEntry parsed = ParseCatalogueText(*text);
+        if (!parsed.problems.empty()) {
+            throw std::runtime_error("a catalogue file is broken; mend it, or apply a good one:\n" +
+                                     DescribeProblems(path, parsed.problems));
+        }
+        texts.emplace(entry->bundleName, std::move(*text));
+    }
+    return texts;
+}
+
+void Catalogue::Install(const std::map<std::string, std::string> &texts)
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    MakePrivateFolder(folder_);
+    for (const auto &[bundleName, text] : texts) {
+        ReplaceFile(PathOf(bundleName), text);
+    }
+    // The versions that the store remembers are other ones, too.
+    cache_.clear();
+}
+
 void Catalogue::Load(const std::string &bundleName, const FileSignature &signature, Cached &cached)
 {
     bool settled = IsSettled(signature);
@@ -138,7 +171,7 @@ std::shared_ptr<const AppEntry> Catalogue::MakeEntry(const std::string &bundleNa
         return nullptr;
     }
     auto entry = std::make_shared<AppEntry>(std::move(parsed.entry));
-    std::string setting = "catalogue/" + bundleName;
+    std::string setting = SETTINGS_SERVED_VERSIONS + bundleName;
     std::unique_ptr<WriteSession> session = store_.BeginWrite();
     std::string last = session->View().Setting(setting).value_or("");
     Json::Value served;

@@ -31,6 +31,13 @@ public:
     // The bundles in the order of their names.
     std::vector<std::shared_ptr<const AppEntry>> All();
 
+    // The texts of their files, by bundle name. Throws std::runtime_error when one cannot be read or is broken.
+    std::map<std::string, std::string> Texts();
+
+    // Puts files in force that were checked before, and forgets what was read. Throws std::runtime_error when one cannot
+    // be written.
+    void Install(const std::map<std::string, std::string> &texts);
+
 private:
     struct Cached {
         FileSignature signature;

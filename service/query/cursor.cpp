@@ -53,7 +53,7 @@ Json::Value Unseal(const std::string &cursor, const char *kind, const DatabaseIn
         Refuse(cursor, "is damaged");
     }
     if (body.empty() || body[0] != Json::Value(database.uid)) {
-        Refuse(cursor, "belongs to another database");
+        Refuse(cursor, "belongs to another database, or to its data before an import");
     }
     return body;
 }

@@ -48,11 +48,13 @@ Json::Value FetchDatabaseChanges(ServiceContext &context, const Request &request
     query.recordType = rule != nullptr ? rule->recordType : "";
     query.conditions = ConditionsOf(request, rule);
     query.bounds = BoundsOf(request);
-    query.databaseId = FindDatabase(context, target).id;
+    DatabaseInfo found = FindDatabase(context, target);
+    query.databaseId = found.id;
 
     std::unique_ptr<ReadSession> session =
         query.conditions.empty() ? context.store.BeginRead() : BeginIndexedRead(context, query.databaseId, *rule);
     // In the view that the changes are read from: the new start cursor must not skip what was written after it.
+    RequireSameDatabase(*session, target, found);
     DatabaseInfo database = session->FindDatabase(target.key).value();
     std::string cursor = request.TextOr("cursor", "");
     query.after = cursor.empty() ? 0 : ReadChangeCursor(cursor, database);

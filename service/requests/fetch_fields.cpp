@@ -42,9 +42,10 @@ WantedRecord FetchWanted(ServiceContext &context, const Request &request)
     const RecordTypeRule &rule = FindRecordType(target, request);
     std::set<std::string> fields = WantedFields(request, target, &rule);
     std::string recordId = request.NonEmptyText("recordId");
-    int64_t databaseId = FindDatabase(context, target).id;
-    WantedRecord wanted{std::move(target), rule, std::move(fields), databaseId, context.store.BeginRead(), {}};
-    std::optional<Failure> failure = FindLive(*wanted.session, databaseId, rule.recordType, recordId, wanted.record);
+    DatabaseInfo database = FindDatabase(context, target);
+    WantedRecord wanted{std::move(target), rule, std::move(fields), database.id, context.store.BeginRead(), {}};
+    RequireSameDatabase(*wanted.session, wanted.target, database);
+    std::optional<Failure> failure = FindLive(*wanted.session, database.id, rule.recordType, recordId, wanted.record);
     if (failure) {
         throw RequestError(std::move(*failure));
     }

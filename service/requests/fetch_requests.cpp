@@ -30,6 +30,7 @@ Json::Value FetchNamed(
     }
     DatabaseInfo database = FindDatabase(context, target);
     std::unique_ptr<ReadSession> session = context.store.BeginRead();
+    RequireSameDatabase(*session, target, database);
     Json::Value reply = Success();
     Json::Value &list = reply["records"] = Json::Value(Json::arrayValue);
     size_t bytes = 0;
@@ -80,7 +81,10 @@ Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &reques
     if (!cursor.empty()) {
         query.after = ReadQueryCursor(cursor, database, identity, query.order);
     }
-    QueryPage page = BeginIndexedRead(context, database.id, rule)->Query(query);
+    std::unique_ptr<ReadSession> session = BeginIndexedRead(context, database.id, rule);
+    RequireSameDatabase(*session, target, database);
+    QueryPage page = session->Query(query);
+    session.reset();
 
     Json::Value reply = Success();
     Json::Value &list = reply["records"] = Json::Value(Json::arrayValue);

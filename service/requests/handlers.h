@@ -23,6 +23,10 @@ Json::Value GetReportInfo(ServiceContext &context, const Request &request);
 Json::Value GetSettings(ServiceContext &context, const Request &request);
 Json::Value SetSetting(ServiceContext &context, const Request &request);
 
+// backup_requests.cpp
+Json::Value ExportData(ServiceContext &context, const Request &request);
+Json::Value ImportData(ServiceContext &context, const Request &request);
+
 // catalogue_requests.cpp
 Json::Value GetCloudAppInfo(ServiceContext &context, const Request &request);
 Json::Value GetCloudAppSwitches(ServiceContext &context, const Request &request);

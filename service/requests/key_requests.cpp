@@ -56,7 +56,7 @@ Json::Value GetCommonKey(ServiceContext &context, const Request &request)
 Json::Value GetAccessToken(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
-    std::string setting = "accessToken/" + target.key.bundleName + "/" + target.key.containerName;
+    std::string setting = SETTINGS_ACCESS_TOKEN + target.key.bundleName + "/" + target.key.containerName;
     int64_t nowMs = context.nowMs();
     auto make = [nowMs] { return MakeToken(nowMs); };
     auto isCurrent = [nowMs](const std::string &kept) {

@@ -177,6 +177,16 @@ DatabaseInfo FindDatabase(const ServiceContext &context, const Target &target)
     return made;
 }
 
+void RequireSameDatabase(ReadSession &session, const Target &target, const DatabaseInfo &database)
+{
+    std::optional<DatabaseInfo> present = session.FindDatabase(target.key);
+    if (!present || present->uid != database.uid) {
+        throw RequestError(
+            ErrorCode::STORE_FAILED, "the data of container \"" + target.container->name +
+                                         "\" was replaced by an import while the request was answered; send it again");
+    }
+}
+
 Json::Value Success()
 {
     Json::Value reply(Json::objectValue);

@@ -94,6 +94,9 @@ Failure UnknownRecordType(const Target &target, const std::string &recordType);
 // The target's database, made when it is not there yet.
 DatabaseInfo FindDatabase(const ServiceContext &context, const Target &target);
 
+// Throws RequestError when an import has replaced the database since it was found.
+void RequireSameDatabase(ReadSession &session, const Target &target, const DatabaseInfo &database);
+
 // {"code": 0}
 Json::Value Success();
 

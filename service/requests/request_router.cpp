@@ -28,6 +28,8 @@ const std::map<std::string, Handler> &Handlers()
         {"getReportInfo", GetReportInfo},
         {"getSettings", GetSettings},
         {"setSetting", SetSetting},
+        {"exportData", ExportData},
+        {"importData", ImportData},
         {"GetCloudAppInfo", GetCloudAppInfo},
         {"GetCloudAppSwitches", GetCloudAppSwitches},
         {"getCloudAppBriefInfo", GetCloudAppBriefInfo},

@@ -41,6 +41,8 @@ public:
     std::vector<Subscription> Subscriptions(
         const std::string &bundleName, const std::string &containerName, int64_t time) override;
     std::vector<Notice> Notices(int64_t most) override;
+    void VisitRows(BackupTable table, const std::function<void(const Json::Value &row)> &visit) override;
+    std::vector<WrittenType> WrittenTypes() override;
 
 private:
     std::vector<QueryPosition> FindPositions(const RecordQuery &query);

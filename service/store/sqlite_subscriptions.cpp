@@ -14,6 +14,20 @@ namespace {
 
 constexpr size_t NOTICE_UID_BYTES = 16;
 
+Subscription ReadSubscription(SQLite::Statement &row)
+{
+    Subscription subscription;
+    int column = 0;
+    subscription.id = row.getColumn(column++).getString();
+    subscription.bundleName = row.getColumn(column++).getString();
+    subscription.containerName = row.getColumn(column++).getString();
+    subscription.eventName = row.getColumn(column++).getString();
+    subscription.expirationTime = row.getColumn(column).getInt64();
+    return subscription;
+}
+
+} // namespace
+
 std::string ListText(const std::set<std::string> &texts)
 {
     Json::Value list(Json::arrayValue);
@@ -36,20 +50,6 @@ const char *ScopeName(int64_t databaseType)
             return "public";
     }
 }
-
-Subscription ReadSubscription(SQLite::Statement &row)
-{
-    Subscription subscription;
-    int column = 0;
-    subscription.id = row.getColumn(column++).getString();
-    subscription.bundleName = row.getColumn(column++).getString();
-    subscription.containerName = row.getColumn(column++).getString();
-    subscription.eventName = row.getColumn(column++).getString();
-    subscription.expirationTime = row.getColumn(column).getInt64();
-    return subscription;
-}
-
-} // namespace
 
 std::optional<Subscription> SqliteRead::FindSubscription(const std::string &id)
 {

@@ -36,6 +36,9 @@ public:
     void AddNotice(const std::string &subscriptionId, const NoticeContent &content) override;
     void DropNotices(const std::vector<Notice> &notices) override;
     void SetPrepareTraceId(const std::string &prepareTraceId) override;
+    void BeginRestore(const std::string &keptSettings) override;
+    void AddRow(BackupTable table, const Json::Value &row) override;
+    std::string FindContradiction() override;
     void Commit() override;
 
 private:
@@ -55,6 +58,7 @@ private:
     std::map<int64_t, std::set<std::string>> changedTypes_; // by database
     std::string prepareTraceId_;
     bool hasNotices_ = false;
+    int64_t restoreBase_ = 0; // added to a backup's number of a database it is the number here
     bool hasDroppedSubscriptions_ = false;
 };
 

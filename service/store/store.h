@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -17,6 +18,12 @@ namespace DriveService {
 
 // The database could not be opened, read or written. The session it came from is of no further use.
 class StoreError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// A row of a backup does not fit into the store; the text says what is wrong with it.
+class BackupRowError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
@@ -63,6 +70,12 @@ public:
 
     // The oldest, in the order in which they came.
     virtual std::vector<Notice> Notices(int64_t most) = 0;
+
+    // Each row of the table as an object, in the order of its key. Databases are numbered by their names from 1 on, and
+    // other rows name them by these numbers. `visit` must not use the session.
+    virtual void VisitRows(BackupTable table, const std::function<void(const Json::Value &row)> &visit) = 0;
+
+    virtual std::vector<WrittenType> WrittenTypes() = 0;
 };
 
 // The one writer. Sees what it has written itself. What was not committed when it ends is undone.
@@ -108,6 +121,17 @@ public:
     // For the notices about what the session changes.
     virtual void SetPrepareTraceId(const std::string &prepareTraceId) = 0;
 
+    // Drops all records, databases and settings, but neither subscriptions nor the settings whose names begin so. What is
+    // added from then on belongs to new databases: no cursor and no number of an old one fits them.
+    virtual void BeginRestore(const std::string &keptSettings) = 0;
+
+    // A row as VisitRows gave it; a subscription only if there is no other of its id, or of its container and event name.
+    // Throws BackupRowError.
+    virtual void AddRow(BackupTable table, const Json::Value &row) = 0;
+
+    // What in the rows that were added contradicts itself, as a text for people; empty when nothing does.
+    virtual std::string FindContradiction() = 0;
+
     // Adds a notice about each database with changed records for each subscription of its container. On disk when it returns.
     virtual void Commit() = 0;
 };
@@ -124,6 +148,12 @@ public:
     // called.
     virtual void SetNoticeListener(std::function<void()> listener) = 0;
 };
+
+// The name of a database type in notices.
+const char *ScopeName(int64_t databaseType);
+
+// A JSON text of the list.
+std::string ListText(const std::set<std::string> &texts);
 
 // The indexed values of a record's data, a JSON object. Values that do not fit a field's kind are left out.
 std::vector<IndexRow> MakeIndexRows(const Json::Value &data, const std::vector<IndexedField> &fields);

@@ -162,6 +162,21 @@ struct NoticeContent {
     std::string prepareTraceId; // of the user action that led to the change; may be empty
 };
 
+// What a backup holds of the store, in the order in which it is put back.
+enum class BackupTable {
+    DATABASES,
+    RECORDS,
+    ASSETS,
+    SETTINGS,
+    SUBSCRIPTIONS,
+};
+
+// The record types that a database has records of, deleted ones too.
+struct WrittenType {
+    DatabaseKey database;
+    std::string recordType;
+};
+
 // A notice that waits to be sent.
 struct Notice {
     int64_t number = 0; // later ones have larger ones

@@ -15,57 +15,19 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "util/file_handle.h"
+
 namespace DriveService {
 
 namespace {
 
 constexpr mode_t PRIVATE_FOLDER = S_IRWXU;
-constexpr mode_t PRIVATE_FILE = S_IRUSR | S_IWUSR;
 constexpr int64_t NS_PER_SECOND = 1000000000;
 
 [[noreturn]] void Fail(const std::string &action, const std::string &path)
 {
     throw std::runtime_error("cannot " + action + " " + path + ": " + std::strerror(errno));
 }
-
-// Closes at the end of its scope.
-class FileDescriptor {
-public:
-    FileDescriptor(const std::string &path, int flags)
-        : fd_(open(path.c_str(), flags | O_CLOEXEC, PRIVATE_FILE)), path_(path)
-    {
-        if (fd_ < 0) {
-            Fail("open", path_);
-        }
-    }
-    ~FileDescriptor()
-    {
-        close(fd_);
-    }
-    FileDescriptor(const FileDescriptor &) = delete;
-    FileDescriptor &operator=(const FileDescriptor &) = delete;
-
-    void Write(const std::string &content)
-    {
-        for (size_t done = 0; done < content.size();) {
-            ssize_t count = write(fd_, content.data() + done, content.size() - done);
-            if (count < 0 && errno != EINTR) {
-                Fail("write", path_);
-            }
-            done += count < 0 ? 0 : static_cast<size_t>(count);
-        }
-    }
-    void Flush()
-    {
-        if (fsync(fd_) != 0) {
-            Fail("flush", path_);
-        }
-    }
-
-private:
-    int fd_;
-    std::string path_;
-};
 
 } // namespace
 
@@ -122,7 +84,7 @@ void ReplaceFile(const std::string &path, const std::string &content)
     std::string beside =
         (folder / ("." + target.filename().string() + "." + std::to_string(getpid()) + ".new")).string();
     try {
-        FileDescriptor file(beside, O_WRONLY | O_CREAT | O_TRUNC);
+        FileHandle file(beside, O_WRONLY | O_CREAT | O_TRUNC);
         file.Write(content);
         file.Flush();
         if (rename(beside.c_str(), path.c_str()) != 0) {
@@ -132,7 +94,7 @@ void ReplaceFile(const std::string &path, const std::string &content)
         unlink(beside.c_str());
         throw;
     }
-    FileDescriptor(folder.string(), O_RDONLY | O_DIRECTORY).Flush();
+    FileHandle(folder.string(), O_RDONLY | O_DIRECTORY).Flush();
 }
 
 std::optional<FileSignature> SignatureOf(const std::string &path)
