@@ -25,6 +25,7 @@ ClientProcess::ClientProcess(std::vector<std::string> command)
         throw std::runtime_error("no pipe");
     }
     std::vector<char *> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string &part : command) {
         arguments.push_back(part.data());
     }

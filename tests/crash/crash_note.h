@@ -12,7 +12,7 @@
 
 namespace Crash {
 // Long enough that a few records fill more than one page of the database.
-constexpr size_t THUMBNAIL_BYTES = 2000;
+constexpr size_t THUMBNAIL_BYTES = 700;
 
 inline Nubis::NBRecordField TagsOf(const std::string &title)
 {

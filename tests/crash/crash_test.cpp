@@ -20,9 +20,9 @@ constexpr int PAGE = 500;
 // Each finds rows that only half a transaction leaves.
 constexpr const char *HALF_THERE[] = {
     "SELECT record_id FROM record JOIN cloud_database USING (database_id) WHERE sequence > last_sequence",
-    "SELECT r.record_id FROM record r WHERE deleted = 0 AND NOT EXISTS (SELECT 1 FROM record_value v"
-    " WHERE v.database_id = r.database_id AND v.record_id = r.record_id AND v.field = 'title'"
-    " AND instr(r.data, v.text_value) > 0)",
+    ("SELECT record_id FROM record r WHERE deleted = 0 AND NOT EXISTS (SELECT 1 FROM record_value v"
+     " WHERE v.database_id = r.database_id AND v.record_id = r.record_id AND field = 'title'"
+     " AND instr(data, text_value) > 0)"),
     "SELECT record_id FROM record_value WHERE record_id NOT IN (SELECT record_id FROM record WHERE deleted = 0)",
     "SELECT record_id FROM asset WHERE record_id NOT IN (SELECT record_id FROM record WHERE deleted = 0)",
     "SELECT subscription_id FROM notice WHERE subscription_id NOT IN (SELECT subscription_id FROM subscription)",
@@ -35,7 +35,7 @@ std::string TitleOfWhole(const NBRecord &record)
     Json::Value fields = JsonOf(record);
     // The service adds to it.
     fields.removeMember("photo");
-    const std::string title = TitleOf(record);
+    std::string title = TitleOf(record);
     const int64_t round = fields["stars"].asInt64();
     EXPECT_EQ(fields, JsonOf(NoteOf("", title, round))) << record.GetRecordId() << " is half there";
     return title;

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <functional>
 #include <future>
+#include <iostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -88,15 +89,21 @@ protected:
         return Change(ids, [&] { return Save(Database(), notes); });
     }
 
-    // Fills what space there is, looks whether every call says why it fails and nothing is lost, and whether all is
-    // well again when there is space.
-    void FillAndHeal(const std::function<void()> &heal)
+    void Fill()
     {
-        const pid_t service = RunningService();
         for (const size_t count : {20, 1}) {
             while (SaveSome(count)) {
             }
         }
+    }
+
+    // Fills what space there is, looks whether every call says why it fails and nothing is lost, and whether all is
+    // well again when there is space.
+    void FillAndHeal(const std::function<void()> &heal)
+    {
+        Fill();
+        const pid_t service = Service().Pid();
+        std::cout << "figures: full after " << journal_.Acknowledged() << " requests\n";
         // Something smaller may still fit.
         Change({"copy"}, [this] { return Copy(Database(), {{NoteOf("copy", "copy", 0), "disk1"}}); });
         Change({"one", "two"}, [this] {
@@ -187,6 +194,13 @@ TEST_F(FullDiskTest, FileSystem)
     FillAndHeal([this] {
         ASSERT_EQ(mount("tmpfs", DataFolder().c_str(), "tmpfs", MS_REMOUNT, "size=64m"), 0) << std::strerror(errno);
     });
+}
+
+TEST_F(FullDiskTest, Start)
+{
+    Fill();
+    Service().Kill();
+    CheckAllData(journal_);
 }
 
 class ReadOnlyTest : public DiskTest {

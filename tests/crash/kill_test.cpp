@@ -78,7 +78,7 @@ protected:
 
     void ReportFigures(const char *victim) const
     {
-        std::cout << g_options.rounds << " " << victim << " killed, " << journal_.Acknowledged()
+        std::cout << "figures: " << g_options.rounds << " " << victim << " killed, " << journal_.Acknowledged()
                   << " requests acknowledged, " << journal_.Lost() << " under way\n";
     }
 

@@ -25,7 +25,7 @@ TEST_F(LeavingTest, Client)
     }
     EXPECT_EQ(Service().Pid(), service);
     ExpectHoldings(service, before);
-    std::cout << g_options.rounds << " clients left by each way\n";
+    std::cout << "figures: " << g_options.rounds << " clients left by each way\n";
 }
 } // namespace
 } // namespace Crash
