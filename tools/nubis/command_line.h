@@ -31,6 +31,7 @@ void SetAction(CLI::App &command, Chosen &chosen, Action action);
 
 // The families, one source each.
 void AddServiceCommands(CLI::App &app, Chosen &chosen);
+void AddBackupCommands(CLI::App &service, Chosen &chosen);
 void AddCatalogueCommands(CLI::App &app, Chosen &chosen);
 void AddCatalogueAppCommands(CLI::App &catalogue, Chosen &chosen);
 void AddUserCommands(CLI::App &app, Chosen &chosen);

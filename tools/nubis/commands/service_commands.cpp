@@ -75,7 +75,8 @@ int Exec(const CommonOptions &options, const std::vector<std::string> &arguments
 
 void AddServiceCommands(CLI::App &app, Chosen &chosen)
 {
-    CLI::App *family = AddCommand(app, "service", "Start, stop and look at the drive service", "nubis service status");
+    CLI::App *family =
+        AddCommand(app, "service", "Start, stop, back up and look at the drive service", "nubis service status");
     family->require_subcommand(1);
     auto options = std::make_shared<CommonOptions>();
 
@@ -94,6 +95,8 @@ void AddServiceCommands(CLI::App &app, Chosen &chosen)
         PrintStatus(console, *options, FindService(options->user));
         return EXIT_DONE;
     });
+
+    AddBackupCommands(*family, chosen);
 
     CLI::App *exec =
         AddCommand(*family, "exec", "Run a command against a fresh service of its own, and return its exit status",
