@@ -44,7 +44,8 @@ std::vector<std::vector<std::string>> AllCommands()
         {"record", "import"}, {"record", "save"}, {"record", "get"}, {"record", "delete"}, {"record", "query"},
         {"record", "modify"}, {"record", "copy"}, {"share"}, {"key"}, {"key", "common"}, {"key", "service"},
         {"key", "user"}, {"token"}, {"report"}, {"report", "send"}, {"report", "list"}, {"changes"}, {"crid", "encode"},
-        {"crid", "decode"}};
+        {"crid", "decode"}, {"record", "new-ids"}, {"catalogue", "switches"}, {"catalogue", "params"},
+        {"completion", "bash"}};
 }
 
 TEST(CommandLine, EveryCommandHasHelpWithAnExample)

@@ -198,17 +198,43 @@ TEST_F(EndToEndTest, ExecThatIsInterruptedWhileTheServiceStartsLeavesNoService)
 {
     std::filesystem::create_directory("manifests");
     // The service interrupts everyone who waits for it, as a terminal does, before it comes up.
+    Put("manifests/serve", "echo $$ >$FOLDER/service\nkill -INT -$(cat $FOLDER/group)\n"
+                           "exec nubis-drive-service --data $1 --user $2 --idle-seconds 60\n");
     Put("manifests/com.orvane.tyra.aerostash.json",
-        R"({"bundleName": "com.orvane.tyra.aerostash", "abilities": [{"name": "DriveServiceAbility", "exec": ["sh", "-c",
-            "echo $$ >$FOLDER/service; kill -INT -$(cat $FOLDER/group); exec nubis-drive-service --data ${state}/drive --user ${user} --idle-seconds 60"],
-            "metadata": [{"name": "abilityVersion", "value": "1"}]}]})");
+        R"({"bundleName": "com.orvane.tyra.aerostash", "abilities": [{"name": "DriveServiceAbility",
+            "exec": ["sh", "${manifestDir}/serve", "${state}/drive", "${user}"]}]})");
     EXPECT_EQ(NubisTest::RunCommand("export FOLDER=$PWD NUBIS_MANIFEST_PATH=$PWD/manifests\n"
                                     "setsid -w sh -c 'echo $$ >group; exec nubis service exec -- echo ran' 2>errors\n"
-                                    "status=$?; kill -0 $(cat service) 2>/dev/null && exit 99; exit $status",
+                                    "status=$?; test -e /proc/$(cat service)/exe && exit 99; exit $status",
                   out_),
         130);
     EXPECT_EQ(out_, "");
     EXPECT_THAT(Errors(), HasSubstr("interrupted while the fresh service was being started"));
+}
+
+TEST_F(EndToEndTest, BashCompletesWhatTheCommandsTake)
+{
+    Put("notes.csv", "title\n");
+    const std::vector<std::pair<std::string, std::string>> lines = {{"rec", "record"}, {"record mod", "modify"},
+        {"record query --sc", "--scope"}, {"record query --scope ", "private public shared"},
+        {"record query --scope = pri", "private"}, {"record save --policy =", "merge overwrite unchanged"},
+        {"record query --bundle ", ""}, {"record query --json --li", "--limit"}, {"record import no", "notes.csv"},
+        {"report send e", "end"}, {"crid encode -n 1", "1 10"}, {"lock exec --bundle b -- cat no", "notes.csv"},
+        {"demo-", ""}};
+    std::string script = "source <(nubis completion bash)\n";
+    for (const auto &[line, expected] : lines) {
+        const std::string last = line.back() == ' ' ? " ''" : "";
+        script += "COMP_WORDS=(nubis " + line + last + "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); " +
+                  "_nubis 2>/dev/null; echo \"" + line + ": ${COMPREPLY[*]}\"\n";
+    }
+    Put("complete", script);
+    ASSERT_EQ(NubisTest::RunCommand("bash complete", out_), 0);
+    std::istringstream completed(out_);
+    for (const auto &[line, expected] : lines) {
+        std::string text;
+        std::getline(completed, text);
+        EXPECT_EQ(text, line + ": " + expected);
+    }
 }
 
 TEST_F(EndToEndTest, TheDemoHolds)

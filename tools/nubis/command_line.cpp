@@ -147,6 +147,7 @@ int RunTool(std::vector<std::string> arguments, const Console &console)
     AddWatchCommand(app, chosen);
     AddNotifyCommands(app, chosen);
     AddCridCommands(app, chosen);
+    AddCompletionCommands(app, chosen);
 
     TakePassedOn(arguments, chosen);
     int status = ReadArguments(app, std::move(arguments), console);

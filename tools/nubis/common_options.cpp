@@ -4,6 +4,7 @@
 #include "common_options.h"
 
 #include <charconv>
+#include <iterator>
 #include <set>
 #include <sstream>
 
@@ -24,6 +25,22 @@ CLI::Validator WholeNumber(uint64_t least, uint64_t most)
                text + "\"";
     };
     return {check, ""};
+}
+
+std::vector<std::string> ChoicesOf(CLI::Option &option)
+{
+    try {
+        // CLI11 tells the end of an option's validators by an exception alone.
+        for (int i = 0;; ++i) {
+            const std::string &name = option.get_validator(i)->get_name();
+            if (name.rfind(CHOICES_NAME, 0) == 0) {
+                std::istringstream words(name.substr(std::string(CHOICES_NAME).size()));
+                return {std::istream_iterator<std::string>(words), std::istream_iterator<std::string>()};
+            }
+        }
+    } catch (const CLI::OptionNotFound &) {
+        return {};
+    }
 }
 
 CLI::Validator Seconds(double least, double most)

@@ -29,6 +29,8 @@ struct CommonOptions {
 // CLI11's own checks speak of types and of enumerators; these speak to people.
 CLI::Validator WholeNumber(uint64_t least, uint64_t most = std::numeric_limits<uint64_t>::max());
 
+constexpr const char *CHOICES_NAME = "one of";
+
 template <typename Choice>
 CLI::Validator OneOf(const std::map<std::string, Choice> &choices)
 {
@@ -44,8 +46,16 @@ CLI::Validator OneOf(const std::map<std::string, Choice> &choices)
         }
         return "expected one of " + names + ", found \"" + text + "\"";
     };
-    return {translate, ""};
+    // The name is where ChoicesOf finds them.
+    std::string name = CHOICES_NAME;
+    for (const auto &[choice, value] : choices) {
+        name += " " + choice;
+    }
+    return {translate, "", name};
 }
+
+// What an option with OneOf may be; empty for others.
+std::vector<std::string> ChoicesOf(CLI::Option &option);
 
 // Of a positive length; fractions are welcome.
 CLI::Validator Seconds(double least, double most);
