@@ -51,6 +51,11 @@ void RefuseFolderOpenToOthers(const std::string &folder)
     if (stat(folder.c_str(), &info) != 0) {
         throw std::runtime_error("cannot look at " + folder + ": " + std::strerror(errno));
     }
+    if (info.st_uid != geteuid()) {
+        throw std::runtime_error("the folder " + folder + " belongs to user " + std::to_string(info.st_uid) +
+                                 ", not to user " + std::to_string(geteuid()) +
+                                 "; run the service as its owner, or name another data folder");
+    }
     if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
         throw std::runtime_error(
             "others can write to the data folder " + folder + "; run chmod go-w on it, or name another one");
@@ -84,6 +89,7 @@ ServiceInstance::ServiceInstance(const std::string &dataFolder, int userId, std:
     RefuseFolderOpenToOthers(dataFolder);
     MakePrivateFolder(paths_.userFolder);
     Tighten(paths_.userFolder);
+    RefuseFolderOpenToOthers(paths_.userFolder);
     lockFd_ = TakeLock(paths_.lock);
     try {
         store_ = std::make_unique<SqliteStore>(paths_.database);

@@ -127,17 +127,17 @@ void MigrateSchema(SqliteConnection &connection)
     SQLite::Statement &read = connection.Prepare("SELECT MAX(version) FROM schema_info");
     read.executeStep();
     bool fresh = read.getColumn(0).isNull();
-    auto version = static_cast<size_t>(fresh ? 0 : read.getColumn(0).getInt64());
+    int64_t found = fresh ? 0 : read.getColumn(0).getInt64();
     read.reset();
-    if (version > Steps().size()) {
-        throw std::runtime_error("the database has schema version " + std::to_string(version) +
+    if (found < 0 || found > static_cast<int64_t>(Steps().size())) {
+        throw std::runtime_error("the database has schema version " + std::to_string(found) +
                                  ", this program knows versions up to " + std::to_string(Steps().size()) +
-                                 "; use a newer program");
+                                 "; use a newer program, or import a backup into a new data folder");
     }
     if (fresh) {
         connection.Execute("INSERT INTO schema_info (version) VALUES (0)");
     }
-    for (; version < Steps().size(); ++version) {
+    for (auto version = static_cast<size_t>(found); version < Steps().size(); ++version) {
         for (const char *statement : Steps()[version]) {
             connection.Execute(statement);
         }

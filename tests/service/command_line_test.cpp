@@ -148,6 +148,13 @@ TEST_F(CommandLineTest, DataFoldersAreMadePrivateAndServedOnce)
     struct stat info {};
     ASSERT_EQ(stat((data + "/user-100").c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0700u) << "what is the service's own is tightened";
+    constexpr uid_t another = 65534;
+    for (const std::string &folder : {data + "/user-100", data}) {
+        if (geteuid() == 0) {
+            ASSERT_EQ(chown(folder.c_str(), another, another), 0);
+            EXPECT_THAT(open(data), HasSubstr("the folder " + folder + " belongs to user 65534, not to user 0"));
+        }
+    }
 }
 
 } // namespace
