@@ -17,6 +17,7 @@
 #include <map>
 #include <optional>
 #include <random>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -74,22 +75,21 @@ private:
         const std::string third = RandomId();
         switch (random_() % 8) {
             case 0:
-                return Change({{first, title_}}, {});
+                return SaveNotes({first});
             case 1:
-                return Change({{first, title_}, {second, title_}, {third, title_}}, {});
+                return SaveNotes({first, second, third});
             case 2:
             case 3:
-                return Modify(first, second, third);
+                return ModifyNotes(first, second, third);
             case 4:
-                return IsLive(first) ? Change({}, {first}) : Change({{first, title_}}, {});
+                return IsLive(first) ? DeleteNote(first) : SaveNotes({first});
             case 5:
-                return IsLive(first) ? CopyOf(first) : Change({{first, title_}}, {});
+                return IsLive(first) ? CopyNote(first) : SaveNotes({first});
             case 6:
                 return SaveAsset(first);
             default:
                 Subscribe();
-                Page page = Query(database_, {"note", "stars=" + std::to_string(round_), {}});
-                return Judge(page.error);
+                return Judge(Query(database_, {"note", "stars=" + std::to_string(round_), {}}).error);
         }
     }
 
@@ -110,50 +110,47 @@ private:
         return IsLive(id) ? record.Existing(0) : record;
     }
 
-    std::vector<NBRecord> RecordsOf(const Changes &changes, bool isSaved) const
+    bool SaveNotes(const std::set<std::string> &ids)
     {
+        Changes changes;
         std::vector<NBRecord> records;
-        for (const auto &[id, title] : changes) {
-            if (title.has_value() == isSaved) {
-                records.push_back(RecordOf(id));
-            }
+        for (const std::string &id : ids) {
+            changes[id] = title_;
+            records.push_back(RecordOf(id));
         }
-        return records;
+        return Change(changes, [&] { return Save(database_, records); });
     }
 
-    bool Modify(const std::string &first, const std::string &second, const std::string &third)
+    bool DeleteNote(const std::string &id)
+    {
+        return Change({{id, std::nullopt}}, [&] { return Delete(database_, {RecordOf(id)}); });
+    }
+
+    // All of it or nothing; the last one is deleted if it is there.
+    bool ModifyNotes(const std::string &first, const std::string &second, const std::string &last)
     {
         Changes changes{{first, title_}, {second, title_}};
-        if (IsLive(third)) {
-            changes[third] = std::nullopt;
+        std::vector<NBRecord> saved;
+        std::vector<NBRecord> deleted;
+        for (const auto &[id, title] : changes) {
+            saved.push_back(RecordOf(id));
         }
-        Begin(changes);
-        Modified modified = NubisTest::Modify(database_, RecordsOf(changes, true), RecordsOf(changes, false), true);
-        modified.saved.insert(modified.deleted.begin(), modified.deleted.end());
-        return Conclude(changes, modified.saved, modified.error);
+        if (IsLive(last) && changes.emplace(last, std::nullopt).second) {
+            deleted.push_back(RecordOf(last));
+        }
+        return Change(changes, [&] {
+            Modified modified = Modify(database_, saved, deleted, true);
+            modified.saved.merge(modified.deleted);
+            return Saved{0, std::move(modified.saved), std::move(modified.error)};
+        });
     }
 
-    bool Change(const Changes &saved, const std::vector<std::string> &deleted)
-    {
-        Changes changes = saved;
-        for (const std::string &id : deleted) {
-            changes[id] = std::nullopt;
-        }
-        Begin(changes);
-        const Saved outcome =
-            deleted.empty() ? Save(database_, RecordsOf(changes, true)) : Delete(database_, RecordsOf(changes, false));
-        return Conclude(changes, outcome.results, outcome.error);
-    }
-
-    bool CopyOf(const std::string &source)
+    bool CopyNote(const std::string &source)
     {
         const std::string id = name_ + "-" + title_;
-        const Changes changes{{id, title_}};
-        Begin(changes);
         // The rest of the fields is the source's.
         const NBRecord order = Note(title_).Id(id).With("tags", Crash::TagsOf(title_));
-        const Saved copied = Copy(database_, {{order, source}});
-        return Conclude(changes, copied.results, copied.error);
+        return Change({{id, title_}}, [&] { return Copy(database_, {{order, source}}); });
     }
 
     // The service asks this process for the content before it answers.
@@ -163,10 +160,8 @@ private:
         photo.assetName = "p.jpg";
         photo.sha256 = title_;
         photo.size = 3;
-        const Changes changes{{id, title_}};
-        Begin(changes);
-        const Saved saved = Save(database_, {RecordOf(id).With("photo", NBRecordField(photo))});
-        return Conclude(changes, saved.results, saved.error);
+        return Change(
+            {{id, title_}}, [&] { return Save(database_, {RecordOf(id).With("photo", NBRecordField(photo))}); });
     }
 
     void Subscribe()
@@ -181,18 +176,11 @@ private:
             });
     }
 
-    void Begin(const Changes &changes)
-    {
-        std::string text;
-        for (const auto &[id, title] : changes) {
-            text += id + "=" + title.value_or("") + " ";
-        }
-        Tell("begin", name_, text);
-    }
-
     bool Judge(const NBError &error)
     {
-        if (error.IsLocalError()) {
+        if (error.GetLocalErrorCode() == NB_LOCAL_UNEXPECTED_REPLY) {
+            Tell("wrong", name_, "a record has no result");
+        } else if (error.IsLocalError()) {
             Tell("lost", name_, std::to_string(error.GetLocalErrorCode()));
         } else if (error.HasError()) {
             Tell("wrong", name_, error.GetErrorMsg());
@@ -200,18 +188,22 @@ private:
         return !error.HasError();
     }
 
-    bool Conclude(const Changes &changes, const NBResultMap &results, const NBError &error)
+    template <typename Call>
+    bool Change(const Changes &changes, const Call &call)
     {
-        if (!Judge(error)) {
+        std::string text;
+        for (const auto &[id, title] : changes) {
+            text += id + "=" + title.value_or("") + " ";
+        }
+        Tell("begin", name_, text);
+        const Saved outcome = call();
+        if (!Judge(outcome.error)) {
             return false;
         }
         for (const auto &[id, title] : changes) {
-            const auto result = results.find(id);
-            if (result == results.end()) {
-                Tell("wrong", name_, "no result for " + id);
-                return false;
-            }
-            if (!Judge(result->second)) {
+            const auto result = outcome.results.find(id);
+            const bool isMissing = result == outcome.results.end();
+            if (!Judge(isMissing ? NBError(NB_LOCAL_UNEXPECTED_REPLY) : static_cast<NBError>(result->second))) {
                 return false;
             }
             state_[id] = title;
