@@ -59,6 +59,7 @@ bool GetsSomething(const std::string &path, bool isSocket)
 std::string WhatAnotherUserGets(const std::vector<fs::path> &paths)
 {
     std::vector<std::pair<std::string, bool>> tries;
+    tries.reserve(paths.size());
     for (const fs::path &path : paths) {
         tries.emplace_back(path.string(), fs::is_socket(path));
     }

@@ -213,6 +213,7 @@ TEST_F(BackupTest, WritersGoOnWhileOthersExportAndImport)
     std::atomic<bool> imported{false};
     std::vector<std::vector<std::string>> saved(WRITERS);
     std::vector<std::thread> writers;
+    writers.reserve(WRITERS);
     std::atomic<int> begun{0};
     for (int i = 0; i < WRITERS; ++i) {
         writers.emplace_back([&, i] {
