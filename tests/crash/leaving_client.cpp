@@ -114,7 +114,7 @@ int main(int argc, char **argv)
     if (container == nullptr) {
         return 3;
     }
-    auto *returns = new Returns;
+    static auto *returns = new Returns;
     const auto calls = static_cast<uint32_t>(random() % CALLS) + 1;
     for (uint32_t i = 0; i < calls; ++i) {
         const std::string id = "leaving" + std::to_string(random() % CALLS);
