@@ -69,7 +69,7 @@ protected:
 
     ChildProcess StartWatch(const std::string &options)
     {
-        return ChildProcess({{"sh", "-c", "exec " NUBIS_TEST_BIN "/nubis watch --json " + options}, {}, true, false});
+        return ChildProcess({{"sh", "-c", "exec " NUBIS_TEST_BIN "/nubis watch " + options}, {}, true, false});
     }
 
     NubisTest::DriveServiceProcess service_;
@@ -78,7 +78,7 @@ protected:
 TEST_F(NotificationCommandsTest, AWatchShowsWhatIsAnnouncedAndRefusesForgeries)
 {
     Save("before");
-    ChildProcess watch = StartWatch("--subscribe --fetch --count 2 --bundle com.example.notes");
+    ChildProcess watch = StartWatch("--json --subscribe --fetch --count 2 --bundle com.example.notes");
     ASSERT_TRUE(AwaitSubscription());
     Save("after");
     Json::Value notification = NextLine(watch);
@@ -102,7 +102,7 @@ TEST_F(NotificationCommandsTest, AWatchLeavesSubscriptionsOfOthersAlone)
     EXPECT_THAT(Nubis(std::string("subscription add --for 3600") + BUNDLE), HasSubstr("/notes, until "));
     std::string listed = Nubis("subscription list --json");
     // What is sent as soon as it listens proves that it does.
-    ChildProcess watch = StartWatch("--subscribe --bundle com.example.notes");
+    ChildProcess watch = StartWatch("--raw --subscribe --bundle com.example.notes");
     std::string error;
     auto end = std::chrono::steady_clock::now() + PATIENCE;
     std::optional<std::string> line;
@@ -110,7 +110,7 @@ TEST_F(NotificationCommandsTest, AWatchLeavesSubscriptionsOfOthersAlone)
         ASSERT_TRUE(Host::PublishEvent(100, EVENT, "{}", error)) << error;
         line = watch.ReadLine(std::chrono::milliseconds(10));
     }
-    EXPECT_TRUE(line.has_value());
+    EXPECT_EQ(line, "{}");
     kill(watch.Pid(), SIGINT);
     EXPECT_EQ(watch.Wait(PATIENCE), 0);
     EXPECT_EQ(Nubis("subscription list --json"), listed);

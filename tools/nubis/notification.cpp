@@ -68,6 +68,7 @@ std::string RefusalText(const Nubis::NBError &error)
 Notification ReadNotification(Nubis::NubisNative &kit, const std::string &text)
 {
     Notification notification;
+    notification.text = text;
     Json::Value json;
     std::string problem;
     if (!ParseJsonText(text, json, problem)) {

@@ -19,6 +19,8 @@ struct Notification {
     Nubis::NBRecordChangeEvent event;
     // Why it is no notification of the service; empty when it is one.
     std::string refusal;
+    // As it came.
+    std::string text;
 
     bool IsVerified() const
     {

@@ -18,6 +18,7 @@
 #include "host/event_channel.h"
 #include "interrupt.h"
 #include "record_json.h"
+#include "row_reader.h"
 #include "subscription_calls.h"
 #include "table.h"
 #include "time_text.h"
@@ -234,7 +235,13 @@ void Watcher::Handle(const Notification &notification)
 void Watcher::Print(const Notification &notification)
 {
     int64_t now = NowMs();
-    if (options_.common.json) {
+    if (options_.raw) {
+        Json::Value json;
+        std::string problem;
+        console_.out << (ParseJsonText(notification.text, json, problem) ? CompactText(json)
+                                                                         : Printable(notification.text))
+                     << '\n';
+    } else if (options_.common.json) {
         Json::Value json = NotificationToJson(notification);
         json["time"] = Json::Int64(now);
         console_.out << CompactText(json) << '\n';

@@ -21,6 +21,7 @@ namespace NubisTool {
 
 struct WatchOptions {
     CommonOptions common; // an empty bundle: all
+    bool raw = false;
     bool fetch = false;
     bool subscribe = false;
     uint64_t count = 0; // notifications to end after; 0: none

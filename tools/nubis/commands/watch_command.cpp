@@ -35,6 +35,7 @@ void AddWatchCommand(CLI::App &app, Chosen &chosen)
     AddBundleOption(*command, options->common)->description("Only of this bundle [all]");
     command->add_option("--container", options->common.container, "Only of this container of the bundle")
         ->type_name("NAME");
+    command->add_flag("--raw", options->raw, "Print each as it came, for `nubis notify verify`")->excludes("--json");
     command->add_flag("--fetch", options->fetch, "Print the changes that they announce, too");
     command->add_flag("--subscribe", options->subscribe,
         "Subscribe the container, or the bundle's default one, for as long as this runs, unless it is subscribed");
