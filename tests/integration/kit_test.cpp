@@ -82,6 +82,9 @@ TEST_F(KitTest, TheCatalogueIsServedInWholeAndInParts)
 
 TEST_F(KitTest, FailuresAndMilestonesReachTheEventClient)
 {
+    // Nothing is reported in the name of nobody.
+    NBUserInfo user;
+    ASSERT_FALSE(Kit()->GetCloudUserInfo(user, false).HasError());
     ASSERT_TRUE(Changes(Database(), "nonsense").error.IsServerError());
     ASSERT_EQ(Events().size(), 1U);
     EXPECT_EQ(Events()[0]["fields"]["pn"].asString(), std::string("sync_") + TEST_BUNDLE);
