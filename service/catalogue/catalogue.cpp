@@ -88,18 +88,23 @@ std::shared_ptr<const AppEntry> Catalogue::Find(const std::string &bundleName)
     return cached.entry;
 }
 
-std::vector<std::shared_ptr<const AppEntry>> Catalogue::All()
+std::set<std::string> Catalogue::Names() const
 {
     std::set<std::string> names;
     std::error_code failure;
     for (std::filesystem::directory_iterator file(folder_, failure), end; !failure && file != end;
          file.increment(failure)) {
-        if (file->path().extension() == FILE_ENDING) {
+        if (file->path().extension() == FILE_ENDING && IsBundleName(file->path().stem())) {
             names.insert(file->path().stem());
         }
     }
+    return names;
+}
+
+std::vector<std::shared_ptr<const AppEntry>> Catalogue::All()
+{
     std::vector<std::shared_ptr<const AppEntry>> entries;
-    for (const std::string &name : names) {
+    for (const std::string &name : Names()) {
         if (std::shared_ptr<const AppEntry> entry = Find(name)) {
             entries.push_back(std::move(entry));
         }
@@ -110,19 +115,20 @@ std::vector<std::shared_ptr<const AppEntry>> Catalogue::All()
 std::map<std::string, std::string> Catalogue::Texts()
 {
     std::map<std::string, std::string> texts;
-    for (const std::shared_ptr<const AppEntry> &entry : All()) {
+    for (const std::string &name : Names()) {
+        // The versions that it is served with are remembered from now on at the latest.
+        Find(name);
         std::string error;
-        std::string path = PathOf(entry->bundleName);
-        std::optional<std::string> text = ReadFile(path, MAX_FILE_BYTES, error);
+        std::optional<std::string> text = ReadFile(PathOf(name), MAX_FILE_BYTES, error);
         if (!text) {
-            throw std::runtime_error("catalogue file " + path + " cannot be read: " + error);
+            throw std::runtime_error("catalogue file " + PathOf(name) + " cannot be read: " + error);
         }
         ParsedEntry parsed = ParseCatalogueText(*text);
-        if (!parsed.problems.empty()) {
-            throw std::runtime_error("a catalogue file is broken; mend it, or apply a good one:\n" +
-                                     DescribeProblems(path, parsed.problems));
+        if (!parsed.problems.empty() || parsed.entry.bundleName != name) {
+            throw std::runtime_error(
+                "catalogue file " + PathOf(name) + " is broken; mend or remove it, or apply a good one");
         }
-        texts.emplace(entry->bundleName, std::move(*text));
+        texts.emplace(name, std::move(*text));
     }
     return texts;
 }

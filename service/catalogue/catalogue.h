@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,7 @@ public:
     // The bundles in the order of their names.
     std::vector<std::shared_ptr<const AppEntry>> All();
 
-    // The texts of their files, by bundle name. Throws std::runtime_error when one cannot be read or is broken.
+    // The texts of all files, by bundle name. Throws std::runtime_error when one cannot be read or is broken.
     std::map<std::string, std::string> Texts();
 
     // Puts files in force that were checked before, and forgets what was read. Throws std::runtime_error when one cannot
@@ -46,6 +47,8 @@ private:
         std::shared_ptr<const AppEntry> entry;
     };
 
+    // Of the bundles that there are files of.
+    std::set<std::string> Names() const;
     void Load(const std::string &bundleName, const FileSignature &signature, Cached &cached);
     std::shared_ptr<const AppEntry> MakeEntry(const std::string &bundleName, const std::string &text);
     std::string PathOf(const std::string &bundleName) const;

@@ -3,13 +3,17 @@
 
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <map>
 #include <sstream>
 #include <thread>
+#include <utility>
 
 #include <sys/stat.h>
 
 #include "account/settings.h"
+#include "host/event_channel.h"
+#include "host/paths.h"
 #include "service_fixture.h"
 #include "util/encoding.h"
 #include "util/json_util.h"
@@ -129,7 +133,18 @@ TEST_F(BackupTest, WhatIsImportedIsExportedAsTheSameBytes)
     Ask("saveSubscription", J("{'signVersion': 2, 'saName': 'later'}"));
     EXPECT_THAT(Import(a_), FailsWith(ErrorCode::INVALID_ARGUMENT, "there are records already", "replace"));
     cursor = Ask("getStartCursor")["startCursor"].asString();
+    ASSERT_TRUE(service_->GetNotifier().Finish(std::chrono::seconds(60)));
+    std::promise<void> told;
+    Host::EventListener listener(Host::DEFAULT_USER_ID, "told", [&, isFirst = true](const std::string &) mutable {
+        if (std::exchange(isFirst, false)) {
+            told.set_value();
+        }
+    });
+    std::string error;
+    ASSERT_TRUE(listener.Start(error)) << error;
     ASSERT_THAT(Import(a_, true), Succeeds());
+    EXPECT_EQ(told.get_future().wait_for(std::chrono::seconds(60)), std::future_status::ready)
+        << "who follows hears that everything may have changed";
     EXPECT_THAT(Fetch("p4"), FailsWith(ErrorCode::RECORD_NOT_FOUND, "p4", "recordId"));
     SaveOne(NewPerson("p5", "{'name': 'as far as before'}"));
     EXPECT_EQ(Ask("fetchDatabaseChanges", Members({{"cursor", cursor}}))["code"], 1008);
@@ -154,6 +169,9 @@ TEST_F(BackupTest, AFailedExportLeavesTheOldOneAndNothingElse)
     ASSERT_THAT(Export(b_), Succeeds()) << "an empty folder is a place for one";
     std::filesystem::remove(b_ + "/manifest.json");
     EXPECT_THAT(Export(b_), FailsWith(ErrorCode::INVALID_ARGUMENT, b_ + " is there and is no backup", "folder"));
+    WriteCatalogueFile("broken.json", "{");
+    EXPECT_THAT(Export(a_), FailsWith(ErrorCode::INTERNAL_ERROR, "broken.json is broken; mend or remove it", ""));
+    std::filesystem::remove(DataPaths::CatalogueOf(folder_.Path()) + "/broken.json");
     EXPECT_THAT(Export("a"), FailsWith(ErrorCode::INVALID_ARGUMENT, "expected the absolute path", "folder"));
     EXPECT_THAT(Export(folder_.Path() + "/none/a"), FailsWith(ErrorCode::INTERNAL_ERROR, "/none/a: No such file", ""));
     for (const auto &entry : std::filesystem::directory_iterator(folder_.Path())) {
