@@ -237,6 +237,22 @@ TEST_F(EndToEndTest, BashCompletesWhatTheCommandsTake)
     }
 }
 
+TEST_F(EndToEndTest, ABackupBringsBackWhatWasThere)
+{
+    EXPECT_EQ(RunLines(std::string("save() { echo \"{\\\"title\\\": \\\"$1\\\"}\" | nubis record save") + DATABASE +
+                       ">/dev/null; }\n"
+                       "save kept && nubis service export $PWD/one >/dev/null && save late || exit 98\n"
+                       "nubis service import $PWD/one && exit 97\n"
+                       "nubis service import $PWD/one --replace >/dev/null || exit 96\n"
+                       "nubis service export two >/dev/null && diff -r one two && nubis record query --json" +
+                       DATABASE),
+        0)
+        << Errors();
+    ASSERT_EQ(Out().size(), 1U);
+    EXPECT_EQ(Out()[0]["fields"]["title"].asString(), "kept");
+    EXPECT_THAT(Errors(), HasSubstr("--replace"));
+}
+
 TEST_F(EndToEndTest, TheDemoHolds)
 {
     ASSERT_TRUE(std::filesystem::exists("/usr/share/iso-codes/json")) << "install Debian's package iso-codes";
