@@ -16,25 +16,6 @@
 namespace {
 using namespace DriveService;
 
-std::string ReadText(const std::filesystem::path &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
-std::map<std::string, std::string> Bytes(const std::string &folder)
-{
-    std::map<std::string, std::string> bytes;
-    for (const auto &entry : std::filesystem::recursive_directory_iterator(folder)) {
-        if (entry.is_regular_file()) {
-            bytes[std::filesystem::relative(entry.path(), folder)] = ReadText(entry.path());
-        }
-    }
-    return bytes;
-}
-
 class Service {
 public:
     Service()

@@ -24,29 +24,9 @@ namespace {
 
 using testing::HasSubstr;
 
-std::string ReadText(const std::filesystem::path &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 void WriteText(const std::filesystem::path &path, const std::string &text)
 {
     std::ofstream(path, std::ios::binary) << text;
-}
-
-// All files below a folder.
-std::map<std::string, std::string> Bytes(const std::string &folder)
-{
-    std::map<std::string, std::string> bytes;
-    for (const auto &entry : std::filesystem::recursive_directory_iterator(folder)) {
-        if (entry.is_regular_file()) {
-            bytes[std::filesystem::relative(entry.path(), folder)] = ReadText(entry.path());
-        }
-    }
-    return bytes;
 }
 
 // Changes a file and its digest in the manifest, as somebody who means it would.

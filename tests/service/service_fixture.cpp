@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 #include "util/json_util.h"
@@ -65,6 +66,25 @@ TempFolder::~TempFolder()
 {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
+}
+
+std::string ReadText(const std::filesystem::path &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+std::map<std::string, std::string> Bytes(const std::string &folder)
+{
+    std::map<std::string, std::string> bytes;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file()) {
+            bytes[std::filesystem::relative(entry.path(), folder)] = ReadText(entry.path());
+        }
+    }
+    return bytes;
 }
 
 Json::Value PeopleEntry()

@@ -5,6 +5,8 @@
 #define NUBIS_TESTS_SERVICE_FIXTURE_H
 
 #include <atomic>
+#include <filesystem>
+#include <map>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -43,6 +45,10 @@ public:
 private:
     std::string path_;
 };
+
+std::string ReadText(const std::filesystem::path &path);
+// All files below a folder.
+std::map<std::string, std::string> Bytes(const std::string &folder);
 
 // The catalogue entry that most tests use: bundle "com.example.people" with the container "people" of the record types
 // "person" (name, age, height, active, tags, scores, photo, props, avatar, friend, friends; duplicates by name and
