@@ -87,6 +87,19 @@ std::vector<Nubis::NBAppBriefInfo> AllBriefInfos(Session &session)
     return infos;
 }
 
+// What an app's whole and its brief information have alike.
+template <typename AppInfo>
+Json::Value BriefJson(const AppInfo &app)
+{
+    Json::Value json(Json::objectValue);
+    json["bundleName"] = app.bundleName;
+    json["appId"] = app.appId;
+    json["schemaGroupVersion"] = app.schemaGroupVersion;
+    json["enableCloud"] = app.enableCloud;
+    json["switchStatus"] = app.switchStatus;
+    return json;
+}
+
 int List(const CatalogueOptions &options, const Console &console)
 {
     Session session(options.common);
@@ -94,13 +107,7 @@ int List(const CatalogueOptions &options, const Console &console)
     if (options.common.json) {
         Json::Value json(Json::arrayValue);
         for (const Nubis::NBAppBriefInfo &info : infos) {
-            Json::Value entry(Json::objectValue);
-            entry["bundleName"] = info.bundleName;
-            entry["appId"] = info.appId;
-            entry["schemaGroupVersion"] = info.schemaGroupVersion;
-            entry["enableCloud"] = info.enableCloud;
-            entry["switchStatus"] = info.switchStatus;
-            json.append(entry);
+            json.append(BriefJson(info));
         }
         console.out << PrettyText(json) << '\n';
         return EXIT_DONE;
@@ -178,12 +185,7 @@ int Show(const CatalogueOptions &options, const Console &console)
     Session session(options.common);
     Nubis::NBAppInfo app = session.App(options.bundle);
     if (options.common.json) {
-        Json::Value json(Json::objectValue);
-        json["bundleName"] = app.bundleName;
-        json["appId"] = app.appId;
-        json["schemaGroupVersion"] = app.schemaGroupVersion;
-        json["enableCloud"] = app.enableCloud;
-        json["switchStatus"] = app.switchStatus;
+        Json::Value json = BriefJson(app);
         json["defaultContainer"] = ContainerJson(app.defaultContainer);
         json["sharedContainer"] = Json::Value(Json::arrayValue);
         for (const NBContainerInfo &container : app.sharedContainers) {
