@@ -259,13 +259,17 @@ void LeaveEverythingRunning()
 {
     static auto *lock = new ffrt::mutex;
     static auto *never = new ffrt::condition_variable;
-    for (int i = 0; i < 20; ++i) {
+    static auto *started = new Counter;
+    constexpr int ROUNDS = 20;
+    for (int i = 0; i < ROUNDS; ++i) {
         ffrt::submit([]() {
+            started->Add();
             for (;;) {
                 ffrt_usleep(50);
             }
         });
         ffrt::submit([]() {
+            started->Add();
             std::unique_lock<ffrt::mutex> guard(*lock);
             never->wait(guard, []() { return false; });
         });
@@ -274,8 +278,7 @@ void LeaveEverythingRunning()
         ffrt_timer_start(
             i % 6, 1, nullptr, [](void *) { ffrt::submit([]() {}); }, true);
     }
-    ffrt_usleep(3000);
-    std::exit(0);
+    std::exit(started->WaitFor(2 * ROUNDS) ? 0 : 1);
 }
 
 TEST(FfrtExitDeathTest, ProcessMayEndWithTasksAndTimersUnderWay)
