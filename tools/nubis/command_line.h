@@ -5,7 +5,9 @@
 #define NUBIS_TOOL_COMMAND_LINE_H
 
 #include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "CLI/CLI.hpp"
@@ -28,6 +30,14 @@ struct Chosen {
 CLI::App *AddCommand(
     CLI::App &family, const std::string &name, const std::string &description, const std::string &example);
 void SetAction(CLI::App &command, Chosen &chosen, Action action);
+// The action is to call this with the options, which it keeps alive.
+template <typename Options, typename Act>
+void SetAction(CLI::App &command, Chosen &chosen, std::shared_ptr<Options> options, Act act)
+{
+    SetAction(command, chosen, [options = std::move(options), act = std::move(act)](const Console &console) {
+        return act(*options, console);
+    });
+}
 
 // The families, one source each.
 void AddServiceCommands(CLI::App &app, Chosen &chosen);

@@ -79,7 +79,7 @@ void AddBackupCommands(CLI::App &service, Chosen &chosen)
         CLI::App *command = AddCommand(service, verb, description, example);
         AddServiceOptions(*command, options->common);
         command->add_option("folder", options->folder, folder)->required()->type_name("DIR");
-        SetAction(*command, chosen, [options, act](const Console &console) { return act(*options, console); });
+        SetAction(*command, chosen, options, act);
         return command;
     };
     add("export", "Write all data of the account into a folder, as it is at one moment", "nubis service export backup",

@@ -86,13 +86,13 @@ void AddCatalogueAppCommands(CLI::App &catalogue, Chosen &chosen)
         "nubis catalogue switches com.example.notes");
     AddServiceOptions(*switches, options->common);
     switches->add_option("bundles", options->bundles, "Bundle names")->required()->type_name("BUNDLE");
-    SetAction(*switches, chosen, [options](const Console &console) { return Switches(*options, console); });
+    SetAction(*switches, chosen, options, Switches);
 
     CLI::App *params = AddCommand(catalogue, "params", "Show the configuration parameters of a bundle",
         "nubis catalogue params com.example.notes");
     AddServiceOptions(*params, options->common);
     params->add_option("bundle", options->bundles, "Bundle name")->required()->expected(1)->type_name("BUNDLE");
-    SetAction(*params, chosen, [options](const Console &console) { return Params(*options, console); });
+    SetAction(*params, chosen, options, Params);
 }
 
 } // namespace NubisTool

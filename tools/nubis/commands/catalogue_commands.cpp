@@ -220,22 +220,22 @@ void AddCatalogueCommands(CLI::App &app, Chosen &chosen)
     CLI::App *check =
         AddCommand(*family, "check", "Check catalogue files without applying them", "nubis catalogue check notes.json");
     addFiles(*check);
-    SetAction(*check, chosen, [options](const Console &console) { return Check(*options, console); });
+    SetAction(*check, chosen, options, Check);
 
     CLI::App *apply = AddCommand(*family, "apply", "Check catalogue files and give them to the service, running or not",
         "nubis catalogue apply notes.json");
     addFiles(*apply);
-    SetAction(*apply, chosen, [options](const Console &console) { return Apply(*options, console); });
+    SetAction(*apply, chosen, options, Apply);
 
     CLI::App *list = AddCommand(*family, "list", "List the bundles", "nubis catalogue list");
     AddServiceOptions(*list, options->common);
-    SetAction(*list, chosen, [options](const Console &console) { return List(*options, console); });
+    SetAction(*list, chosen, options, List);
 
     CLI::App *show = AddCommand(*family, "show", "Show a bundle's containers, record types and fields",
         "nubis catalogue show com.example.notes");
     AddServiceOptions(*show, options->common);
     show->add_option("bundle", options->bundle, "Bundle name")->required()->type_name("BUNDLE");
-    SetAction(*show, chosen, [options](const Console &console) { return Show(*options, console); });
+    SetAction(*show, chosen, options, Show);
 
     AddCatalogueAppCommands(*family, chosen);
 }

@@ -82,7 +82,7 @@ void AddChangesCommand(CLI::App &app, Chosen &chosen)
         ->check(Seconds(0.01, 86400))
         ->type_name("SECONDS")
         ->capture_default_str();
-    SetAction(*command, chosen, [options](const Console &console) { return Changes(*options, console); });
+    SetAction(*command, chosen, options, Changes);
 }
 
 } // namespace NubisTool

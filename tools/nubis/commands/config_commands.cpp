@@ -115,8 +115,7 @@ void AddConfigCommands(CLI::App &app, Chosen &chosen)
         if (isForOne) {
             command->add_option("name", options->name, "Setting")->required()->type_name("NAME");
         }
-        SetAction(*command, chosen,
-            [options, act = std::move(act)](const Console &console) { return act(*options, console); });
+        SetAction(*command, chosen, options, std::move(act));
         return command;
     };
     add("list", "All settings", "nubis config list", false, List);

@@ -103,13 +103,13 @@ void AddCridCommands(CLI::App &app, Chosen &chosen)
         ->type_name("NUMBER");
     encode->add_option("id", options->id, "Record id, as the form takes it")->required()->type_name("ID");
     AddJsonOption(*encode, options->json);
-    SetAction(*encode, chosen, [options](const Console &console) { return Encode(*options, console); });
+    SetAction(*encode, chosen, options, Encode);
 
     CLI::App *decode = AddCommand(
         *family, "decode", "Take cloud record ids apart", "nubis crid decode AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA");
     decode->add_option("crids", options->crids, "Cloud record ids")->required()->type_name("CRID");
     AddJsonOption(*decode, options->json);
-    SetAction(*decode, chosen, [options](const Console &console) { return Decode(*options, console); });
+    SetAction(*decode, chosen, options, Decode);
 }
 
 } // namespace NubisTool

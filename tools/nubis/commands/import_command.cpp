@@ -194,7 +194,7 @@ void AddImportCommand(CLI::App &record, Chosen &chosen)
         ->transform(OneOf(FORMATS))
         ->type_name("FORMAT");
     command->add_flag("--existing", options->existing, "Also overwrite records that are there already");
-    SetAction(*command, chosen, [options](const Console &console) { return Import(*options, console); });
+    SetAction(*command, chosen, options, Import);
 }
 
 } // namespace NubisTool

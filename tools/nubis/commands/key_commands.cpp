@@ -188,7 +188,7 @@ void AddKeyCommands(CLI::App &app, Chosen &chosen)
                    int (*act)(const KeyOptions &, const Console &)) {
         CLI::App *command = AddCommand(*family, name, description, example);
         AddShowOption(*command, *options);
-        SetAction(*command, chosen, [options, act](const Console &console) { return act(*options, console); });
+        SetAction(*command, chosen, options, act);
         return command;
     };
     CLI::App *common = add("common", "The key of a type of data and a type of key",
@@ -213,7 +213,7 @@ void AddTokenCommand(CLI::App &app, Chosen &chosen)
     CLI::App *command = AddCommand(app, "token", "The access token of a container; written only with --show",
         "nubis token --bundle com.example.notes --show");
     AddShowOption(*command, *options);
-    SetAction(*command, chosen, [options](const Console &console) { return Token(*options, console); });
+    SetAction(*command, chosen, options, Token);
 }
 
 } // namespace NubisTool

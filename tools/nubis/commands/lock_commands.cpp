@@ -251,7 +251,7 @@ void AddLockCommands(CLI::App &app, Chosen &chosen)
         CLI::App *command = AddCommand(*family, verb, description, example);
         AddServiceOptions(*command, options->common);
         AddContainerOptions(*command, options->common);
-        SetAction(*command, chosen, [options, act](const Console &console) { return act(*options, console); });
+        SetAction(*command, chosen, options, act);
         return command;
     };
     CLI::App *take = add("take", "Take the lock for a minute and print its session, which may write",

@@ -63,7 +63,7 @@ void AddNotifyCommands(CLI::App &app, Chosen &chosen)
     verify->add_option("file", options->file, "File with the notification's JSON, - for standard input")
         ->required()
         ->type_name("FILE");
-    SetAction(*verify, chosen, [options](const Console &console) { return Verify(*options, console); });
+    SetAction(*verify, chosen, options, Verify);
 }
 
 } // namespace NubisTool

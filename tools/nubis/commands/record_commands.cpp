@@ -128,7 +128,7 @@ void AddSave(CLI::App &family, Chosen &chosen)
     AddPolicyOption(*save, options->policy);
     save->add_option("record", options->json, "The record as a JSON object [read from standard input]")
         ->type_name("JSON");
-    SetAction(*save, chosen, [options](const Console &console) { return Save(*options, console); });
+    SetAction(*save, chosen, options, Save);
 }
 
 } // namespace
@@ -196,7 +196,7 @@ void AddRecordCommands(CLI::App &app, Chosen &chosen)
         ->type_name("N")
         ->capture_default_str();
     query->add_flag("--all", options->all, "All records, however many");
-    SetAction(*query, chosen, [options](const Console &console) { return Query(*options, console); });
+    SetAction(*query, chosen, options, Query);
 }
 
 } // namespace NubisTool

@@ -114,7 +114,7 @@ void AddCopyCommand(CLI::App &record, Chosen &chosen)
         ->add_option(
             "--set", options->record.json, "Fields that every copy has in place of its source's; null leaves one out")
         ->type_name("JSON");
-    SetAction(*command, chosen, [options](const Console &console) { return Copy(*options, console); });
+    SetAction(*command, chosen, options, Copy);
 }
 
 } // namespace NubisTool

@@ -115,7 +115,7 @@ void AddRecordByIdCommands(CLI::App &record, Chosen &chosen)
     CLI::App *get = AddCommand(record, "get", "Read records by their ids",
         "nubis record get --bundle com.example.notes --type note note-1 note-2");
     AddIds(*get, *options);
-    SetAction(*get, chosen, [options](const Console &console) { return Get(*options, console); });
+    SetAction(*get, chosen, options, Get);
 
     CLI::App *remove = AddCommand(record, "delete", "Delete records by their ids",
         "nubis record delete --bundle com.example.notes --type note note-1 note-2");
@@ -123,7 +123,7 @@ void AddRecordByIdCommands(CLI::App &record, Chosen &chosen)
     remove->add_option("--if-version", options->ifVersion, "Only if this is still the record's version")
         ->check(WholeNumber(1))
         ->type_name("N");
-    SetAction(*remove, chosen, [options](const Console &console) { return Delete(*options, console); });
+    SetAction(*remove, chosen, options, Delete);
 }
 
 } // namespace NubisTool

@@ -279,7 +279,7 @@ void AddModifyCommand(CLI::App &record, Chosen &chosen)
             R"(JSON: {"save": [record, ...], "delete": [id or {"recordId", "recordType", "version"}, ...]} )"
             "[read from standard input]")
         ->type_name("FILE");
-    SetAction(*command, chosen, [options](const Console &console) { return Modify(*options, console); });
+    SetAction(*command, chosen, options, Modify);
 }
 
 } // namespace NubisTool

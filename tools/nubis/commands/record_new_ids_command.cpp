@@ -85,7 +85,7 @@ void AddNewIdsCommand(CLI::App &record, Chosen &chosen)
     command->add_flag("--root", options->isRoot, "The id of the container's root record instead")
         ->excludes(count)
         ->excludes(keys);
-    SetAction(*command, chosen, [options](const Console &console) { return NewIds(*options, console); });
+    SetAction(*command, chosen, options, NewIds);
 }
 
 } // namespace NubisTool

@@ -213,7 +213,7 @@ void AddSend(CLI::App &family, Chosen &chosen)
         ->transform(OneOf(Milestones()))
         ->type_name("MILESTONE");
     command->add_option("fields", options->fields, "Further fields of the events")->type_name("NAME=VALUE");
-    SetAction(*command, chosen, [options](const Console &console) { return Send(*options, console); });
+    SetAction(*command, chosen, options, Send);
 }
 
 } // namespace
@@ -236,7 +236,7 @@ void AddReportCommands(CLI::App &app, Chosen &chosen)
         ->type_name("N")
         ->capture_default_str();
     list->add_flag("--all", options->all, "All events, however many");
-    SetAction(*list, chosen, [options](const Console &console) { return List(*options, console); });
+    SetAction(*list, chosen, options, List);
 }
 
 } // namespace NubisTool

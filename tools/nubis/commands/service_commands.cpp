@@ -82,11 +82,11 @@ void AddServiceCommands(CLI::App &app, Chosen &chosen)
 
     CLI::App *start = AddCommand(*family, "start", "Make sure that the service runs", "nubis service start");
     AddServiceOptions(*start, *options);
-    SetAction(*start, chosen, [options](const Console &console) { return Start(*options, console); });
+    SetAction(*start, chosen, options, Start);
 
     CLI::App *stop = AddCommand(*family, "stop", "End the service and wait until it has", "nubis service stop");
     AddServiceOptions(*stop, *options);
-    SetAction(*stop, chosen, [options](const Console &console) { return Stop(*options, console); });
+    SetAction(*stop, chosen, options, Stop);
 
     CLI::App *status = AddCommand(
         *family, "status", "Say whether the service runs, and where it keeps its data", "nubis service status --json");

@@ -51,7 +51,7 @@ void AddShareCommand(CLI::App &app, Chosen &chosen)
         "nubis share --bundle com.example.notes --type note note-1");
     AddTypeOption(*command, *options);
     command->add_option("ids", options->ids, "Record ids")->required()->type_name("ID");
-    SetAction(*command, chosen, [options](const Console &console) { return Share(*options, console); });
+    SetAction(*command, chosen, options, Share);
 }
 
 } // namespace NubisTool

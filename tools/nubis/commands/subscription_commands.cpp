@@ -161,7 +161,7 @@ void AddSubscriptionCommands(CLI::App &app, Chosen &chosen)
     auto add = [&](const char *verb, const char *description, const char *example, auto act) {
         CLI::App *command = AddCommand(*family, verb, description, example);
         AddServiceOptions(*command, options->common);
-        SetAction(*command, chosen, [options, act](const Console &console) { return act(*options, console); });
+        SetAction(*command, chosen, options, act);
         return command;
     };
     CLI::App *save = add("add", "Have changes of containers notified to the demon, or renew it",

@@ -50,7 +50,7 @@ void AddUserCommands(CLI::App &app, Chosen &chosen)
     auto options = std::make_shared<CommonOptions>();
     CLI::App *info = AddCommand(*family, "info", "Who is signed in, and how much space is left", "nubis user info");
     AddServiceOptions(*info, *options);
-    SetAction(*info, chosen, [options](const Console &console) { return Info(*options, console); });
+    SetAction(*info, chosen, options, Info);
 }
 
 } // namespace NubisTool

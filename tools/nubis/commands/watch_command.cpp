@@ -46,7 +46,7 @@ void AddWatchCommand(CLI::App &app, Chosen &chosen)
         ->add_flag(
             "--once", [options](int64_t) { options->count = 1; }, "End after the first notification")
         ->excludes(count);
-    SetAction(*command, chosen, [options](const Console &console) { return Watch(*options, console); });
+    SetAction(*command, chosen, options, Watch);
 }
 
 } // namespace NubisTool
