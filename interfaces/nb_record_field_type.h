@@ -7,11 +7,11 @@
 #include <cstdint>
 
 namespace Nubis {
-// The kinds of values; each number is the index of its alternative in NBFieldValue. Unsigned, so that the type of a
-// variant without a value (all bits set) lies above every kind.
+/// The kinds of values; each number is the index of its alternative in NBFieldValue. Unsigned, so that the type of a
+/// variant without a value (all bits set) lies above every kind.
 enum NBRecordFieldType : uint32_t {
     NB_FIELD_NULL = 0,
-    // Both schema words "Integer" and "Long".
+    /// Both schema words "Integer" and "Long".
     NB_FIELD_INTEGER = 1,
     NB_FIELD_DOUBLE = 2,
     NB_FIELD_STRING = 3,

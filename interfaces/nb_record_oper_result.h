@@ -11,25 +11,30 @@
 #include "nubis_export.h"
 
 namespace Nubis {
-// The outcome of an operation for one of its records: the error that it met, if any, and the record as the service
-// returned it (with an error, as far as it is known).
-//
-// A plain value: copy and move it freely; one object must not be changed and used by several threads at once.
+/// The outcome of an operation for one of its records: the error that it met, if any, and the record as the service
+/// returned it (with an error, as far as it is known).
+///
+/// A plain value: copy and move it freely; one object must not be changed and used by several threads at once.
 class NUBIS_EXPORT NBRecordOperResult : public NBError {
 public:
+    /// No error, and an empty record.
     NBRecordOperResult() = default;
+    /// Both as given.
     NBRecordOperResult(const NBError &error, NBRecord record);
 
-    // Replaces the error and keeps the record.
+    /// Replaces the error and keeps the record.
     void SetError(const NBError &error);
 
+    ///@{
+    /// The record; the reference is valid as long as the result is not changed.
     const NBRecord &GetRecord() const;
     void SetRecord(NBRecord record);
-    // Moves the record into the caller's; an empty record stays.
+    ///@}
+    /// Moves the record into the caller's; an empty record stays.
     void StealRecord(NBRecord &record);
 
-    // Fills the result from the service's reply for one record. A reply without "code" is a failure; a failed one sets
-    // only the error and, if it names one, the record's id. A server error already held is not cleared.
+    /// Fills the result from the service's reply for one record. A reply without "code" is a failure; a failed one sets
+    /// only the error and, if it names one, the record's id. A server error already held is not cleared.
     void ParseFromJsonValue(const NBSchema &schema, const Json::Value &json);
 
 private:

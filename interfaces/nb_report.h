@@ -12,26 +12,27 @@
 #include "nubis_export.h"
 
 namespace Nubis {
-// The milestones of a sync run.
+/// The milestones of a sync run.
 enum SyncStatusFlag : int32_t {
     SYNC_STATUS_PREPARE = 0,
     SYNC_STATUS_START = 1,
     SYNC_STATUS_END = 2,
 };
 
-// Reports the milestones of sync runs for one user. A value without state of its own, owned by whoever asked the kit or a
-// database for it; any thread may call. It goes on working after its maker is gone, with the demon of that time.
+/// Reports the milestones of sync runs for one user. A value without state of its own, owned by whoever asked the kit or a
+/// database for it; any thread may call. It goes on working after its maker is gone, with the demon of that time.
 class NUBIS_EXPORT NBReport {
 public:
+    /// For the operating-system user and the demon; NubisNative::GetReport knows both.
     NBReport(int32_t userId, NBCloudSyncDemon syncDemon);
 
-    // Reports one milestone, once as an O&M event and once as an operation event. `params` may hold the outcome under
-    // "errorCode" and "errorMsg"; its other entries become fields of the events, except those that name a field which
-    // every event has. False only when there is no reporter for the user; events that cannot be delivered are logged and
-    // dropped, without a difference in the result. May ask the service where to report to, and then block for up to 60 s.
+    /// Reports one milestone, once as an O&M event and once as an operation event. `params` may hold the outcome under
+    /// "errorCode" and "errorMsg"; its other entries become fields of the events, except those that name a field which
+    /// every event has. False only when there is no reporter for the user; events that cannot be delivered are logged and
+    /// dropped, without a difference in the result. May ask the service where to report to, and then block for up to 60 s.
     bool Report(SyncStatusFlag flag, const std::string &traceId, const std::string &bundleName,
         const std::map<std::string, std::string> &params) const;
-    // A new trace id for a sync run that is about to be prepared.
+    /// A new trace id for a sync run that is about to be prepared.
     std::string GetPrepareTarceId() const;
 
 private:

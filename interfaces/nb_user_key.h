@@ -9,22 +9,29 @@
 #include <string>
 
 namespace Nubis {
-// The service keys of a private database, as the cloud side hands them out. A plain value; everything is zero or empty
-// where the service gave no key.
+/// The service keys of a private database, as the cloud side hands them out. A plain value; everything is zero or empty
+/// where the service gave no key.
 struct UserKey {
+    ///@{
+    /// In bytes. A longer key is cut off, a shorter one filled with zeros.
     static constexpr size_t EFEK_SIZE = 17;
     static constexpr size_t SFEK_SIZE = 33;
-    // The 32 characters of a key id and a terminating zero.
+    ///@}
+    /// The 32 characters of a key id and a terminating zero.
     static constexpr size_t UUID_SIZE = 33;
 
-    // The key of type 1.
+    /// The key of type 1.
     uint8_t efek[EFEK_SIZE] = {};
-    // The key of type 3.
+    /// The key of type 3.
     uint8_t sfek[SFEK_SIZE] = {};
+    ///@{
+    /// The ids of the two keys, terminated by a zero.
     char efekUuid[UUID_SIZE] = {};
     char sfekUuid[UUID_SIZE] = {};
+    ///@}
+    /// Always 0.
     int32_t reserved = 0;
-    // The user for whom the keys were fetched, as decimal text; empty when no complete set has been fetched.
+    /// The user for whom the keys were fetched, as decimal text; empty when no complete set has been fetched.
     std::string userId;
 };
 } // namespace Nubis

@@ -8,9 +8,9 @@
 
 namespace Host {
 
-// The file in which the event client keeps the events of one of its instances, oldest first, one JSON object a line:
-// {"time" (milliseconds since the epoch), "appId", "serviceId", "databasePath", "reportUrl", "reportParams", "eventId",
-// "eventType", "fields"}. Absent until the first event. Any thread; reads the environment at each call.
+/// The file in which the event client keeps the events of one of its instances, oldest first, one JSON object a line:
+/// {"time" (milliseconds since the epoch), "appId", "serviceId", "databasePath", "reportUrl", "reportParams", "eventId",
+/// "eventType", "fields"}. Absent until the first event. Any thread; reads the environment at each call.
 std::string EventLogPath(const std::string &instanceTag);
 
 } // namespace Host

@@ -8,8 +8,8 @@
 
 namespace Host {
 
-// The lowest level that is logged in this process; LOG_LEVEL_MAX logs nothing. Until it is set, the environment's
-// NUBIS_LOG_LEVEL holds (debug, info, warn, error, fatal or none), and without that, error. Any thread.
+/// The lowest level that is logged in this process; LOG_LEVEL_MAX logs nothing. Until it is set, the environment's
+/// NUBIS_LOG_LEVEL holds (debug, info, warn, error, fatal or none), and without that, error. Any thread.
 void SetLogLevel(LogLevel level);
 LogLevel GetLogLevel();
 

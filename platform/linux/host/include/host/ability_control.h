@@ -10,18 +10,20 @@
 // For tools: what runs, and why a connection failed. Any thread.
 namespace Host {
 
+/// What FindAbility finds out.
 struct AbilityStatus {
-    // A process listens at the socket.
+    /// A process listens at the socket.
     bool running = false;
-    // That process; -1 when none runs.
+    /// That process; -1 when none runs.
     int pid = -1;
+    /// Where the ability listens, or would.
     std::string socketPath;
 };
 
-// Looks for the service process of an ability without starting it.
+/// Looks for the service process of an ability without starting it.
 AbilityStatus FindAbility(const std::string &bundleName, const std::string &abilityName, int32_t userId);
 
-// Why the latest ConnectServiceExtensionAbility of this process failed, in one line for people; empty after a success.
+/// Why the latest ConnectServiceExtensionAbility of this process failed, in one line for people; empty after a success.
 std::string LastConnectError();
 
 } // namespace Host

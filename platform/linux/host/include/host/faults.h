@@ -14,25 +14,28 @@ namespace Host {
 
 enum class Fault {
     NONE,
-    // The request is held back for a while, then goes its way.
+    /// The request is held back for a while, then goes its way.
     DELAY,
-    // The request does not leave: result 29201.
+    /// The request does not leave: result 29201.
     SEND_FAILURE,
-    // The request is handled, its reply never arrives: result 29201.
+    /// The request is handled, its reply never arrives: result 29201.
     LOST_REPLY,
-    // The values of the reply end too early.
+    /// The values of the reply end too early.
     CUT_REPLY,
-    // Some bytes of the reply are not what was sent.
+    /// Some bytes of the reply are not what was sent.
     GARBLED_REPLY,
-    // The session dies before the request leaves, while it is handled, after the reply has arrived.
+    /// The session dies before the request leaves, while it is handled, after the reply has arrived.
     DEATH_BEFORE,
     DEATH_DURING,
     DEATH_AFTER,
 };
 
-// How often each fault strikes, in parts of a thousand requests; the sum must not exceed 1000.
+/// How often each fault strikes, in parts of a thousand requests; the sum must not exceed 1000.
 struct FaultPlan {
+    /// The same seed strikes the same requests.
     uint64_t seed = 1;
+    ///@{
+    /// Requests of a thousand that the Fault of this name strikes.
     uint32_t delay = 0;
     uint32_t sendFailure = 0;
     uint32_t lostReply = 0;
@@ -41,21 +44,23 @@ struct FaultPlan {
     uint32_t deathBefore = 0;
     uint32_t deathDuring = 0;
     uint32_t deathAfter = 0;
-    // Upper bound of one delay.
+    ///@}
+    /// Upper bound of one delay.
     std::chrono::milliseconds maxDelay{20};
-    // Strikes only requests of this code; 0: requests of any code.
+    /// Strikes only requests of this code; 0: requests of any code.
     uint32_t onlyCode = 0;
 };
 
-// From now on requests are struck as planned, until the object ends. One at a time: a later one takes over.
+/// From now on requests are struck as planned, until the object ends. One at a time: a later one takes over.
 class FaultScope {
 public:
+    /// Begins at once, with the first request that leaves from now on.
     explicit FaultScope(const FaultPlan &plan);
     ~FaultScope();
     FaultScope(const FaultScope &) = delete;
     FaultScope &operator=(const FaultScope &) = delete;
 
-    // What struck so far, request by request, NONE included.
+    /// What struck so far, request by request, NONE included.
     std::vector<Fault> History() const;
 
 private:

@@ -12,25 +12,25 @@
 // anything unless it says so.
 namespace Host {
 
-// The account that is used where none is given.
+/// The account that is used where none is given.
 constexpr int32_t DEFAULT_USER_ID = 100;
 
-// NUBIS_RUNTIME_DIR, else $XDG_RUNTIME_DIR/nubis, else /tmp/nubis-<uid>: sockets and locks.
+/// NUBIS_RUNTIME_DIR, else $XDG_RUNTIME_DIR/nubis, else /tmp/nubis-<uid>: sockets and locks.
 std::string RuntimeDir();
-// NUBIS_STATE_DIR, else $XDG_STATE_HOME/nubis, else ~/.local/state/nubis: data and logs.
+/// NUBIS_STATE_DIR, else $XDG_STATE_HOME/nubis, else ~/.local/state/nubis: data and logs.
 std::string StateDir();
-// The folders that may hold <bundle>.json: NUBIS_MANIFEST_PATH (separated by colons), else ../share/nubis/manifests beside
-// the folder of this library, then beside that of the program.
+/// The folders that may hold <bundle>.json: NUBIS_MANIFEST_PATH (separated by colons), else ../share/nubis/manifests beside
+/// the folder of this library, then beside that of the program.
 std::vector<std::string> ManifestDirs();
-// NUBIS_DEVICE_NAME, else the name of this machine.
+/// NUBIS_DEVICE_NAME, else the name of this machine.
 std::string DeviceName();
 
-// <runtime>/<userId>/<bundle>.<ability>.sock
+/// <runtime>/<userId>/<bundle>.<ability>.sock
 std::string AbilitySocketPath(const std::string &bundleName, const std::string &abilityName, int32_t userId);
-// Creates the runtime folder and the user's folder in it where missing, and checks that both belong to this user with
-// mode 0700. On failure false, and `error` says which folder and why.
+/// Creates the runtime folder and the user's folder in it where missing, and checks that both belong to this user with
+/// mode 0700. On failure false, and `error` says which folder and why.
 bool PrepareRuntimeDir(int32_t userId, std::string &error);
-// Creates `path` and its parents where missing, with mode 0700. On failure false with a text.
+/// Creates `path` and its parents where missing, with mode 0700. On failure false with a text.
 bool MakeDirs(const std::string &path, std::string &error);
 
 } // namespace Host
