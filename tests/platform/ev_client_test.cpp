@@ -2,15 +2,19 @@
 // SPDX-License-Identifier: Apache-2.0
 
 #include <algorithm>
+#include <csignal>
 #include <functional>
 #include <set>
 #include <thread>
+
+#include <sys/resource.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "ev_client_core_inner_api.h"
 #include "event_lines.h"
+#include "host/event_log.h"
 
 namespace {
 using EvCloud::ConfigOptions;
@@ -134,6 +138,57 @@ TEST(EvClientTest, LaterConfigurationHoldsForLaterEvents)
     ASSERT_EQ(events.size(), 2U);
     EXPECT_EQ(events[0]["reportParams"]["userId"], "ann");
     EXPECT_EQ(events[1]["reportParams"]["userId"], "bob");
+}
+
+TEST(EvClientTest, AFullFileIsPutAsideAndOneOldOneIsKept)
+{
+    EventState state;
+    ASSERT_EQ(EvClientCoreInnerApi::SetConfigOptions(GoodOptions("full")), EvCloud::EV_OK);
+    auto report = [](size_t bytes) {
+        return EvClientCoreInnerApi::OnEvent("full", "CloudDrive", 1, {{"filling", std::string(bytes, 'x')}});
+    };
+    ASSERT_EQ(report(0), EvCloud::EV_OK);
+    const size_t frame = std::filesystem::file_size(state.FileOf("full"));
+    EXPECT_EQ(report(Host::MAX_EVENT_LINE_BYTES - frame + 1), EvCloud::EV_BAD_EVENT);
+    const size_t perFile = Host::MAX_EVENT_LOG_BYTES / Host::MAX_EVENT_LINE_BYTES;
+    for (size_t i = 0; i < 2 * perFile + 1; ++i) {
+        ASSERT_EQ(report(Host::MAX_EVENT_LINE_BYTES - frame), EvCloud::EV_OK);
+    }
+    EXPECT_EQ(std::filesystem::file_size(Host::OldEventLogPath("full")), Host::MAX_EVENT_LOG_BYTES);
+    EXPECT_EQ(state.Read("full").size(), 2U) << "the first, small one came before a file of full lines, less one";
+    for (const auto &entry : std::filesystem::directory_iterator(state.FileOf("full").parent_path())) {
+        EXPECT_LE(entry.file_size(), Host::MAX_EVENT_LOG_BYTES) << entry.path();
+    }
+}
+
+TEST(EvClientTest, ALineThatWasCutSpoilsNoOther)
+{
+    EventState state;
+    ASSERT_EQ(EvClientCoreInnerApi::SetConfigOptions(GoodOptions("cut")), EvCloud::EV_OK);
+    auto report = [] { return EvClientCoreInnerApi::OnEvent("cut", "CloudDrive", 1, {{"name", "a"}}); };
+    ASSERT_EQ(report(), EvCloud::EV_OK);
+    const size_t oneLine = std::filesystem::file_size(state.FileOf("cut"));
+    // As a full disk does it; one that may not write at all gets a signal besides.
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit within{oneLine + oneLine / 2, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &within), 0);
+    EXPECT_EQ(report(), EvCloud::EV_NOT_STORED);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_EQ(std::filesystem::file_size(state.FileOf("cut")), oneLine) << "what did not fit was taken back";
+
+    // As a process does it that is killed while it writes.
+    std::ofstream(state.FileOf("cut"), std::ios::app) << R"({"eventId": "Clou)";
+    EXPECT_EQ(report(), EvCloud::EV_OK);
+    std::ifstream file(state.FileOf("cut"));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) {
+        lines.push_back(line);
+    }
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[1], R"({"eventId": "Clou)");
+    EXPECT_EQ(lines[2].size() + 1, oneLine);
 }
 
 TEST(EvClientTest, ManyThreadsReportWholeLinesOnceEach)

@@ -14,10 +14,11 @@
 
 namespace NubisTool {
 
-size_t VisitKeptEvents(int user, const std::function<void(Json::Value &&event)> &visit)
+namespace {
+
+// How many lines of the file are no events.
+size_t VisitFile(const std::string &path, const std::function<void(Json::Value &&event)> &visit)
 {
-    // The name under which the library is known to the event client.
-    const std::string path = Host::EventLogPath("NubisSDK_" + std::to_string(user));
     std::error_code none;
     if (!std::filesystem::exists(path, none)) {
         return 0;
@@ -38,6 +39,16 @@ size_t VisitKeptEvents(int user, const std::function<void(Json::Value &&event)> 
         throw CommandError(path + " cannot be read", "check that it is a file of yours");
     }
     return unreadable;
+}
+
+} // namespace
+
+size_t VisitKeptEvents(int user, const std::function<void(Json::Value &&event)> &visit)
+{
+    // The name under which the library is known to the event client.
+    const std::string tag = "NubisSDK_" + std::to_string(user);
+    const size_t unreadable = VisitFile(Host::OldEventLogPath(tag), visit);
+    return unreadable + VisitFile(Host::EventLogPath(tag), visit);
 }
 
 } // namespace NubisTool

@@ -11,8 +11,8 @@
 
 namespace NubisTool {
 
-// Shows every event that the event client kept for a user, oldest first; returns how many lines of its file are none.
-// Throws CommandError when the file is there but cannot be read.
+// Shows every event that the event client kept for a user, oldest first; returns how many lines of its files are none.
+// Throws CommandError when a file is there but cannot be read.
 size_t VisitKeptEvents(int user, const std::function<void(Json::Value &&event)> &visit);
 
 } // namespace NubisTool

@@ -8,14 +8,11 @@
 #include <mutex>
 #include <utility>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <json/value.h>
 #include <json/writer.h>
 
+#include "event_file.h"
 #include "host/event_log.h"
-#include "host/paths.h"
 
 namespace EvCloud {
 namespace {
@@ -133,28 +130,6 @@ std::string MakeLine(const Instance &instance, const EventTypeConfig &config, co
     return Json::writeString(builder, json) + "\n";
 }
 
-std::string EventsDir()
-{
-    return Host::StateDir() + "/events";
-}
-
-bool AppendLine(const std::string &tag, const std::string &line)
-{
-    std::string error;
-    if (!Host::MakeDirs(EventsDir(), error)) {
-        return false;
-    }
-    const std::string path = Host::EventLogPath(tag);
-    int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
-    if (file < 0) {
-        return false;
-    }
-    // With O_APPEND one write is one piece; a second write could end up behind somebody else's line.
-    ssize_t written = write(file, line.data(), line.size());
-    close(file);
-    return written == static_cast<ssize_t>(line.size());
-}
-
 int32_t Report(const std::string &instanceTag, const std::string &eventId, int32_t eventType,
     const std::unordered_map<std::string, std::string> &fields)
 {
@@ -166,7 +141,11 @@ int32_t Report(const std::string &instanceTag, const std::string &eventId, int32
     if (config == instance->eventTypes.end() || eventId.empty()) {
         return EV_BAD_EVENT;
     }
-    return AppendLine(instanceTag, MakeLine(*instance, config->second, eventId, fields)) ? EV_OK : EV_NOT_STORED;
+    const std::string line = MakeLine(*instance, config->second, eventId, fields);
+    if (line.size() > Host::MAX_EVENT_LINE_BYTES) {
+        return EV_BAD_EVENT;
+    }
+    return Host::AppendEventLine(instanceTag, line) ? EV_OK : EV_NOT_STORED;
 }
 } // namespace
 
@@ -190,10 +169,3 @@ int32_t EvClientCoreInnerApi::OnEvent(const std::string &instanceTag, const std:
 }
 
 } // namespace EvCloud
-
-namespace Host {
-std::string EventLogPath(const std::string &instanceTag)
-{
-    return EvCloud::EventsDir() + "/" + instanceTag + ".jsonl";
-}
-} // namespace Host
