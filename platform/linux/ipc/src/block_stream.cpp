@@ -7,7 +7,8 @@
 
 namespace Host::Ipc {
 
-BlockStream::BlockStream(kj::AsyncCapabilityStream &stream) : stream_(stream)
+BlockStream::BlockStream(kj::AsyncCapabilityStream &stream, std::function<bool()> mayRead)
+    : stream_(stream), mayRead_(std::move(mayRead))
 {}
 
 void BlockStream::Keep(const void *data, std::shared_ptr<const void> owner)
@@ -47,6 +48,9 @@ kj::Promise<void> BlockStream::writeMessages(kj::ArrayPtr<kj::ArrayPtr<const kj:
 kj::Promise<kj::Maybe<capnp::MessageReaderAndFds>> BlockStream::tryReadMessage(
     kj::ArrayPtr<kj::AutoCloseFd> fdSpace, capnp::ReaderOptions options, kj::ArrayPtr<capnp::word> scratchSpace)
 {
+    if (!mayRead_()) {
+        return kj::Maybe<capnp::MessageReaderAndFds>(nullptr);
+    }
     return stream_.tryReadMessage(fdSpace, options, scratchSpace);
 }
 

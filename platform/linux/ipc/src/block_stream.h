@@ -4,6 +4,7 @@
 #ifndef HOST_IPC_BLOCK_STREAM_H
 #define HOST_IPC_BLOCK_STREAM_H
 
+#include <functional>
 #include <memory>
 #include <unordered_map>
 
@@ -21,7 +22,8 @@ namespace Host::Ipc {
 // Lives on the lane's thread.
 class BlockStream final : public capnp::MessageStream {
 public:
-    explicit BlockStream(kj::AsyncCapabilityStream &stream);
+    // `mayRead` is asked before each message is read; where it says no, the stream ends.
+    BlockStream(kj::AsyncCapabilityStream &stream, std::function<bool()> mayRead);
 
     // Keeps the bytes that begin at `data` until a message with them, sent from now on, is written.
     void Keep(const void *data, std::shared_ptr<const void> owner);
@@ -41,6 +43,7 @@ private:
     void Take(kj::ArrayPtr<const kj::ArrayPtr<const capnp::word>> segments, Owners &owners);
 
     capnp::AsyncCapabilityMessageStream stream_;
+    const std::function<bool()> mayRead_;
     // By their first byte; the same block may be on its way several times.
     std::unordered_multimap<const void *, std::shared_ptr<const void>> kept_;
 };

@@ -5,20 +5,13 @@
 #include <fcntl.h>
 #include <utility>
 
+#include "ipc_limits.h"
 #include "lane_loop.h"
 #include "lane_servers.h"
 #include "string_ex.h"
 
 // How parcels lie in messages; the rest of LaneLoop is in lane_loop.cpp.
 namespace Host::Ipc {
-
-namespace {
-
-// Far more than any parcel needs; keeps a hostile peer from making us build lists without end.
-constexpr size_t MAX_OBJECTS = 4096;
-constexpr size_t MAX_DESCRIPTOR_TEXT = 1024;
-
-} // namespace
 
 void LaneLoop::Encode(WireParcel &parcel, Wire::Parcel::Builder builder)
 {

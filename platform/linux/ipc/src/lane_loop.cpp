@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "driver_result.h"
+#include "ipc_limits.h"
 #include "ipc_log.h"
 #include "ipc_types.h"
 #include "lane_servers.h"
@@ -20,14 +21,11 @@ namespace Host::Ipc {
 namespace {
 
 constexpr uint64_t BYTES_PER_WORD = 8;
-// The largest message that is accepted: a block of 128 MiB and as much again for values and objects.
-constexpr uint64_t MAX_MESSAGE_WORDS = 256ULL * 1024 * 1024 / BYTES_PER_WORD;
-constexpr unsigned MAX_DESCRIPTORS = 64;
 
 capnp::ReaderOptions Limits()
 {
     capnp::ReaderOptions options;
-    options.traversalLimitInWords = MAX_MESSAGE_WORDS;
+    options.traversalLimitInWords = MAX_MESSAGE_BYTES / BYTES_PER_WORD;
     return options;
 }
 
@@ -64,8 +62,8 @@ void LaneLoop::Serve(const std::shared_ptr<Lane> &lane, UniqueFd socket)
 
 LaneLoop::LaneLoop(const std::shared_ptr<Lane> &lane, kj::AsyncIoContext &io, UniqueFd socket)
     : lane_(lane), io_(io), socket_(socket.Get()),
-      stream_(io.lowLevelProvider->wrapUnixSocketFd(kj::AutoCloseFd(socket.Release()))), messages_(*stream_),
-      network_(messages_, MAX_DESCRIPTORS, SideOf(*lane), Limits()),
+      stream_(io.lowLevelProvider->wrapUnixSocketFd(kj::AutoCloseFd(socket.Release()))),
+      messages_(*stream_, [this] { return MayRead(); }), network_(messages_, MAX_DESCRIPTORS, SideOf(*lane), Limits()),
       rpc_(capnp::makeRpcServer(network_, Wire::Bootstrap::Client(kj::heap<BootstrapServer>(*this)))), peer_(nullptr),
       tasks_(*this)
 {
@@ -111,6 +109,19 @@ void LaneLoop::Drain()
 std::shared_ptr<WireSession> LaneLoop::Session() const
 {
     return lane_->GetSession();
+}
+
+bool LaneLoop::MayRead()
+{
+    if (network_.getCurrentQueueSize() <= MAX_UNREAD_BYTES && network_.getCurrentQueueCount() <= MAX_UNREAD_MESSAGES) {
+        return true;
+    }
+    auto session = Session();
+    IPC_LOGE("process %{public}d is cut off: it asks on and leaves %{public}zu bytes of replies unread",
+        session == nullptr ? -1 : session->Peer().pid, network_.getCurrentQueueSize());
+    // What is queued is not waited for.
+    Shutdown();
+    return false;
 }
 
 void LaneLoop::Shutdown()
@@ -287,6 +298,7 @@ kj::Promise<void> LaneLoop::HandleRequest(uint64_t exportId, SendContext context
     KJ_REQUIRE(session != nullptr, "not joined");
     auto target = session->FindExport(exportId);
     KJ_REQUIRE(target != nullptr, "the object is gone");
+    KJ_REQUIRE(handlers_.size() < MAX_CALLS_UNDER_WAY, "too many requests are under way", session->Peer().pid);
     auto params = context.getParams();
     auto data = std::make_shared<WireParcel>();
     kj::Vector<kj::Promise<void>> waits;
@@ -335,7 +347,9 @@ void LaneLoop::Answer(uint64_t key, int result, WireParcel &&reply)
         auto results = handler.context.getResults(toOther ? SizeHint(WireParcel()) : SizeHint(reply));
         results.setResult(result);
         if (toOther) {
-            results.setFetch(session->Defer(std::move(reply)));
+            uint64_t ticket = session->Defer(std::move(reply));
+            KJ_REQUIRE(ticket != 0, "too many large replies are not fetched", session->Peer().pid);
+            results.setFetch(ticket);
         } else {
             Encode(reply, results.initParcel());
         }

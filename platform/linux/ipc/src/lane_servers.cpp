@@ -6,14 +6,12 @@
 #include <string>
 #include <utility>
 
+#include "ipc_limits.h"
 #include "lane_loop.h"
 
 namespace Host::Ipc {
 
 namespace {
-
-constexpr size_t MAX_KEY_SIZE = 64;
-constexpr size_t MAX_NAME_SIZE = 1024;
 
 std::string ToName(capnp::Text::Reader text)
 {

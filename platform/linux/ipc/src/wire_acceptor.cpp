@@ -7,15 +7,11 @@
 #include <utility>
 #include <vector>
 
+#include "ipc_limits.h"
 #include "ipc_log.h"
 #include "unix_socket.h"
 
 namespace Host::Ipc {
-
-namespace {
-// Connections that have not said what they want; more than any honest set of clients has at one moment.
-constexpr size_t MAX_NEWCOMERS = 256;
-} // namespace
 
 WireAcceptor::WireAcceptor(Finder finder, std::function<void()> onChange, int expectedUid)
     : finder_(std::move(finder)), onChange_(std::move(onChange)), expectedUid_(expectedUid)
@@ -33,20 +29,46 @@ void WireAcceptor::Accept(UniqueFd socket)
     if (closed_) {
         return;
     }
-    MakeRoom();
+    MakeRoom(peer.pid);
     if (auto lane = Lane::Start(std::move(socket), LaneKind::SMALL, {}, shared_from_this())) {
         newcomers_.emplace(lane, Newcomer{peer, nextNumber_++});
     }
 }
 
-void WireAcceptor::MakeRoom()
+void WireAcceptor::MakeRoom(int pid)
 {
-    while (newcomers_.size() >= MAX_NEWCOMERS) {
-        auto oldest = std::min_element(newcomers_.begin(), newcomers_.end(),
-            [](const auto &one, const auto &other) { return one.second.number < other.second.number; });
+    // One process that says nothing pushes out its own connections before those of others.
+    CloseOldest(MAX_NEWCOMERS_OF_PROCESS, [pid](const Newcomer &newcomer) { return newcomer.peer.pid == pid; });
+    CloseOldest(MAX_NEWCOMERS, [](const Newcomer &) { return true; });
+}
+
+template <typename Counts>
+void WireAcceptor::CloseOldest(size_t most, const Counts &counts)
+{
+    size_t counted = 0;
+    auto oldest = newcomers_.end();
+    for (auto entry = newcomers_.begin(); entry != newcomers_.end(); ++entry) {
+        if (counts(entry->second)) {
+            ++counted;
+            oldest = oldest == newcomers_.end() || entry->second.number < oldest->second.number ? entry : oldest;
+        }
+    }
+    if (counted >= most) {
         oldest->first->Close();
         newcomers_.erase(oldest);
     }
+}
+
+bool WireAcceptor::HasRoomFor(int pid) const
+{
+    auto ofProcess = std::count_if(
+        sessions_.begin(), sessions_.end(), [pid](const auto &entry) { return entry.second->Peer().pid == pid; });
+    if (sessions_.size() < MAX_SESSIONS && static_cast<size_t>(ofProcess) < MAX_SESSIONS_OF_PROCESS) {
+        return true;
+    }
+    IPC_LOGE("process %{public}d is refused: there are %{public}zu sessions, %{public}zu of them its own", pid,
+        sessions_.size(), static_cast<size_t>(ofProcess));
+    return false;
 }
 
 size_t WireAcceptor::SessionCount() const
@@ -91,6 +113,9 @@ std::shared_ptr<WireSession> WireAcceptor::Join(
         CallingPeer peer = newcomer->second.peer;
         peer.deviceName = deviceName;
         if (kind == LaneKind::SMALL) {
+            if (!HasRoomFor(peer.pid)) {
+                return nullptr;
+            }
             session = std::make_shared<WireSession>(peer, false);
         } else if (known->second->Peer().pid == peer.pid && known->second->GetLane(kind) == nullptr) {
             session = known->second;

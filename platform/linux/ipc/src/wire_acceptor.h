@@ -25,7 +25,7 @@ public:
     // `onChange` runs after a session has come or gone, on any thread, with no lock held; it must not block.
     WireAcceptor(Finder finder, std::function<void()> onChange, int expectedUid);
 
-    // Serves a peer that has connected. One of another user is refused at once.
+    // Serves a peer that has connected. One of another user is refused at once. How many there may be: ipc_limits.h.
     void Accept(UniqueFd socket);
     size_t SessionCount() const;
     // Ends all sessions and accepts no more.
@@ -46,7 +46,12 @@ private:
 
     void Remove(const std::string &key);
     // Called with the lock held: sends those away who have been silent for longest.
-    void MakeRoom();
+    void MakeRoom(int pid);
+    // The one among those that `counts` holds for, when they are `most`.
+    template <typename Counts>
+    void CloseOldest(size_t most, const Counts &counts);
+    // Called with the lock held.
+    bool HasRoomFor(int pid) const;
 
     const Finder finder_;
     const std::function<void()> onChange_;

@@ -10,6 +10,7 @@
 
 #include "driver_result.h"
 #include "host/paths.h"
+#include "ipc_limits.h"
 #include "ipc_types.h"
 #include "lane_loop.h"
 #include "unix_socket.h"
@@ -20,8 +21,6 @@ namespace {
 
 // Joining and finding the ability involve no handler of the far end.
 constexpr std::chrono::milliseconds ANSWER_TIME(3000);
-// Less than what the far end accepts, for the frame around the parcel.
-constexpr size_t MAX_PARCEL = 250ULL * 1024 * 1024;
 constexpr LaneKind LANES[] = {LaneKind::SMALL, LaneKind::BIG};
 
 uint64_t NextKey()
@@ -161,6 +160,10 @@ std::shared_ptr<Lane> WireSession::GetLane(LaneKind kind) const
 uint64_t WireSession::Defer(WireParcel &&reply)
 {
     std::lock_guard<std::mutex> lock(mutex_);
+    if (deferredBytes_ > MAX_UNREAD_BYTES) {
+        return 0;
+    }
+    deferredBytes_ += reply.Weight();
     uint64_t ticket = nextTicket_++;
     deferred_.emplace(ticket, std::move(reply));
     return ticket;
@@ -174,6 +177,7 @@ bool WireSession::TakeDeferred(uint64_t ticket, WireParcel &reply)
         return false;
     }
     reply = std::move(found->second);
+    deferredBytes_ -= reply.Weight();
     deferred_.erase(found);
     return true;
 }
@@ -181,7 +185,7 @@ bool WireSession::TakeDeferred(uint64_t ticket, WireParcel &reply)
 void WireSession::Send(
     const ProxyTarget &target, uint32_t code, int flags, WireParcel &&data, const std::shared_ptr<PendingCall> &call)
 {
-    if (data.Weight() > MAX_PARCEL) {
+    if (data.Weight() > MAX_PARCEL_BYTES) {
         call->Complete(BR_FAILED_REPLY);
         return;
     }

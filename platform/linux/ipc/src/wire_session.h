@@ -64,7 +64,8 @@ public:
     void SetLane(LaneKind kind, const std::shared_ptr<Lane> &lane);
     // Null when it has not joined yet.
     std::shared_ptr<Lane> GetLane(LaneKind kind) const;
-    // Keeps a large reply until the far end fetches it from the other lane.
+    // Keeps a large reply until the far end fetches it from the other lane. 0, with nothing kept, when the far end leaves
+    // MAX_UNREAD_BYTES of them.
     uint64_t Defer(WireParcel &&reply);
     // False for an unknown ticket.
     bool TakeDeferred(uint64_t ticket, WireParcel &reply);
@@ -81,6 +82,7 @@ private:
     // Guarded by mutex_.
     std::shared_ptr<Lane> lanes_[2];
     std::unordered_map<uint64_t, WireParcel> deferred_;
+    size_t deferredBytes_ = 0;
     uint64_t nextTicket_ = 1;
 };
 

@@ -11,6 +11,7 @@
 #include <thread>
 #include <utility>
 
+#include "ipc_limits.h"
 #include "ipc_log.h"
 
 namespace Host::Ipc {
@@ -65,8 +66,9 @@ void WorkerPool::Post(std::function<void()> job)
     {
         std::lock_guard<std::mutex> lock(mutex_);
         jobs_.push_back(std::move(job));
-        if (jobs_.size() > idle_ + starting_) {
+        if (jobs_.size() > idle_ + starting_ && threads_ < MAX_WORKERS) {
             ++starting_;
+            ++threads_;
             grow = true;
         }
     }
@@ -75,6 +77,7 @@ void WorkerPool::Post(std::function<void()> job)
     if (grow && !StartThread("ipc-worker", [this] { Work(); })) {
         std::lock_guard<std::mutex> lock(mutex_);
         --starting_;
+        --threads_;
     }
 }
 
@@ -87,6 +90,7 @@ void WorkerPool::Work()
         bool found = wake_.wait_for(lock, IDLE_LIFE, [this] { return !jobs_.empty(); });
         --idle_;
         if (!found) {
+            --threads_;
             return;
         }
         {

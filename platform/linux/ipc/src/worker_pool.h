@@ -17,7 +17,8 @@ namespace Host::Ipc {
 bool StartThread(const char *name, std::function<void()> body);
 
 // The IPC threads of the process: every handler, death recipient and connection callback runs here. Grows whenever all
-// threads are busy, so that a handler may wait for another one; threads without work end after a while. Never destroyed.
+// threads are busy, up to MAX_WORKERS, so that a handler may wait for another one; threads without work end after a
+// while. Never destroyed.
 class WorkerPool {
 public:
     static WorkerPool &Get();
@@ -37,6 +38,7 @@ private:
     std::deque<std::function<void()>> jobs_;
     size_t idle_ = 0;
     size_t starting_ = 0;
+    size_t threads_ = 0;
 };
 
 } // namespace Host::Ipc
