@@ -4,12 +4,10 @@
 #include <functional>
 #include <utility>
 
-#include "ipc_object_stub.h"
-#include "message_parcel.h"
+#include "callback_object.h"
 #include "requests/client_callback.h"
 #include "service_fixture.h"
 #include "util/json_util.h"
-#include "util/parcel_text.h"
 
 namespace DriveService {
 
@@ -151,27 +149,6 @@ TEST_F(AssetTest, AssetsAreAddedToRecordsEachOrNotEach)
         Ask("batchCreateAsset", members), FailsWith(ErrorCode::INVALID_ARGUMENT, "expected 0 or 1", "savePolicy"));
 }
 
-// A client that answers calls as the test wants.
-class Uploader : public OHOS::IPCObjectStub {
-public:
-    explicit Uploader(std::function<std::string(const Json::Value &)> answer) : answer_(std::move(answer))
-    {}
-
-    int OnRemoteRequest(uint32_t, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &) override
-    {
-        data.ReadInterfaceToken();
-        Json::Value call;
-        std::string error;
-        EXPECT_TRUE(ParseJson(ReadText(data), call, error)) << error;
-        std::string answer = answer_(call);
-        bool written = WriteText(reply, answer);
-        return answer == "refuse" || written == answer.empty() ? -1 : 0;
-    }
-
-private:
-    std::function<std::string(const Json::Value &)> answer_;
-};
-
 class UploadTest : public AssetTest {
 protected:
     // The reply to the save of this record by a client that is there for calls; they are kept in calls_.
@@ -181,7 +158,7 @@ protected:
                                 "'people', 'savePolicy': 1, 'taskId': 't1'}");
         request["records"].append(record);
         request["records"].append(J("{'recordId': 'none', 'recordType': 'person'}"));
-        ClientCallback callback(new Uploader([this, answer](const Json::Value &call) {
+        ClientCallback callback(new CallbackObject([this, answer](const Json::Value &call) {
             calls_.append(call);
             return answer(call);
         }));
