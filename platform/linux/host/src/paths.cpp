@@ -34,6 +34,11 @@ std::string ParentOf(const std::string &path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
+std::string NameOf(const std::string &path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
 std::string HomeDir()
 {
     std::string home = Variable("HOME");
@@ -55,7 +60,13 @@ std::string ManifestDirBeside(const std::string &file)
     if (file.empty() || realpath(file.c_str(), resolved) == nullptr) {
         return std::string();
     }
-    return ParentOf(ParentOf(resolved)) + "/share/nubis/manifests";
+    const std::string folder = ParentOf(resolved);
+    std::string prefix = ParentOf(folder);
+    // Distributions have a folder for each architecture below lib.
+    if (NameOf(prefix) == "lib" && NameOf(folder) != "lib" && NameOf(folder) != "bin") {
+        prefix = ParentOf(prefix);
+    }
+    return prefix + "/share/nubis/manifests";
 }
 
 // Empty when the folder is private to this user, else what is wrong with it.

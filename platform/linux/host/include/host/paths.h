@@ -19,8 +19,8 @@ constexpr int32_t DEFAULT_USER_ID = 100;
 std::string RuntimeDir();
 /// NUBIS_STATE_DIR, else $XDG_STATE_HOME/nubis, else ~/.local/state/nubis: data and logs.
 std::string StateDir();
-/// The folders that may hold <bundle>.json: NUBIS_MANIFEST_PATH (separated by colons), else ../share/nubis/manifests beside
-/// the folder of this library, then beside that of the program.
+/// The folders that may hold <bundle>.json: NUBIS_MANIFEST_PATH (separated by colons), else share/nubis/manifests
+/// of the prefix that this library is below (in lib, or lib/<architecture>), then of that of the program.
 std::vector<std::string> ManifestDirs();
 /// NUBIS_DEVICE_NAME, else the name of this machine.
 std::string DeviceName();
