@@ -5,6 +5,7 @@
 # generated sources and imported targets stay as they are.
 
 option(NUBIS_BUILD_TESTS "Build the tests" ON)
+option(NUBIS_BUILD_BENCHMARKS "Build the benchmarks" ON)
 option(NUBIS_COVERAGE "Instrument for coverage reports" OFF)
 option(NUBIS_FUZZ "Instrument for libFuzzer, and link the fuzzers with it (clang only)" OFF)
 set(NUBIS_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined or thread")

@@ -1,0 +1,99 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#ifndef NUBIS_BENCH_HARNESS_H
+#define NUBIS_BENCH_HARNESS_H
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+// What every benchmark program does alike: options, rounds, medians, rows of the report as lines of JSON.
+namespace NubisBench {
+struct Options {
+    // Everything is done once and small: shows that the programs work, says nothing about speed.
+    bool isShort = false;
+    // Rows whose id contains this; all when empty.
+    std::string only;
+    // What a program that starts itself again is to do; empty in the first one.
+    std::string child;
+
+    bool Wants(const std::string &rowId) const;
+    // The first in a full run, the second in a short one.
+    int Pick(int full, int small) const
+    {
+        return isShort ? small : full;
+    }
+};
+
+// Ends the program with status 2 when the arguments are wrong.
+Options ReadOptions(int argc, char **argv);
+
+// One row of the table. What is judged is `value`.
+struct Row {
+    std::string id;
+    std::string name;
+    double goal = 0;
+    // The value is to be at least the goal, not at most.
+    bool isAtLeast = false;
+    double value = 0;
+    // What was measured, and what it is held against, in `unit`; medians of the rounds.
+    std::string measuredName;
+    std::string floorName;
+    std::string unit;
+    double measured = 0;
+    double floor = 0;
+    // Measured and floor of each round.
+    std::vector<std::pair<double, double>> rounds;
+};
+
+double Median(std::vector<double> values);
+
+// Fills in the medians, and the value: the median of the rounds' own ratios, which bears a machine whose speed changes
+// between rounds.
+void Settle(Row &row);
+// Writes the row to standard output as one line of JSON.
+void Print(const Row &row);
+
+// Each round runs `slices` times measured() and floor() in turn, who begins changing each time, and adds up the seconds
+// that they return. One round goes before and does not count. Fills in the rounds, in units of a second / `scale`.
+void Interleave(Row &row, int rounds, int slices, const std::function<double()> &measured,
+    const std::function<double()> &floor, double scale);
+
+class Stopwatch {
+public:
+    double Seconds() const
+    {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+// Counts calls that end on other threads. Throws when they do not end in time.
+class Countdown {
+public:
+    explicit Countdown(size_t count) : left_(count)
+    {}
+    void Done();
+    void Wait();
+
+private:
+    std::mutex mutex_;
+    std::condition_variable ended_;
+    size_t left_;
+};
+
+// Runs body(thread number) on so many threads until a time has passed, each again and again. Returns runs per second.
+double CallsPerSecond(int threads, double seconds, const std::function<void(int)> &body);
+
+// Starts this program again with --child WHAT and returns what it wrote. Throws when it fails.
+std::string RunChild(const std::string &what, const Options &options);
+} // namespace NubisBench
+
+#endif // NUBIS_BENCH_HARNESS_H
