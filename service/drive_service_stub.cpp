@@ -32,11 +32,14 @@ struct PendingRequest {
     std::string uuid;
     std::string deviceName;
     ClientCallback callback;
+    std::unique_ptr<RequestBudget::Share> share;
 };
 
 void AnswerPending(RequestRouter &router, const PendingRequest &request)
 {
     std::string answer = router.AnswerWithUuid(request.json, request.uuid, request.deviceName, &request.callback);
+    // It waits for as long as its client does not take it.
+    request.share->AddBytes(answer.size());
     if (!request.callback.Call(answer)) {
         LogError("the reply to request " + Excerpt(request.uuid) + " was dropped");
     }
@@ -44,8 +47,8 @@ void AnswerPending(RequestRouter &router, const PendingRequest &request)
 
 } // namespace
 
-DriveServiceStub::DriveServiceStub(RequestRouter &router, RequestPool &pool)
-    : OHOS::IPCObjectStub(DESCRIPTOR), router_(router), pool_(pool)
+DriveServiceStub::DriveServiceStub(RequestRouter &router, RequestPool &pool, RequestBudget &budget)
+    : OHOS::IPCObjectStub(DESCRIPTOR), router_(router), pool_(pool), budget_(budget)
 {}
 
 int DriveServiceStub::OnRemoteRequest(
@@ -69,7 +72,11 @@ void DriveServiceStub::AnswerAtOnce(OHOS::MessageParcel &data, OHOS::MessageParc
 {
     std::string text = ReadText(data);
     std::optional<ClientCallback> callback = ReadCallback(data);
-    std::string answer = router_.Answer(text, Host::GetCallingPeer().deviceName, callback ? &*callback : nullptr);
+    const Host::CallingPeer peer = Host::GetCallingPeer();
+    std::optional<Failure> failure;
+    std::unique_ptr<RequestBudget::Share> share = budget_.Take(peer.pid, text, failure);
+    std::string answer = share == nullptr ? RequestRouter::Refuse(*failure)
+                                          : router_.Answer(text, peer.deviceName, callback ? &*callback : nullptr);
     if (!reply.WriteInt32(OHOS::ERR_NONE) || !WriteText(reply, answer)) {
         LogError("a reply of " + std::to_string(answer.size()) + " bytes did not fit into its parcel");
     }
@@ -77,9 +84,17 @@ void DriveServiceStub::AnswerAtOnce(OHOS::MessageParcel &data, OHOS::MessageParc
 
 int DriveServiceStub::AnswerLater(OHOS::MessageParcel &data)
 {
+    const Host::CallingPeer peer = Host::GetCallingPeer();
+    const std::string text = ReadText(data);
+    std::optional<Failure> failure;
+    std::unique_ptr<RequestBudget::Share> share = budget_.Take(peer.pid, text, failure);
+    if (share == nullptr) {
+        LogError("an asynchronous request was refused: " + failure->description);
+        return OHOS::ERR_TRANSACTION_FAILED;
+    }
     Json::Value json;
     std::string error;
-    if (!ParseForeignJson(ReadText(data), json, error)) {
+    if (!ParseForeignJson(text, json, error)) {
         LogError("an asynchronous request that is no JSON was refused: " + error);
         return OHOS::ERR_INVALID_DATA;
     }
@@ -94,7 +109,7 @@ int DriveServiceStub::AnswerLater(OHOS::MessageParcel &data)
         return OHOS::ERR_NULL_OBJECT;
     }
     auto request = std::make_shared<const PendingRequest>(
-        PendingRequest{std::move(json), std::move(uuid), Host::GetCallingPeer().deviceName, *std::move(callback)});
+        PendingRequest{std::move(json), std::move(uuid), peer.deviceName, *std::move(callback), std::move(share)});
     if (!pool_.Post([&router = router_, request] { AnswerPending(router, *request); })) {
         LogError("the asynchronous request " + Excerpt(request->uuid) + " came when no more could be taken");
         return OHOS::ERR_TRANSACTION_FAILED;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "ipc_object_stub.h"
+#include "requests/request_budget.h"
 #include "requests/request_pool.h"
 #include "requests/request_router.h"
 
@@ -23,7 +24,9 @@ namespace DriveService {
 // What transaction 3 may add, and transaction 4 must, is the client's callback object. The reply parcel of transaction 4
 // is empty; the answer comes by that object, with the request's "uuid", perhaps before the transaction has ended.
 //
-// Called on IPC threads, several at once. The router must live as long, and as long as the pool works.
+// A request beyond what the budget has for its client is not run.
+//
+// Called on IPC threads, several at once. Router and budget must live as long, and as long as the pool works.
 class DriveServiceStub : public OHOS::IPCObjectStub {
 public:
     // A request that is answered in its own transaction.
@@ -31,12 +34,13 @@ public:
     // A request that is answered by the callback object.
     static constexpr uint32_t TRANSACTION_ASYNC = 4;
 
-    explicit DriveServiceStub(RequestRouter &router, RequestPool &pool = RequestPool::Get());
+    explicit DriveServiceStub(
+        RequestRouter &router, RequestPool &pool = RequestPool::Get(), RequestBudget &budget = RequestBudget::Get());
 
     // A wrong interface token gives ERR_INVALID_STATE, and a transaction other than those above
     // IPC_STUB_UNKNOW_TRANS_ERR. Transaction 4 gives ERR_INVALID_DATA for a text that is no JSON object with a "uuid",
-    // ERR_NULL_OBJECT without a callback object, and ERR_TRANSACTION_FAILED when the pool takes no more. All of them
-    // leave the reply empty and nothing is run.
+    // ERR_NULL_OBJECT without a callback object, and ERR_TRANSACTION_FAILED when the pool or the budget takes no more. All
+    // of them leave the reply empty and nothing is run.
     int OnRemoteRequest(
         uint32_t code, OHOS::MessageParcel &data, OHOS::MessageParcel &reply, OHOS::MessageOption &option) override;
 
@@ -46,6 +50,7 @@ private:
 
     RequestRouter &router_;
     RequestPool &pool_;
+    RequestBudget &budget_;
 };
 
 } // namespace DriveService

@@ -5,13 +5,12 @@
 
 #include <algorithm>
 
+#include "records/limits.h"
 #include "util/json_util.h"
 
 namespace DriveService {
 
 namespace {
-
-constexpr unsigned MAX_LIST = 1000;
 
 bool IsInteger(const Json::Value &value)
 {
@@ -25,8 +24,10 @@ bool IsSwitch(const Json::Value &value)
 
 bool IsTextList(const Json::Value &value)
 {
-    return value.isArray() && value.size() <= MAX_LIST &&
-           std::all_of(value.begin(), value.end(), [](const Json::Value &element) { return element.isString(); });
+    return value.isArray() && value.size() <= MAX_SETTING_TEXTS &&
+           std::all_of(value.begin(), value.end(), [](const Json::Value &element) {
+               return element.isString() && element.asString().size() <= MAX_SETTING_TEXT_BYTES;
+           });
 }
 
 bool IsFlowControl(const Json::Value &value)
@@ -58,7 +59,7 @@ std::string StoreName(const SettingRule &rule)
 
 const std::vector<SettingRule> &SettingRules()
 {
-    constexpr const char *list = "an array of at most 1000 texts";
+    constexpr const char *list = "an array of at most 1000 texts of at most 512 bytes";
     constexpr const char *onOff = "0 or 1";
     static const auto *rules = new std::vector<SettingRule>{
         {"enableQuicDomainList", true, list, IsTextList, Json::Value(Json::arrayValue)},

@@ -11,6 +11,7 @@
 #include "account/settings.h"
 #include "catalogue/catalogue_parser.h"
 #include "catalogue/served_versions.h"
+#include "records/limits.h"
 #include "util/encoding.h"
 #include "util/json_util.h"
 #include "util/log.h"
@@ -19,7 +20,6 @@ namespace DriveService {
 
 namespace {
 
-constexpr size_t MAX_FILE_BYTES = size_t{16} * 1024 * 1024;
 constexpr const char *FILE_ENDING = ".json";
 
 // File times tick in steps of some milliseconds: a file that changed so shortly before it was read could change again
@@ -45,7 +45,7 @@ std::string ReadGivenFiles(const std::vector<std::string> &files, std::vector<Gi
     std::set<std::string> bundles;
     for (const std::string &file : files) {
         std::string error;
-        std::optional<std::string> text = ReadFile(file, MAX_FILE_BYTES, error);
+        std::optional<std::string> text = ReadFile(file, MAX_CATALOGUE_BYTES, error);
         if (!text) {
             problems += file + ": cannot be read: " + error + "\n";
             continue;
@@ -119,7 +119,7 @@ std::map<std::string, std::string> Catalogue::Texts()
         // The versions that it is served with are remembered from now on at the latest.
         Find(name);
         std::string error;
-        std::optional<std::string> text = ReadFile(PathOf(name), MAX_FILE_BYTES, error);
+        std::optional<std::string> text = ReadFile(PathOf(name), MAX_CATALOGUE_BYTES, error);
         if (!text) {
             throw std::runtime_error("catalogue file " + PathOf(name) + " cannot be read: " + error);
         }
@@ -150,7 +150,7 @@ void Catalogue::Load(const std::string &bundleName, const FileSignature &signatu
     // Stays so when the store fails below: the next request tries again.
     cached.settled = false;
     std::string error;
-    std::optional<std::string> text = ReadFile(PathOf(bundleName), MAX_FILE_BYTES, error);
+    std::optional<std::string> text = ReadFile(PathOf(bundleName), MAX_CATALOGUE_BYTES, error);
     if (!text) {
         LogError("catalogue file " + PathOf(bundleName) + " cannot be read: " + error);
     } else if (std::string digest = Sha256(*text); digest != cached.digest) {

@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "catalogue/schema_parser.h"
+#include "records/limits.h"
 #include "util/json_util.h"
 
 namespace DriveService {
@@ -17,7 +18,6 @@ namespace {
 
 constexpr uint32_t DEFAULT_MAX_BATCH_NUMBER = 10;
 constexpr int64_t MOST_BATCH_NUMBER = 100000;
-constexpr size_t MAX_NAME_LENGTH = 255;
 constexpr int64_t MAX_INT32 = std::numeric_limits<int32_t>::max();
 
 // Members that steer the service and are not part of what clients are told.
@@ -53,8 +53,8 @@ void ParseContainer(
 {
     MemberCheck check(json, path, problems);
     container.name = check.Text("name", Presence::REQUIRED);
-    if (container.name.size() > MAX_NAME_LENGTH) {
-        check.Report("name", "expected at most " + std::to_string(MAX_NAME_LENGTH) + " bytes");
+    if (container.name.size() > MAX_CONTAINER_NAME) {
+        check.Report("name", "expected at most " + std::to_string(MAX_CONTAINER_NAME) + " bytes");
     }
     check.Text("databaseName", Presence::OPTIONAL);
     container.maxBatchNumber = DEFAULT_MAX_BATCH_NUMBER;
@@ -149,8 +149,7 @@ Json::Value ReplyOf(const Json::Value &json)
 
 bool IsBundleName(const std::string &name)
 {
-    constexpr size_t LONGEST = 200; // a file name ending still fits behind it
-    return !name.empty() && name.size() <= LONGEST && name[0] != '.' &&
+    return !name.empty() && name.size() <= MAX_BUNDLE_NAME && name[0] != '.' &&
            std::all_of(name.begin(), name.end(),
                [](unsigned char c) { return std::isalnum(c) != 0 || c == '.' || c == '_' || c == '-'; });
 }

@@ -5,15 +5,10 @@
 
 #include <utility>
 
+#include "records/limits.h"
 #include "util/json_util.h"
 
 namespace DriveService {
-
-namespace {
-
-constexpr Json::ArrayIndex MAX_ELEMENTS = 10000;
-
-} // namespace
 
 MemberCheck::MemberCheck(const Json::Value &object, std::string path, std::vector<Problem> &problems)
     : object_(object), path_(std::move(path)), problems_(problems)
@@ -101,9 +96,9 @@ const Json::Value *MemberCheck::Array(const char *name, Presence presence)
         ReportType(name, "an array", *value);
         return nullptr;
     }
-    if (value->size() > MAX_ELEMENTS) {
-        Report(name, "has " + std::to_string(value->size()) + " elements, at most " + std::to_string(MAX_ELEMENTS) +
-                         " are allowed");
+    if (value->size() > MAX_CATALOGUE_ELEMENTS) {
+        Report(name, "has " + std::to_string(value->size()) + " elements, at most " +
+                         std::to_string(MAX_CATALOGUE_ELEMENTS) + " are allowed");
         return nullptr;
     }
     return value;

@@ -8,18 +8,17 @@
 #include <cstdint>
 #include <limits>
 
+#include "records/limits.h"
 #include "util/json_util.h"
 
 namespace DriveService {
 
 namespace {
 
-constexpr size_t MAX_NAME_LENGTH = 128;
-
 // Field names stand in query texts before an operator and in comma lists.
 bool IsFieldName(const std::string &name)
 {
-    if (name.empty() || name.size() > MAX_NAME_LENGTH || std::isdigit(static_cast<unsigned char>(name[0])) != 0) {
+    if (name.empty() || name.size() > MAX_SCHEMA_NAME || std::isdigit(static_cast<unsigned char>(name[0])) != 0) {
         return false;
     }
     return std::all_of(name.begin(), name.end(),
@@ -92,8 +91,8 @@ void SchemaParser::ParseRecordType(MemberCheck &check)
     if (rule.recordType.empty()) {
         return;
     }
-    if (rule.recordType.size() > MAX_NAME_LENGTH) {
-        check.Report("recordType", "expected at most " + std::to_string(MAX_NAME_LENGTH) + " bytes");
+    if (rule.recordType.size() > MAX_SCHEMA_NAME) {
+        check.Report("recordType", "expected at most " + std::to_string(MAX_SCHEMA_NAME) + " bytes");
     } else if (!container_.recordTypes.emplace(rule.recordType, rule).second) {
         check.Report("recordType", "\"" + rule.recordType + "\" is there twice");
     }
@@ -155,7 +154,7 @@ void SchemaParser::ParseField(MemberCheck &check, RecordTypeRule &rule)
         return;
     }
     if (!IsFieldName(field.name)) {
-        check.Report("name", "expected at most " + std::to_string(MAX_NAME_LENGTH) +
+        check.Report("name", "expected at most " + std::to_string(MAX_SCHEMA_NAME) +
                                  " letters, digits, '_', '-' and '.', not beginning with a digit, found text \"" +
                                  field.name + "\"");
     } else if (IsReservedFieldName(field.name)) {

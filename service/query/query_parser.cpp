@@ -8,6 +8,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "records/limits.h"
 #include "util/encoding.h"
 #include "util/failure.h"
 #include "util/json_util.h"
@@ -16,9 +17,6 @@ namespace DriveService {
 
 namespace {
 
-constexpr size_t MAX_TEXT = size_t{64} * 1024;
-constexpr size_t MAX_CONDITIONS = 32;
-constexpr size_t MAX_ORDERINGS = 8;
 constexpr std::string_view ORDER_BY = "orderBy=";
 
 [[noreturn]] void Refuse(const std::string &description, const std::string &field)
@@ -216,8 +214,8 @@ ParsedQuery ParseQuery(const std::string &text, const RecordTypeRule &rule)
     if (text.empty()) {
         return query;
     }
-    if (text.size() > MAX_TEXT) {
-        Refuse("the query has more than " + std::to_string(MAX_TEXT) + " bytes", "queryParam");
+    if (text.size() > MAX_QUERY_BYTES) {
+        Refuse("the query has more than " + std::to_string(MAX_QUERY_BYTES) + " bytes", "queryParam");
     }
     for (const std::string &part : Split(text, '&')) {
         if (part.compare(0, ORDER_BY.size(), ORDER_BY) == 0) {

@@ -6,13 +6,12 @@
 #include <limits>
 #include <set>
 
+#include "records/limits.h"
 #include "util/json_util.h"
 
 namespace DriveService {
 
 namespace {
-
-constexpr size_t MAX_ID_BYTES = 512;
 
 const std::set<std::string> &BookkeepingMembers()
 {

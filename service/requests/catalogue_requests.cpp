@@ -6,13 +6,13 @@
 #include <algorithm>
 #include <limits>
 
+#include "records/limits.h"
 #include "util/failure.h"
 
 namespace DriveService {
 
 namespace {
 
-constexpr size_t MAX_BUNDLES = 1000;
 constexpr size_t BRIEFS_PER_PAGE = 100;
 
 // What clients may upload at once, told with the brief information.

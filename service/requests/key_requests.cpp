@@ -6,7 +6,9 @@
 #include <limits>
 
 #include "account/settings.h"
+#include "records/limits.h"
 #include "util/encoding.h"
+#include "util/failure.h"
 #include "util/json_util.h"
 
 namespace DriveService {
@@ -46,7 +48,16 @@ bool ReadToken(const std::string &text, int64_t nowMs, Json::Value &token)
 
 Json::Value GetCommonKey(ServiceContext &context, const Request &request)
 {
-    std::string setting = "commonKey/" + Int32Text(request, "dataType") + "/" + Int32Text(request, "keyType");
+    constexpr const char *FAMILY = "commonKey/";
+    std::string setting = FAMILY + Int32Text(request, "dataType") + "/" + Int32Text(request, "keyType");
+    std::unique_ptr<ReadSession> session = context.store.BeginRead();
+    if (!session->Setting(setting) && session->CountSettings(FAMILY) >= MAX_COMMON_KEYS) {
+        throw RequestError(ErrorCode::LIMIT_REACHED,
+            "there are " + std::to_string(MAX_COMMON_KEYS) +
+                " common keys, more are not made; use one of those that were asked for before",
+            "dataType");
+    }
+    session.reset();
     Json::Value reply = Success();
     // In the database, whose file only its owner can read.
     reply["key"] = KeptSetting(context.store, setting, [] { return HexEncode(RandomBytes(COMMON_KEY_BYTES)); });

@@ -5,6 +5,7 @@
 
 #include <limits>
 
+#include "records/limits.h"
 #include "util/failure.h"
 #include "util/json_util.h"
 
@@ -14,7 +15,6 @@ namespace {
 
 constexpr int64_t PRIVATE_DATABASE = 1;
 constexpr int64_t LAST_DATABASE_TYPE = 2;
-constexpr size_t MAX_TRACE_ID_BYTES = 512;
 
 [[noreturn]] void Refuse(const char *name, const std::string &expected, const Json::Value &came)
 {

@@ -11,11 +11,13 @@
 #include <functional>
 #include <mutex>
 
+#include "records/limits.h"
+
 namespace DriveService {
 
 struct RequestPoolLimits {
-    size_t threads = 256;
-    size_t queued = 1024; // beyond those that threads work on
+    size_t threads = MAX_REQUEST_THREADS;
+    size_t queued = MAX_QUEUED_REQUESTS; // beyond those that threads work on
 };
 
 // The threads on which requests are answered after their transaction has ended. Grows while all threads are busy: one

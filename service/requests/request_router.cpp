@@ -140,6 +140,11 @@ std::string RequestRouter::Answer(
     return ReplyOf(answer, "");
 }
 
+std::string RequestRouter::Refuse(const Failure &failure) noexcept
+{
+    return ReplyOf([&failure]() -> Json::Value { throw RequestError(failure); }, "");
+}
+
 std::string RequestRouter::AnswerWithUuid(const Json::Value &json, const std::string &uuid,
     const std::string &deviceName, const ClientCallback *callback) noexcept
 {

@@ -20,6 +20,9 @@ public:
     std::string Answer(
         const std::string &text, const std::string &deviceName, const ClientCallback *callback = nullptr) noexcept;
 
+    // The answer to a request that was refused before it was read.
+    static std::string Refuse(const Failure &failure) noexcept;
+
     // For a request that has been read already; every answer gets its "uuid".
     std::string AnswerWithUuid(const Json::Value &json, const std::string &uuid, const std::string &deviceName,
         const ClientCallback *callback) noexcept;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "push/notifier.h"
+#include "records/limits.h"
 #include "util/encoding.h"
 #include "util/json_util.h"
 
@@ -17,8 +18,6 @@ namespace {
 
 constexpr int SIGN_VERSION = 2;
 constexpr size_t SUBSCRIPTION_ID_BYTES = 16;
-constexpr size_t MAX_EVENT_NAME = 128;
-constexpr Json::ArrayIndex MAX_SUBSCRIPTIONS = 1000;
 // A subscription lasts a year at most, and so long when no time is asked for.
 constexpr int64_t LONGEST_MS = int64_t{365} * 24 * 60 * 60 * 1000;
 
@@ -80,9 +79,29 @@ Subscription ReadWanted(ServiceContext &context, const Request &request)
         EventNameOf(request), ExpirationOf(context, request)};
 }
 
+// Throws RequestError (LIMIT_REACHED) when it would be one more than a container may have.
+void RequireRoomFor(WriteSession &session, const Subscription &wanted, int64_t now)
+{
+    std::vector<Subscription> present = session.View().Subscriptions(wanted.bundleName, wanted.containerName, now);
+    bool isThere = std::any_of(present.begin(), present.end(),
+        [&wanted](const Subscription &one) { return one.eventName == wanted.eventName; });
+    if (!isThere && present.size() >= MAX_CONTAINER_SUBSCRIPTIONS) {
+        throw RequestError(ErrorCode::LIMIT_REACHED,
+            "container \"" + wanted.containerName + "\" has " + std::to_string(present.size()) +
+                " subscriptions, at most " + std::to_string(MAX_CONTAINER_SUBSCRIPTIONS) +
+                " are possible; delete one that getSubscriptions lists",
+            "saName");
+    }
+    if (!isThere) {
+        // Expired ones would remain until a notification is sent.
+        session.DropExpiredSubscriptions(now);
+    }
+}
+
 // Members of the reply.
 Json::Value Subscribe(WriteSession &session, Subscription subscription, int64_t now)
 {
+    RequireRoomFor(session, subscription, now);
     session.PutSubscription(subscription, now);
     Json::Value reply = Success();
     reply["id"] = subscription.id;

@@ -207,6 +207,19 @@ bool SqliteRead::IsIndexed(int64_t databaseId, const std::string &recordType, co
     });
 }
 
+int64_t SqliteRead::CountSettings(const std::string &beginning)
+{
+    return GuardStore(connection_.Path(), [&] {
+        SQLite::Statement &count =
+            connection_.Prepare("SELECT COUNT(*) FROM setting WHERE substr(name, 1, length(?)) = ?");
+        ResetAtEnd reset(count);
+        count.bind(1, beginning);
+        count.bind(2, beginning);
+        count.executeStep();
+        return count.getColumn(0).getInt64();
+    });
+}
+
 std::optional<std::string> SqliteRead::Setting(const std::string &name)
 {
     return GuardStore(connection_.Path(), [&]() -> std::optional<std::string> {

@@ -37,6 +37,7 @@ public:
     std::vector<StoredAsset> Assets(int64_t databaseId, const std::string &recordId) override;
     bool IsUploaded(int64_t databaseId, const std::string &assetId, const std::string &content) override;
     std::optional<std::string> Setting(const std::string &name) override;
+    int64_t CountSettings(const std::string &beginning) override;
     std::optional<Subscription> FindSubscription(const std::string &id) override;
     std::vector<Subscription> Subscriptions(
         const std::string &bundleName, const std::string &containerName, int64_t time) override;

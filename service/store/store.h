@@ -61,6 +61,9 @@ public:
 
     virtual std::optional<std::string> Setting(const std::string &name) = 0;
 
+    // How many there are whose names begin so.
+    virtual int64_t CountSettings(const std::string &beginning) = 0;
+
     // Also finds expired ones.
     virtual std::optional<Subscription> FindSubscription(const std::string &id) = 0;
 

@@ -23,6 +23,7 @@ enum class ErrorCode : int {
     REPLY_TOO_LARGE = 1011,      // the answer does not fit into one reply: ask for less at a time
     LOCK_HELD = 1012,            // another session holds the container's lock
     UNKNOWN_SUBSCRIPTION = 1013, // the container has no such subscription, or it has expired
+    LIMIT_REACHED = 1014,        // there are as many as there may be: wait, or remove some
 
     // One record was refused; others of the same request are not touched by that.
     INVALID_RECORD = 1101,       // the record's own members (id, type, relations ...) are wrong

@@ -26,6 +26,7 @@ ErrorType TypeOf(ErrorCode code)
         case ErrorCode::ASSET_NOT_FOUND:
         case ErrorCode::LOCK_HELD:
         case ErrorCode::UNKNOWN_SUBSCRIPTION:
+        case ErrorCode::LIMIT_REACHED:
             return ErrorType::STATE;
         case ErrorCode::STORE_FAILED:
         case ErrorCode::INTERNAL_ERROR:
@@ -64,6 +65,8 @@ const char *ReasonOf(ErrorCode code)
             return "LOCK_HELD";
         case ErrorCode::UNKNOWN_SUBSCRIPTION:
             return "UNKNOWN_SUBSCRIPTION";
+        case ErrorCode::LIMIT_REACHED:
+            return "LIMIT_REACHED";
         case ErrorCode::INVALID_RECORD:
             return "INVALID_RECORD";
         case ErrorCode::INVALID_FIELD:

@@ -14,7 +14,6 @@ namespace DriveService {
 
 namespace {
 
-constexpr int MAX_DEPTH = 128;
 constexpr size_t EXCERPT_BYTES = 80;
 
 const Json::CharReaderBuilder &ReaderBuilder()
@@ -22,7 +21,7 @@ const Json::CharReaderBuilder &ReaderBuilder()
     static const auto *builder = [] {
         auto *made = new Json::CharReaderBuilder;
         Json::CharReaderBuilder::strictMode(&made->settings_);
-        made->settings_["stackLimit"] = MAX_DEPTH;
+        made->settings_["stackLimit"] = MAX_JSON_DEPTH;
         return made;
     }();
     return *builder;
@@ -40,12 +39,13 @@ const Json::StreamWriterBuilder &WriterBuilder()
     return *builder;
 }
 
-// Whether the commas and opening brackets outside of texts, which stand for about a value each, are at most so many.
-bool HasAtMostValues(const std::string &text, size_t most)
+} // namespace
+
+size_t CountJsonValues(const std::string &text)
 {
     size_t values = 0;
     bool inText = false;
-    for (size_t i = 0; i < text.size() && values <= most; ++i) {
+    for (size_t i = 0; i < text.size() && values <= MAX_JSON_VALUES; ++i) {
         char c = text[i];
         if (inText) {
             i += c == '\\' ? 1 : 0;
@@ -55,14 +55,12 @@ bool HasAtMostValues(const std::string &text, size_t most)
             values += c == ',' || c == '[' || c == '{' ? 1 : 0;
         }
     }
-    return values <= most;
+    return values;
 }
-
-} // namespace
 
 bool ParseForeignJson(const std::string &text, Json::Value &value, std::string &error)
 {
-    if (!HasAtMostValues(text, MAX_JSON_VALUES)) {
+    if (CountJsonValues(text) > MAX_JSON_VALUES) {
         error = "the text has more than " + std::to_string(MAX_JSON_VALUES) + " values; send less at a time";
         value = Json::Value();
         return false;

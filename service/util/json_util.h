@@ -14,6 +14,10 @@ namespace DriveService {
 // Never throws for bad text; `error` then says what is wrong.
 [[nodiscard]] bool ParseJson(const std::string &text, Json::Value &value, std::string &error);
 
+// About how many values the text holds: the commas and opening brackets outside of texts. Stops counting soon above
+// MAX_JSON_VALUES.
+size_t CountJsonValues(const std::string &text);
+
 // The same for a text from outside, which is refused before it is read when it has more than MAX_JSON_VALUES values.
 [[nodiscard]] bool ParseForeignJson(const std::string &text, Json::Value &value, std::string &error);
 

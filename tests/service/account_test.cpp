@@ -90,7 +90,7 @@ TEST_F(AccountTest, SettingsAreChecked)
         {"{'name': 'flowControl', 'value': {'flowSpeedLimit': -1}}", "integers from 0 to 4294967295"},
         {"{'name': 'flowControl', 'value': {'flowSpeedLimit': 4294967296}}", "integers from 0 to 4294967295"},
         {"{'name': 'flowControl', 'value': {'other': 1}}", "\"flowThreshold\""},
-        {"{'name': 'flowControlWhiteList', 'value': ['a', 1]}", "array of at most 1000 texts, came an array"},
+        {"{'name': 'flowControlWhiteList', 'value': ['a', 1]}", "array of at most 1000 texts of at most 512 bytes, came an array"},
         {"{'name': 'ohNubisUseAsyncIPC', 'value': '0'}", "expected 0 or 1, came text"},
         {"{'name': 'ohNubisUseAsyncIPC', 'value': 1.0}", "expected 0 or 1, came number"},
         {"{'name': 'checkAlive', 'value': null}", "expected 0 or 1, came null"},

@@ -69,6 +69,7 @@ std::string AdviceForReason(const std::string &reason)
             "see with `nubis lock show` who holds the lock; wait for it and write with `nubis lock exec --wait "
             "SECONDS -- COMMAND`"},
         {"UNKNOWN_SUBSCRIPTION", "see `nubis subscription list`"},
+        {"LIMIT_REACHED", "see docs/limits.md for how many there may be"},
         {"UNKNOWN_BUNDLE", "see `nubis catalogue list`, or add it with `nubis catalogue apply FILE`"},
         {"UNKNOWN_REFERENCE", "save the record that it refers to first"},
         {"INVALID_CURSOR", "begin again without --since"}};
