@@ -52,14 +52,14 @@ Json::Value Stamp(const Note &note)
 }
 } // namespace
 
-std::vector<Note> MakeNotes(size_t count)
+std::vector<Note> MakeNotes(size_t count, size_t first)
 {
     constexpr int64_t firstTime = 1700000000000;
     std::vector<Note> notes(count);
-    for (size_t i = 0; i < count; ++i) {
-        Note &note = notes[i];
+    size_t i = first;
+    for (Note &note : notes) {
         const std::string number = std::to_string(i);
-        note.id = "note-" + std::string(8 - number.size(), '0') + number + "-4c1b9d7e2f60";
+        note.id = "note-" + number + "-4c1b9d7e2f60";
         note.title = "The title of note " + number;
         note.body = "What note " + number + " says: a line of text, then another one, as people write them down.";
         note.stars = static_cast<int64_t>(i % 6);
@@ -68,6 +68,7 @@ std::vector<Note> MakeNotes(size_t count)
         note.tags = {"home", "work", "tag-" + std::to_string(i % 100)};
         note.folderId = "folder-" + std::to_string(i % 50);
         note.edited = firstTime + static_cast<int64_t>(i);
+        ++i;
     }
     return notes;
 }

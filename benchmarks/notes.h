@@ -29,8 +29,8 @@ struct Note {
     int64_t edited = 0;
 };
 
-// The same texts for the same number, whoever asks.
-std::vector<Note> MakeNotes(size_t count);
+// The notes first, first + 1 ...: the same texts for the same number, whoever asks.
+std::vector<Note> MakeNotes(size_t count, size_t first = 0);
 
 // New records of the library.
 std::vector<Nubis::NBRecord> ToRecords(const std::vector<Note> &notes);

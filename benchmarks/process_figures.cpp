@@ -68,6 +68,10 @@ Activity ActivityOf(int pid)
 {
     Activity activity;
     for (const auto &task : fs::directory_iterator(FolderOf(pid) / "task")) {
+        if (!fs::exists(task.path() / "status")) {
+            // It has just ended.
+            continue;
+        }
         activity.wakeUps += NumberIn(task.path() / "status", "voluntary_ctxt_switches:");
         // The first number, in nanoseconds.
         constexpr double nano = 1e-9;
