@@ -24,6 +24,10 @@ public:
     ClientProcess(const ClientProcess &) = delete;
     ClientProcess &operator=(const ClientProcess &) = delete;
 
+    pid_t Pid() const
+    {
+        return pid_;
+    }
     // The descriptor of its output; -1 after the end.
     int Output() const;
     // Waits for output; the whole lines so far, none at the end of the output.

@@ -51,7 +51,7 @@ TEST_F(LocksTest, AnAtomicChangeIsSeenAsAWholeOrNotAtAll)
     ASSERT_TRUE(AllSaved(Save(Database(), {Folder("f").Id("f1"), Note("a").Id("n1")})));
     const NBRecord lost = Note("lost").Id("n3").With("folder", InFolder("nowhere"));
 
-    const Modified refused = Modify(Database(), {Note("b").Id("n2"), lost}, {Note("").Id("n1").Existing(1)}, true);
+    const auto refused = Modify(Database(), {Note("b").Id("n2"), lost}, {Note("").Id("n1").Existing(1)}, true);
 
     EXPECT_FALSE(refused.error.HasError());
     EXPECT_EQ(refused.saved.at("n2").GetServerErrorCode(), 1111);
@@ -59,7 +59,7 @@ TEST_F(LocksTest, AnAtomicChangeIsSeenAsAWholeOrNotAtAll)
     EXPECT_EQ(refused.deleted.at("n1").GetServerErrorCode(), 1111);
     EXPECT_EQ(AllChanges(Database()).records.size(), 2U);
 
-    const Modified done =
+    const auto done =
         Modify(Database(), {Note("b").Id("n2")}, {Note("").Id("n1").Existing(1), Folder("").Id("f1")}, true);
     EXPECT_FALSE(
         done.saved.at("n2").HasError() || done.deleted.at("n1").HasError() || done.deleted.at("f1").HasError());
@@ -72,7 +72,7 @@ TEST_F(LocksTest, RecordsAreCopiedAndPreShared)
     ASSERT_TRUE(AllSaved(Save(Database(), {Note("a").Id("n1").With("stars", NBRecordField(3))})));
     NBRecord target = RecordBuilder("note").With("title", NBRecordField("b"));
 
-    const Saved copied = Copy(Database(), {{target, "n1"}, {target, "nobody"}});
+    const auto copied = Copy(Database(), {{target, "n1"}, {target, "nobody"}});
 
     EXPECT_FALSE(copied.error.HasError());
     ASSERT_EQ(copied.results.size(), 2U);

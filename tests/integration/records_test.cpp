@@ -50,7 +50,7 @@ TEST_F(RecordsTest, EveryKindOfValueComesBackAsItWasSaved)
                         .With("folder", InFolder("folder-1"));
     ASSERT_TRUE(AllSaved(Save(Database(), {note})));
 
-    const Fetched fetched = FetchById(Database(), "note", "note-1");
+    const auto fetched = FetchById(Database(), "note", "note-1");
 
     ASSERT_FALSE(fetched.error.HasError());
     EXPECT_EQ(JsonOf(fetched.record), JsonOf(note));
@@ -62,7 +62,7 @@ TEST_F(RecordsTest, EveryKindOfValueComesBackAsItWasSaved)
 
 TEST_F(RecordsTest, ANewRecordWithoutAnIdGetsOneByTheContainersRule)
 {
-    const Saved saved = Save(Database(), {Note("a"), Note("b")});
+    const auto saved = Save(Database(), {Note("a"), Note("b")});
 
     ASSERT_TRUE(AllSaved(saved));
     ASSERT_EQ(saved.results.size(), 2U);
@@ -79,7 +79,7 @@ TEST_F(RecordsTest, ARefusedRecordSaysWhyAndItsNeighboursAreSaved)
         Note("odd").Id("n3").With("stars", NBRecordField("many")),
         Note("strange").Id("n4").With("colour", NBRecordField(1))};
 
-    const Saved saved = Save(Database(), std::move(records));
+    const auto saved = Save(Database(), std::move(records));
 
     ASSERT_FALSE(saved.error.HasError());
     ASSERT_EQ(saved.results.size(), 4U);
@@ -102,12 +102,12 @@ TEST_F(RecordsTest, SavePoliciesDecideConflicts)
     ASSERT_EQ(data.at("stars").GetInt(stars), NB_LOCAL_SUCCESS);
     EXPECT_EQ(stars, 1);
 
-    const Saved stale = Save(Database(), {Note("third").Id("n").Existing(1)}, NB_SAVE_IF_UNCHANGED);
+    const auto stale = Save(Database(), {Note("third").Id("n").Existing(1)}, NB_SAVE_IF_UNCHANGED);
     EXPECT_TRUE(stale.results.at("n").IsServerError());
     EXPECT_TRUE(AllSaved(Save(Database(), {Note("third").Id("n").Existing(2)}, NB_SAVE_IF_UNCHANGED)));
     EXPECT_EQ(TitleOf(FetchById(Database(), "note", "n").record), "third");
 
-    const Saved twin = Save(Database(), {Folder("same").Id("f1"), Folder("same").Id("f2")});
+    const auto twin = Save(Database(), {Folder("same").Id("f1"), Folder("same").Id("f2")});
     EXPECT_FALSE(twin.results.at("f1").HasError());
     EXPECT_THAT(twin.results.at("f2").GetErrorMsg(), testing::HasSubstr("f1"));
 }
@@ -122,12 +122,12 @@ TEST_F(RecordsTest, QueriesFilterOrderAndPage)
     ASSERT_TRUE(AllSaved(Save(Database(), std::move(records))));
     NBQuery query{"note", "stars>=5&title!=n7", {{true, "stars"}}};
 
-    Page page = Query(Database(), query, 10);
+    auto page = Query(Database(), query, 10);
     ASSERT_FALSE(page.error.HasError()) << page.error.GetErrorMsg();
     EXPECT_EQ(page.records.size(), 10U);
     EXPECT_EQ(TitleOf(page.records.front()), "n24");
     std::vector<NBRecord> all = page.records;
-    while (page.hasMore) {
+    while (!page.cursor.empty()) {
         page = Query(Database(), query, 10, page.cursor);
         all.insert(all.end(), page.records.begin(), page.records.end());
     }
@@ -135,7 +135,7 @@ TEST_F(RecordsTest, QueriesFilterOrderAndPage)
     EXPECT_EQ(TitlesOf(all).count("n7"), 0U);
     EXPECT_EQ(TitleOf(all.back()), "n5");
 
-    const Page wrong = Query(Database(), {"note", "thumbnail=x", {}}, 10);
+    const auto wrong = Query(Database(), {"note", "thumbnail=x", {}}, 10);
     EXPECT_TRUE(wrong.error.IsServerError());
     EXPECT_THAT(wrong.error.GetErrorMsg(), testing::HasSubstr("thumbnail"));
 }
@@ -147,7 +147,7 @@ TEST_F(RecordsTest, ChangesArriveOncePageByPageAndOnlyTheNewOnesAfterwards)
         records.push_back(Note("n" + std::to_string(i)).Id("id" + std::to_string(i)));
     }
     ASSERT_TRUE(AllSaved(Save(Database(), records)));
-    const Page first = AllChanges(Database(), "", 10);
+    const auto first = AllChanges(Database(), "", 10);
     ASSERT_FALSE(first.error.HasError());
     EXPECT_EQ(TitlesOf(first.records).size(), 57U);
     EXPECT_EQ(first.records.size(), 57U);
@@ -158,7 +158,7 @@ TEST_F(RecordsTest, ChangesArriveOncePageByPageAndOnlyTheNewOnesAfterwards)
     ASSERT_TRUE(AllSaved(Save(Database(), {Note("changed again").Id("id3").Existing(2), Note("new").Id("new")})));
 
     for (const std::string &cursor : {start, first.cursor}) {
-        const Page after = AllChanges(Database(), cursor);
+        const auto after = AllChanges(Database(), cursor);
         EXPECT_EQ(TitlesOf(after.records), (std::set<std::string>{"changed again", "new"}));
         EXPECT_EQ(after.records.size(), 2U);
     }
@@ -169,12 +169,12 @@ TEST_F(RecordsTest, ManyIdsAreFetchedByTypeWithAResultForEach)
 {
     ASSERT_TRUE(AllSaved(Save(Database(), {Folder("f").Id("f1"), Note("n").Id("n1")})));
 
-    const Saved fetched = FetchByIds(Database(), {Note("").Id("n1"), Folder("").Id("f1"), Note("").Id("gone")});
+    const auto fetched = FetchByIds(Database(), {Note("").Id("n1"), Folder("").Id("f1"), Note("").Id("gone")});
 
     EXPECT_EQ(TitleOf(fetched.results.at("n1").GetRecord()), "n");
     EXPECT_EQ(TitleOf(fetched.results.at("f1").GetRecord()), "f");
     EXPECT_TRUE(fetched.results.at("gone").HasError());
-    const Fetched missing = FetchById(Database(), "note", "gone");
+    const auto missing = FetchById(Database(), "note", "gone");
     EXPECT_TRUE(missing.error.IsServerError());
     EXPECT_EQ(missing.recordId, "gone");
 }
@@ -194,7 +194,7 @@ TEST_F(RecordsTest, ALargeRequestTravelsWholeAndComesBackInBoundedPages)
     ASSERT_TRUE(AllSaved(Save(Database(), std::move(notes))));
 
     EXPECT_LT(Changes(Database(), "", 100).records.size(), NOTES);
-    const Page all = AllChanges(Database());
+    const auto all = AllChanges(Database());
     ASSERT_EQ(all.records.size(), NOTES);
     for (const NBRecord &record : all.records) {
         NBFieldMap data;

@@ -38,7 +38,7 @@ TEST_F(ServiceLifeTest, WhatWasAcknowledgedIsThereAfterTheServiceWasKilled)
     const int pid = Service().Pid();
     Service().Kill();
 
-    const Fetched fetched = OnceConnected([this] { return FetchById(Database(), "note", "n1"); });
+    const auto fetched = OnceConnected([this] { return FetchById(Database(), "note", "n1"); });
 
     ASSERT_FALSE(fetched.error.HasError());
     EXPECT_EQ(TitleOf(fetched.record), "kept");
@@ -77,7 +77,7 @@ TEST_F(ServiceLifeTest, EveryCallOfManyThreadsCallsBackOnceWhileTheServiceDies)
     }
 
     EXPECT_EQ(callbacks.load(), THREADS * SAVES);
-    const Page changes = OnceConnected([this] { return AllChanges(Database()); });
+    const auto changes = OnceConnected([this] { return AllChanges(Database()); });
     EXPECT_GE(changes.records.size(), static_cast<size_t>(saved.load()));
 }
 
@@ -107,7 +107,7 @@ TEST_F(ServiceLifeTest, AnotherDeviceSeesTheRecordsOfThisOne)
         0)
         << output;
 
-    const Fetched fetched = FetchById(Database(), "note", "n2");
+    const auto fetched = FetchById(Database(), "note", "n2");
     EXPECT_EQ(TitleOf(fetched.record), "from there");
     EXPECT_EQ(fetched.record.GetRecordModifiedInfo().deviceName, "other");
 }

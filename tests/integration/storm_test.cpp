@@ -144,7 +144,7 @@ TEST_F(StormTest, EveryCallReturnsOnceHoweverOftenTheServiceDies)
     ASSERT_TRUE(ledger_.WaitForReturns(CALLS));
 
     std::set<std::string> kept;
-    const Page changes = AllChanges(Database());
+    const auto changes = AllChanges(Database());
     ASSERT_FALSE(changes.error.HasError());
     for (const NBRecord &record : changes.records) {
         kept.insert(record.GetRecordId());
