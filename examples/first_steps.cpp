@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Saves one record and reads it back. Run it against a service of its own:
+// Saves one record and reads it back; docs/guide/first-steps.md shows the pieces that are marked. Run it against a
+// service of its own:
 //
 //   nubis service exec -- sh -c 'nubis catalogue apply examples/notes.json && first_steps'
 
@@ -18,13 +19,16 @@ using namespace Nubis;
 
 int main()
 {
+    //! [open]
     auto container = NubisNative::GetInstance(100, NB_SYNC_DEMON_DATA)->GetDefaultContainer("com.example.notes");
     if (container == nullptr) {
         std::cerr << "The service does not know com.example.notes: nubis catalogue apply examples/notes.json\n";
         return 1;
     }
     auto database = container->GetPrivateDatabase();
+    //! [open]
 
+    //! [save]
     NBRecord note;
     note.SetRecordType("note");
     note.SetNewCreate(true);
@@ -36,7 +40,9 @@ int main()
             savedId.set_value(error.HasError() || result.HasError() ? "" : id);
         });
     const std::string id = savedId.get_future().get();
+    //! [save]
 
+    //! [read]
     std::promise<std::string> title;
     database->FetchRecordWithId(
         std::make_shared<NBContext>(), "note", id, {}, [&](auto, auto, std::string, NBRecord &record, const NBError &) {
@@ -47,6 +53,7 @@ int main()
             title.set_value(text);
         });
     const std::string text = title.get_future().get();
+    //! [read]
     std::cout << id << ": " << text << '\n';
     return text == "Hello, cloud" ? 0 : 1;
 }
