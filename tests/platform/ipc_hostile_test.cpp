@@ -8,11 +8,15 @@
 #include <unistd.h>
 #include <vector>
 
+#include <capnp/message.h>
+#include <capnp/rpc.capnp.h>
+#include <capnp/serialize.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "extension_manager_client.h"
 #include "host/ability_control.h"
+#include "ipc_limits.h"
 #include "ipc_test_support.h"
 #include "unix_socket.h"
 #include "wire_acceptor.h"
@@ -123,4 +127,69 @@ TEST(IpcHostileTest, AProcessThatAcceptsNobodyDoesNotHoldUpForEver)
     } while (waiting.back());
     EXPECT_FALSE(nobody);
     EXPECT_THAT(error, testing::HasSubstr("cannot connect to"));
+}
+
+TEST(IpcHostileTest, OneThatAsksOnWithoutReadingIsCutOff)
+{
+    TestHost::Get().OfferService("test.unread");
+    sptr<TestConnection> connection = new TestConnection();
+    ASSERT_EQ(Connect(connection, "test.unread"), 0);
+    auto ability = connection->AwaitAbility();
+    std::string error;
+    bool nobody = false;
+    UniqueFd socket =
+        Host::Ipc::ConnectSocket(Host::FindAbility("test.unread", ABILITY, 100).socketPath, error, nobody);
+    ASSERT_TRUE(socket) << error;
+    bool isCut = false;
+    for (size_t i = 0; i < 16 * Host::Ipc::MAX_UNREAD_MESSAGES && !isCut; ++i) {
+        capnp::MallocMessageBuilder builder;
+        builder.initRoot<capnp::rpc::Message>().initBootstrap().setQuestionId(static_cast<uint32_t>(i));
+        auto words = capnp::messageToFlatArray(builder);
+        auto bytes = words.asBytes();
+        isCut = send(socket.Get(), bytes.begin(), bytes.size(), MSG_NOSIGNAL) < 0;
+    }
+    EXPECT_TRUE(isCut);
+    EXPECT_EQ(Call(ability, RESULT), 0);
+    OHOS::AAFwk::ExtensionManagerClient::GetInstance().DisconnectAbility(connection->AsObject());
+}
+
+TEST(IpcHostileTest, AProcessHasSoManySessionsAndRequestsUnderWay)
+{
+    TestHost::Get().OfferService("test.many");
+    sptr<TestConnection> connection = new TestConnection();
+    ASSERT_EQ(Connect(connection, "test.many"), 0);
+    auto ability = connection->AwaitAbility();
+    const std::string path = Host::FindAbility("test.many", ABILITY, 100).socketPath;
+    const int own = static_cast<int>(geteuid());
+    std::vector<std::shared_ptr<WireSession>> sessions;
+    std::string error;
+    bool nobody = false;
+    // The connection above has one already.
+    for (size_t i = 1; i < Host::Ipc::MAX_SESSIONS_OF_PROCESS; ++i) {
+        sessions.push_back(WireSession::Connect(path, own, error, nobody));
+        ASSERT_NE(sessions.back(), nullptr) << i << error;
+    }
+    EXPECT_EQ(WireSession::Connect(path, own, error, nobody), nullptr);
+    for (auto &session : sessions) {
+        session->Die();
+    }
+
+    for (size_t i = 0; i < Host::Ipc::MAX_CALLS_UNDER_WAY; ++i) {
+        OHOS::MessageParcel data;
+        OHOS::MessageParcel reply;
+        OHOS::MessageOption option(OHOS::MessageOption::TF_ASYNC);
+        data.WriteString("gate");
+        ASSERT_EQ(ability->SendRequest(BLOCK, data, reply, option), 0);
+    }
+    EXPECT_NE(Call(ability, RESULT), 0) << "one too many";
+    // Large ones have a connection of their own, which has room.
+    const std::string large(Host::Ipc::WireSession::BIG_PARCEL + 1, 'x');
+    EXPECT_EQ(Call(ability, UNBLOCK,
+                  [&](OHOS::MessageParcel &data) {
+                      data.WriteString("gate");
+                      data.WriteString(large);
+                  }),
+        0);
+    EXPECT_TRUE(Await([&] { return Call(ability, RESULT) == 0; }));
+    OHOS::AAFwk::ExtensionManagerClient::GetInstance().DisconnectAbility(connection->AsObject());
 }
