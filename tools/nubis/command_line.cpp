@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "command_error.h"
+#include "command_tree.h"
 #include "common_options.h"
 #include "table.h"
 
@@ -45,15 +46,14 @@ void WriteError(const Console &console, const std::string &what, const std::stri
 }
 
 // What is wrong with the arguments of a command, the last one that they name.
-std::string ParseProblem(const CLI::App &app, const CLI::App &command, const CLI::ParseError &error)
+std::string ParseProblem(const CLI::App &app, CLI::App &command, const CLI::ParseError &error)
 {
     std::string surplus;
     for (const std::string &argument : app.remaining(true)) {
         surplus += (surplus.empty() ? "" : " ") + argument;
     }
     std::string families;
-    for (const CLI::App *family :
-        command.get_subcommands([](const CLI::App *one) { return !one->get_group().empty(); })) {
+    for (const CLI::App *family : VisibleCommands(command)) {
         families += (families.empty() ? "" : ", ") + family->get_name();
     }
     if (!families.empty()) {
@@ -78,7 +78,7 @@ int ReadArguments(CLI::App &app, std::vector<std::string> arguments, const Conso
         return EXIT_DONE;
     } catch (const CLI::ParseError &error) {
         std::string where = "nubis";
-        const CLI::App *command = &app;
+        CLI::App *command = &app;
         while (!command->get_subcommands().empty()) {
             command = command->get_subcommands().front();
             where += " " + command->get_name();
@@ -148,6 +148,7 @@ int RunTool(std::vector<std::string> arguments, const Console &console)
     AddNotifyCommands(app, chosen);
     AddCridCommands(app, chosen);
     AddCompletionCommands(app, chosen);
+    AddManualCommand(app, chosen);
 
     TakePassedOn(arguments, chosen);
     int status = ReadArguments(app, std::move(arguments), console);

@@ -62,8 +62,9 @@ void AddSubscriptionCommands(CLI::App &app, Chosen &chosen);
 void AddWatchCommand(CLI::App &app, Chosen &chosen);
 void AddNotifyCommands(CLI::App &app, Chosen &chosen);
 void AddCridCommands(CLI::App &app, Chosen &chosen);
-// Describes what is there when it acts, so that it may be added anywhere.
+// These two describe what is there when they act, so that they may be added anywhere.
 void AddCompletionCommands(CLI::App &app, Chosen &chosen);
+void AddManualCommand(CLI::App &app, Chosen &chosen);
 void AddDemoCommands(CLI::App &app, Chosen &chosen);
 
 // The whole program behind main: reads the arguments (without the program's name), runs the command, writes errors with

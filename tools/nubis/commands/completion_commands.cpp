@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "command_error.h"
+#include "command_tree.h"
 #include "common_options.h"
 
 namespace NubisTool {
@@ -80,11 +81,6 @@ std::string Join(const std::vector<std::string> &texts)
     return joined;
 }
 
-std::vector<CLI::App *> VisibleCommands(CLI::App &command)
-{
-    return command.get_subcommands([](const CLI::App *one) { return !one->get_group().empty(); });
-}
-
 // FILE, FOLDER, the choices behind "one:", or something that only the user knows.
 std::string Takes(CLI::Option &option)
 {
@@ -94,18 +90,6 @@ std::string Takes(CLI::Option &option)
     }
     const std::string type = option.get_type_name();
     return type == "FILE" || type == "FOLDER" ? type : "something";
-}
-
-std::vector<std::string> NamesOf(const CLI::Option &option)
-{
-    std::vector<std::string> names;
-    for (const std::string &name : option.get_lnames()) {
-        names.push_back("--" + name);
-    }
-    for (const std::string &name : option.get_snames()) {
-        names.push_back("-" + name);
-    }
-    return names;
 }
 
 // The entry of a command: the words that may follow, and what its options take.
@@ -133,7 +117,7 @@ void WriteCommand(CLI::App &command, const std::string &path, std::ostream &out)
             values += "                " + pattern + ") takes='" + Takes(*option) + "' ;;\n";
         }
     }
-    if (command.get_name() == "exec") {
+    if (RunsCommand(command)) {
         Append(words, "--");
     }
     out << "        '" << path << "')\n            words='" << words << "'\n";
@@ -146,29 +130,11 @@ void WriteCommand(CLI::App &command, const std::string &path, std::ostream &out)
     out << "            ;;\n";
 }
 
-struct Node {
-    CLI::App *command;
-    std::string path;
-};
-
-// A command and all below it, each with the names that lead to it.
-std::vector<Node> AllNodes(CLI::App &root)
-{
-    std::vector<Node> nodes = {{&root, ""}};
-    for (size_t i = 0; i < nodes.size(); ++i) {
-        const Node node = nodes[i];
-        for (CLI::App *below : VisibleCommands(*node.command)) {
-            nodes.push_back({below, node.path + " " + below->get_name()});
-        }
-    }
-    return nodes;
-}
-
 int WriteBash(CLI::App &app, const Console &console)
 {
-    const std::vector<Node> nodes = AllNodes(app);
+    const std::vector<CommandNode> nodes = CommandTree(app);
     std::string paths;
-    for (const Node &node : nodes) {
+    for (const CommandNode &node : nodes) {
         if (!node.path.empty()) {
             Append(paths, "'" + node.path + "'", " | \\\n                ");
         }
@@ -176,7 +142,7 @@ int WriteBash(CLI::App &app, const Console &console)
     console.out << "# Completion of nubis for bash: source <(nubis completion bash)\n"
                 << HEAD << "            " << paths << ")\n"
                 << MIDDLE;
-    for (const Node &node : nodes) {
+    for (const CommandNode &node : nodes) {
         WriteCommand(*node.command, node.path, console.out);
     }
     console.out << TAIL;
