@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include <openssl/crypto.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "command_line.h"
@@ -36,8 +37,19 @@ void StopServer(int)
     }
 }
 
+// Each client takes about ten descriptors; the usual limit is made for programs that serve nobody.
+void RaiseDescriptorLimit()
+{
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < limit.rlim_max) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
 int Serve(const DriveService::ServeOptions &options)
 {
+    RaiseDescriptorLimit();
     // Never destroyed: requests may still be under way on IPC threads when the server has stopped.
     static auto *instance = new ServiceInstance(options.dataFolder, options.userId, DriveService::SystemNowMs);
     Host::AbilityServerOptions serverOptions;

@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -24,6 +26,17 @@ constexpr char HALF_A_MESSAGE[] = "\0\0\0\0\0\0\1\0half of it";
 
 class HostileClientTest : public NotesTest {
 protected:
+    // As most shells set it, long before the service starts.
+    void SetUp() override
+    {
+        constexpr rlim_t usual = 1024;
+        rlimit limit{};
+        ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+        limit.rlim_cur = std::min(usual, limit.rlim_max);
+        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+        NotesTest::SetUp();
+    }
+
     // Another client's calls, each within the time-out of its own request.
     void ExpectAnswers(const std::string &whatGoesOn)
     {
@@ -65,6 +78,9 @@ TEST_F(HostileClientTest, OneThatSaysHalfOfAMessageHurtsNobody)
 {
     constexpr size_t connections = 400;
     ExpectAnswers("before");
+    rlimit descriptors{};
+    ASSERT_EQ(prlimit(Service().Pid(), RLIMIT_NOFILE, nullptr, &descriptors), 0);
+    EXPECT_EQ(descriptors.rlim_cur, descriptors.rlim_max) << "clients may need more than a shell gives";
     const std::vector<int> sockets = ConnectAndSayHalf(connections);
     ExpectAnswers("half");
     std::string output;

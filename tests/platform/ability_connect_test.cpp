@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <future>
 #include <poll.h>
 #include <set>
@@ -24,6 +26,7 @@
 #include "host/ability_server.h"
 #include "host/paths.h"
 #include "ipc_test_support.h"
+#include "service_launcher.h"
 #include "unix_socket.h"
 
 using namespace IpcTest;
@@ -235,6 +238,27 @@ TEST(AbilityConnectTest, DisconnectWhileConnectingHolds)
     EXPECT_EQ(Call(connection->AwaitAbility(), RESULT), 0);
     EXPECT_THAT(connection->Heard(), testing::ElementsAre("disconnected 0", "connected"));
     Manager().DisconnectAbility(connection->AsObject());
+}
+
+TEST(AbilityConnectTest, ALogThatIsFullIsPutAsideWhenItsServiceStarts)
+{
+    namespace fs = std::filesystem;
+    TestHost::Get();
+    const fs::path folder = fs::path(Host::StateDir()) / "log";
+    fs::create_directories(folder);
+    for (const size_t excess : {0, 1}) {
+        const std::string bundle = "test.log" + std::to_string(excess);
+        const fs::path log = folder / (bundle + ".log");
+        std::ofstream(log).close();
+        fs::resize_file(log, Host::MAX_SERVICE_LOG_BYTES + excess);
+        TestHost::Get().OfferService(bundle);
+        sptr<TestConnection> connection = new TestConnection();
+        ASSERT_EQ(Connect(connection, bundle), 0);
+        ASSERT_NE(connection->AwaitAbility(), nullptr);
+        EXPECT_EQ(fs::exists(log.string() + ".old"), excess > 0);
+        EXPECT_EQ(fs::file_size(log) < Host::MAX_SERVICE_LOG_BYTES, excess > 0);
+        Manager().DisconnectAbility(connection->AsObject());
+    }
 }
 
 TEST(AbilityConnectTest, StaleSocketIsReplacedAndAPlaceIsTakenOnce)

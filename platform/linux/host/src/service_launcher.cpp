@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -106,6 +107,15 @@ struct SpawnSetup {
     posix_spawnattr_t attributes;
 };
 
+// Keeps one old log. A log that cannot be put aside is written on; the service matters more.
+void PutAsideIfFull(const std::string &logFile)
+{
+    struct stat status = {};
+    if (lstat(logFile.c_str(), &status) == 0 && static_cast<size_t>(status.st_size) > MAX_SERVICE_LOG_BYTES) {
+        static_cast<void>(rename(logFile.c_str(), (logFile + ".old").c_str()));
+    }
+}
+
 } // namespace
 
 bool BuildCommand(const Manifest &manifest, const Manifest::Ability &ability, int32_t userId,
@@ -160,6 +170,7 @@ bool ServiceLauncher::Start(const Manifest &manifest, const Manifest::Ability &a
             return false;
         }
         logFile_ = logDir + "/" + bundleName + ".log";
+        PutAsideIfFull(logFile_);
         posix_spawn_file_actions_addopen(
             &setup.actions, STDOUT_FILENO, logFile_.c_str(), O_WRONLY | O_CREAT | O_APPEND, LOG_MODE);
         posix_spawn_file_actions_adddup2(&setup.actions, STDOUT_FILENO, STDERR_FILENO);

@@ -4,6 +4,7 @@
 #ifndef HOST_SERVICE_LAUNCHER_H
 #define HOST_SERVICE_LAUNCHER_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <sys/types.h>
@@ -12,6 +13,9 @@
 #include "manifest.h"
 
 namespace Host {
+
+// The size at which the log of a service is put aside when it starts.
+constexpr size_t MAX_SERVICE_LOG_BYTES = size_t{8} * 1024 * 1024;
 
 // A service program that this process has started. When the object ends, somebody still takes note of the program's exit,
 // so that no dead process stays behind.
