@@ -52,7 +52,7 @@ inline Json::Value JsonOf(const Nubis::NBRecord &record)
 }
 
 // Whether the call and each of its records succeeded; says which did not and why.
-inline testing::AssertionResult AllSaved(const Saved &saved)
+inline testing::AssertionResult AllSaved(const Async::RecordsResult &saved)
 {
     if (saved.error.HasError()) {
         return testing::AssertionFailure() << saved.error.GetReportErrorCode() << ' ' << saved.error.GetErrorMsg();

@@ -29,7 +29,7 @@ public:
                 underWay_.clear();
             }
             sizes.push_back(records.size());
-            auto promise = std::make_shared<std::promise<SaveOutcome>>();
+            auto promise = std::make_shared<std::promise<Async::RecordsResult>>();
             underWay_.push_back({promise, std::move(records)});
             if (underWay_.size() == 4 || answerAtOnce) {
                 AnswerAll();
@@ -41,7 +41,7 @@ public:
     void AnswerAll()
     {
         for (auto &[promise, records] : underWay_) {
-            SaveOutcome outcome;
+            Async::RecordsResult outcome;
             if (dropped) {
                 promise.reset();
                 continue;
@@ -54,7 +54,7 @@ public:
                 }
                 record.SetVersion(7);
                 if (record.GetRecordId() != unanswered) {
-                    outcome.results->emplace(record.GetRecordId(), NBRecordOperResult(error, record));
+                    outcome.results.emplace(record.GetRecordId(), NBRecordOperResult(error, record));
                 }
             }
             promise->set_value(std::move(outcome));
@@ -71,7 +71,7 @@ public:
 
 private:
     struct Request {
-        std::shared_ptr<std::promise<SaveOutcome>> promise;
+        std::shared_ptr<std::promise<Async::RecordsResult>> promise;
         std::vector<NBRecord> records;
     };
     std::vector<Request> underWay_;

@@ -51,13 +51,14 @@ void Print(const std::vector<Nubis::NBRecord> &records, bool json, const Console
 
 } // namespace
 
-std::string PrintChanges(
-    Nubis::NBDatabase &database, std::string cursor, const ChangesWanted &wanted, bool json, const Console &console)
+std::string PrintChanges(const std::shared_ptr<Nubis::NBDatabase> &database, std::string cursor,
+    const ChangesWanted &wanted, bool json, const Console &console)
 {
     const std::string start = cursor;
     bool hasMore = true;
     while (hasMore && console.out && !Interrupted()) {
-        PageOutcome page = Wait(StartChanges(database, wanted.type, wanted.fields, wanted.pageSize, cursor));
+        Async::ChangesResult page =
+            Wait(Async::FetchDatabaseChanges(database, wanted.type, wanted.fields, wanted.pageSize, cursor));
         if (page.error.HasError()) {
             // Whatever was printed is behind this cursor, so nothing need be read twice.
             throw CommandError("reading changes failed: " + ErrorText(page.error),

@@ -20,8 +20,8 @@ struct ChangesWanted {
 
 // Prints the changes from the cursor until nothing is left or the work is interrupted, as a table for each page or as a
 // JSON line for each record; returns the cursor to go on from. Throws CommandError, which names the cursor.
-std::string PrintChanges(
-    Nubis::NBDatabase &database, std::string cursor, const ChangesWanted &wanted, bool json, const Console &console);
+std::string PrintChanges(const std::shared_ptr<Nubis::NBDatabase> &database, std::string cursor,
+    const ChangesWanted &wanted, bool json, const Console &console);
 
 } // namespace NubisTool
 

@@ -7,57 +7,25 @@
 #include <future>
 #include <memory>
 #include <string>
-#include <vector>
+#include <utility>
 
-#include "nb_database.h"
+#include "nb_context.h"
+#include "nubis_async.h"
 
 namespace NubisTool {
 
-// The asynchronous operations of a database as futures. A future whose callback is never called holds
-// std::future_error; Wait turns that, and every refusal to start, into an error of the outcome.
+namespace Async = Nubis::Async;
 
-struct SaveOutcome {
-    std::shared_ptr<Nubis::NBResultMap> results = std::make_shared<Nubis::NBResultMap>();
-    Nubis::NBError error;
-};
-
-struct ModifyOutcome {
-    // What became of the records alone; that of the call is below.
-    SaveOutcome saved;
-    SaveOutcome deleted;
-    Nubis::NBError error;
-};
-
-struct PageOutcome {
-    std::vector<Nubis::NBRecord> records;
-    std::string cursor;
-    bool hasMore = false;
-    Nubis::NBError error;
-};
-
-// The prepareTraceId names the user action to which a change belongs.
-std::future<SaveOutcome> StartSave(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records,
-    Nubis::NBSavePolicy policy, const std::string &prepareTraceId = "");
-std::future<SaveOutcome> StartDelete(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records,
-    Nubis::NBSavePolicy policy, const std::string &prepareTraceId = "");
-std::future<ModifyOutcome> StartModify(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> saves,
-    std::vector<Nubis::NBRecord> deletions, Nubis::NBSavePolicy policy, bool atomic);
-std::future<SaveOutcome> StartCopy(Nubis::NBDatabase &database, std::vector<Nubis::NBCopyRecord> orders);
-// The one result has the record's id.
-std::future<SaveOutcome> StartShare(
-    Nubis::NBDatabase &database, const std::string &recordType, const std::string &recordId);
-// One record with its type and id; the result is kept under the id.
-std::future<SaveOutcome> StartFetchById(Nubis::NBDatabase &database, const Nubis::NBRecord &record);
-std::future<SaveOutcome> StartFetchByIds(Nubis::NBDatabase &database, std::vector<Nubis::NBRecord> records);
-std::future<PageOutcome> StartQuery(Nubis::NBDatabase &database, const std::vector<std::string> &fields,
-    Nubis::NBQuery query, int pageSize, const std::string &cursor);
-std::future<PageOutcome> StartChanges(Nubis::NBDatabase &database, const std::string &recordType,
-    const std::vector<std::string> &fields, int pageSize, const std::string &cursor);
+// Of a call that belongs to the user action of this id; empty when there is none.
+std::shared_ptr<Nubis::NBContext> ContextOf(const std::string &prepareTraceId);
 
 // What became of one record of a call: its own result's error, else the call's; a record that the service did not answer
 // for has an error, too.
-Nubis::NBError ErrorFor(const SaveOutcome &outcome, const std::string &recordId);
+Nubis::NBError ErrorFor(
+    const Nubis::NBResultMap &results, const Nubis::NBError &callError, const std::string &recordId);
+Nubis::NBError ErrorFor(const Async::RecordsResult &outcome, const std::string &recordId);
 
+// A future whose promise was dropped is a failure of the connection, too.
 template <typename Outcome>
 Outcome Wait(std::future<Outcome> future)
 {
@@ -68,6 +36,12 @@ Outcome Wait(std::future<Outcome> future)
         outcome.error.SetLocalError(Nubis::NB_LOCAL_IPC_FAILED);
         return outcome;
     }
+}
+
+template <typename Outcome>
+Outcome Wait(Async::Operation<Outcome> operation)
+{
+    return Wait(std::move(operation).Start());
 }
 
 } // namespace NubisTool

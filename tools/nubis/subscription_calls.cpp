@@ -4,14 +4,12 @@
 #include "subscription_calls.h"
 
 #include <chrono>
-#include <future>
 #include <memory>
 #include <utility>
 
 #include "command_error.h"
 #include "database_calls.h"
 #include "error_text.h"
-#include "nb_context.h"
 #include "service_request.h"
 
 namespace NubisTool {
@@ -20,70 +18,16 @@ namespace {
 using Nubis::NBContainer;
 using Nubis::NBContainerSubscription;
 using Nubis::NBContainerSubscriptionResult;
-using Nubis::NBContext;
 using Nubis::NBError;
 
-struct BatchOutcome {
-    SubscriptionResults results;
-    NBError error;
-};
-
-// Starts a call with a callback's promise and waits for it. The call is to have the only reference to the promise, so
-// that one whose callback is dropped is an error and no wait for ever.
-template <typename Outcome, typename Start>
-Outcome Call(Start &&start)
+NBContainerSubscriptionResult SubscribeOne(const std::shared_ptr<NBContainer> &container, int64_t expirationTime)
 {
-    auto promise = std::make_shared<std::promise<Outcome>>();
-    std::future<Outcome> future = promise->get_future();
-    start(std::move(promise));
-    return Wait(std::move(future));
-}
-
-template <typename Outcome>
-auto KeepError(std::shared_ptr<std::promise<Outcome>> promise)
-{
-    return [promise = std::move(promise)](const std::shared_ptr<NBContext> &, const NBError &error) {
-        Outcome outcome;
-        outcome.error = error;
-        promise->set_value(std::move(outcome));
-    };
-}
-
-auto KeepResults(std::shared_ptr<std::promise<BatchOutcome>> promise)
-{
-    return [promise = std::move(promise)](
-               const std::shared_ptr<NBContext> &, const SubscriptionResults &results, const NBError &error) {
-        promise->set_value({results, error});
-    };
-}
-
-NBContainerSubscriptionResult SubscribeOne(NBContainer &container, int64_t expirationTime)
-{
-    auto result = Call<NBContainerSubscriptionResult>([&](auto promise) {
-        Nubis::NBSubscription wanted{expirationTime};
-        container.SaveSubscription(std::make_shared<NBContext>(), wanted,
-            [promise = std::move(promise)](const std::shared_ptr<NBContext> &, const std::shared_ptr<NBContainer> &,
-                Nubis::NBSubscriptionResult &saved) {
-                promise->set_value({saved.error, "", "", saved.id, saved.expirationTime});
-            });
-    });
-    result.bundleName = container.GetBundleName();
-    result.containerName = container.GetContainerName();
-    return result;
-}
-
-NBContainerSubscriptionResult UnsubscribeOne(NBContainer &container, const NBContainerSubscription &named)
-{
-    auto result = Call<NBContainerSubscriptionResult>([&](auto promise) {
-        container.DeleteSubscription(std::make_shared<NBContext>(), named.id, KeepError(std::move(promise)));
-    });
-    result.bundleName = named.bundleName;
-    result.containerName = named.containerName;
-    return result;
+    Async::SubscriptionResult saved = Wait(Async::SaveSubscription(container, {expirationTime}));
+    return {saved.error, container->GetBundleName(), container->GetContainerName(), saved.id, saved.expirationTime};
 }
 
 // Throws when there is not one result for each item.
-SubscriptionResults Checked(BatchOutcome outcome, size_t items, const std::string &doing)
+SubscriptionResults Checked(Async::BatchSubscriptionResult outcome, size_t items, const std::string &doing)
 {
     ThrowIfError(outcome.error, doing);
     if (outcome.results.size() != items) {
@@ -123,13 +67,11 @@ SubscriptionResults Subscribe(Session &session, std::vector<NBContainerSubscript
     auto container =
         wanted.size() == 1 ? session.FindContainer(wanted[0].bundleName, wanted[0].containerName) : nullptr;
     if (container != nullptr) {
-        return {SubscribeOne(*container, wanted[0].expirationTime)};
+        return {SubscribeOne(container, wanted[0].expirationTime)};
     }
-    size_t items = wanted.size();
-    return Checked(Call<BatchOutcome>([&](auto promise) {
-        session.Kit().BatchSaveSubscription(std::make_shared<NBContext>(), wanted, KeepResults(std::move(promise)));
-    }),
-        items, "subscribing");
+    const size_t items = wanted.size();
+    return Checked(
+        Wait(Async::BatchSaveSubscription(session.Kit().shared_from_this(), std::move(wanted))), items, "subscribing");
 }
 
 SubscriptionResults Unsubscribe(Session &session, std::vector<NBContainerSubscription> named)
@@ -137,14 +79,14 @@ SubscriptionResults Unsubscribe(Session &session, std::vector<NBContainerSubscri
     auto container = named.size() == 1 ? session.FindContainer(named[0].bundleName, named[0].containerName) : nullptr;
     SubscriptionResults results;
     if (container != nullptr) {
-        results.push_back(UnsubscribeOne(*container, named[0]));
+        results.resize(1);
+        results[0].error = Wait(Async::DeleteSubscription(container, named[0].id)).error;
+        results[0].bundleName = named[0].bundleName;
+        results[0].containerName = named[0].containerName;
     } else {
         // Also for one of a container that the catalogue no longer has.
-        results = Checked(Call<BatchOutcome>([&](auto promise) {
-            session.Kit().BatchDeleteSubscription(
-                std::make_shared<NBContext>(), named, KeepResults(std::move(promise)));
-        }),
-            named.size(), "removing subscriptions");
+        results = Checked(Wait(Async::BatchDeleteSubscription(session.Kit().shared_from_this(), named)), named.size(),
+            "removing subscriptions");
     }
     for (size_t i = 0; i < results.size(); ++i) {
         results[i].id = named[i].id;
@@ -159,11 +101,7 @@ NBError Notify(Session &session, const NBContainerSubscription &named, const std
         throw CommandError("the container " + named.containerName + " of " + named.bundleName + " cannot be opened",
             "see with `nubis catalogue show " + named.bundleName + "` whether the catalogue has it");
     }
-    auto context = std::make_shared<NBContext>();
-    context->SetPrepareTarceId(prepareTraceId);
-    return Call<NBContainerSubscriptionResult>([&](auto promise) {
-        container->ChangesNotify(context, named.id, KeepError(std::move(promise)));
-    }).error;
+    return Wait(Async::ChangesNotify(container, named.id, ContextOf(prepareTraceId))).error;
 }
 
 } // namespace NubisTool

@@ -275,7 +275,7 @@ void Watcher::FetchPart(const DatabasePart &part)
     // A type that the catalogue got later has no cursor: the beginning is the right one.
     std::string from = cursor == cursors_.end() ? "" : cursor->second;
     auto database = session_.Container().GetDatabaseWithdatabaseScope(part.first);
-    cursors_[part] = PrintChanges(*database, from, {part.second, {}}, options_.common.json, console_);
+    cursors_[part] = PrintChanges(database, from, {part.second, {}}, options_.common.json, console_);
 }
 
 } // namespace NubisTool

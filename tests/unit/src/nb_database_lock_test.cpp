@@ -84,7 +84,7 @@ TEST_F(DatabaseLockTest, APreSharedRecordIsReadFromTheReply)
     service_->Answer("setPreShared", R"({"code": 5, "error": {"description": "no"}})");
     const auto failed = PreShare(database_, "note", "n1");
     EXPECT_EQ(failed.error.GetErrorMsg(), "no");
-    EXPECT_EQ(failed.recordId, "n1");
+    EXPECT_EQ(failed.record.GetRecordId(), "n1");
     EXPECT_EQ(database_->SetPreShared(nullptr, "note", "n1", nullptr), 0);
     service_->WaitFor("setPreShared", 3);
 }

@@ -50,10 +50,10 @@ int Changes(const ChangesOptions &options, const Console &console)
         ThrowIfError(database->GetStartCursor(options.wanted.type, cursor), "reading the present cursor");
     }
     InterruptGuard guard;
-    cursor = PrintChanges(*database, cursor, options.wanted, options.common.json, console);
+    cursor = PrintChanges(database, cursor, options.wanted, options.common.json, console);
     auto interval = std::chrono::milliseconds(static_cast<int64_t>(options.interval * 1000));
     while (options.follow && console.out && !WaitForInterrupt(interval)) {
-        cursor = PrintChanges(*database, cursor, options.wanted, options.common.json, console);
+        cursor = PrintChanges(database, cursor, options.wanted, options.common.json, console);
     }
     PrintCursor(cursor, options, console);
     return Interrupted() && !options.follow ? EXIT_INTERRUPTED : EXIT_DONE;

@@ -158,8 +158,9 @@ int Import(const ImportCommandOptions &options, const Console &console)
     InterruptGuard guard;
     // A new record saved "if unchanged" is refused when its id is taken; saved by overwriting, it takes its place.
     auto policy = options.existing ? Nubis::NB_SAVE_OVERWRITE : Nubis::NB_SAVE_IF_UNCHANGED;
-    auto send = [&database, policy](
-                    std::vector<Nubis::NBRecord> records) { return StartSave(*database, std::move(records), policy); };
+    auto send = [&database, policy](std::vector<Nubis::NBRecord> records) {
+        return Async::SaveRecords(database, std::move(records), policy).Start();
+    };
     ImportReport report = RunImport(items, plan, send, {}, console);
     if (options.common.json) {
         PrintReportJson(report, rows.size(), console);

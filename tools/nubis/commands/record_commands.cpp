@@ -55,12 +55,12 @@ int Save(const RecordOptions &options, const Console &console)
     Nubis::NBRecord record = MakeRecord(row, options, schemaNode);
     // A new record saved "if unchanged" is refused when its id is taken.
     auto policy = record.GetNewCreate() ? Nubis::NB_SAVE_IF_UNCHANGED : options.policy;
-    SaveOutcome outcome = Wait(StartSave(*session.Database(), {std::move(record)}, policy));
+    Async::RecordsResult outcome = Wait(Async::SaveRecords(session.Database(), {std::move(record)}, policy));
     ThrowIfError(outcome.error, "saving the record");
-    if (outcome.results->size() != 1) {
+    if (outcome.results.size() != 1) {
         throw CommandError("the service gave no answer for the record", "read it with `nubis record get`");
     }
-    const auto &[id, result] = *outcome.results->begin();
+    const auto &[id, result] = *outcome.results.begin();
     ThrowIfError(result, "saving the record " + id);
     if (options.common.json) {
         console.out << PrettyText(RecordToJson(result.GetRecord())) << '\n';
@@ -94,14 +94,15 @@ int Query(const RecordOptions &options, const Console &console)
     while (hasMore && (options.all || records.size() < options.limit)) {
         size_t left = options.all ? QUERY_PAGE : options.limit - records.size();
         int pageSize = static_cast<int>(std::min<size_t>(left, QUERY_PAGE));
-        PageOutcome page = Wait(StartQuery(*database, options.fields, MakeQuery(options), pageSize, cursor));
+        Async::QueryResult page =
+            Wait(Async::FetchRecordsWithQuery(database, options.fields, MakeQuery(options), pageSize, cursor));
         ThrowIfError(page.error, "the query");
-        if (page.hasMore && page.cursor == cursor) {
+        hasMore = !page.cursor.empty();
+        if (hasMore && page.cursor == cursor) {
             throw CommandError("the service says that more records follow, but its cursor stands still",
                 "restart the service with `nubis service stop` and try again");
         }
         std::move(page.records.begin(), page.records.end(), std::back_inserter(records));
-        hasMore = page.hasMore;
         cursor = page.cursor;
     }
     PrintRecords(records, schemaNode, options, console);

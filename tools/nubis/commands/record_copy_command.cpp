@@ -73,7 +73,7 @@ int Copy(const CopyOptions &options, const Console &console)
     for (size_t i = 0; i < copies.size(); ++i) {
         orders.push_back({copies[i].record, sources[i]});
     }
-    SaveOutcome outcome = Wait(StartCopy(*database, std::move(orders)));
+    Async::RecordsResult outcome = Wait(Async::CopyRecords(database, std::move(orders)));
     ThrowIfError(outcome.error, "copying");
     RecordFailures failures;
     std::vector<Nubis::NBRecord> made;
@@ -83,7 +83,7 @@ int Copy(const CopyOptions &options, const Console &console)
             failures.Add(sources[i] + " to " + id, error);
             continue;
         }
-        made.push_back(outcome.results->at(id).GetRecord());
+        made.push_back(outcome.results.at(id).GetRecord());
         if (!options.record.common.json) {
             console.out << "copied " << options.record.type << ' ' << sources[i] << " to " << id << '\n';
         }

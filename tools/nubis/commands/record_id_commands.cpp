@@ -19,7 +19,7 @@
 namespace NubisTool {
 namespace {
 
-using IdOperation = std::function<std::future<SaveOutcome>(std::vector<Nubis::NBRecord> records)>;
+using IdOperation = std::function<Async::RecordsResult(std::vector<Nubis::NBRecord> records)>;
 
 struct IdOutcome {
     // Those that succeeded, in the order of the ids.
@@ -27,11 +27,11 @@ struct IdOutcome {
     RecordFailures failures;
 };
 
-void Judge(const std::string &id, const SaveOutcome &requestOutcome, IdOutcome &outcome)
+void Judge(const std::string &id, const Async::RecordsResult &requestOutcome, IdOutcome &outcome)
 {
     Nubis::NBError error = ErrorFor(requestOutcome, id);
     if (!error.HasError()) {
-        outcome.records.push_back(requestOutcome.results->at(id).GetRecord());
+        outcome.records.push_back(requestOutcome.results.at(id).GetRecord());
         return;
     }
     outcome.failures.Add(id, error);
@@ -50,11 +50,19 @@ IdOutcome PerformById(Session &session, const RecordOptions &options, const IdOp
             records[i].SetRecordType(options.type);
             records[i].SetVersion(options.ifVersion);
         }
-        SaveOutcome requestOutcome = Wait(operation(std::move(records)));
+        Async::RecordsResult requestOutcome = operation(std::move(records));
         for (size_t i = 0; i < count; ++i) {
             Judge(options.ids[start + i], requestOutcome, outcome);
         }
     }
+    return outcome;
+}
+
+Async::RecordsResult FetchOne(const std::shared_ptr<Nubis::NBDatabase> &database, Nubis::NBRecord record)
+{
+    Async::FetchResult fetched = Wait(Async::FetchRecordWithId(database, std::move(record), {}));
+    Async::RecordsResult outcome{{}, fetched.error};
+    outcome.results.emplace(fetched.recordId, Nubis::NBRecordOperResult(fetched.error, std::move(fetched.record)));
     return outcome;
 }
 
@@ -65,8 +73,8 @@ int Get(const RecordOptions &options, const Console &console)
     const Nubis::NBSchemaNode &schemaNode = session.RecordType(options.type);
     auto database = session.Database();
     IdOutcome outcome = PerformById(session, options, [&](std::vector<Nubis::NBRecord> records) {
-        return records.size() == 1 ? StartFetchById(*database, records.front())
-                                   : StartFetchByIds(*database, std::move(records));
+        return records.size() == 1 ? FetchOne(database, std::move(records.front()))
+                                   : Wait(Async::FetchRecordWithIds(database, std::move(records), {}));
     });
     if (options.common.json || !outcome.records.empty()) {
         PrintRecords(outcome.records, schemaNode, options, console);
@@ -85,8 +93,9 @@ int Delete(const RecordOptions &options, const Console &console)
     const Nubis::NBSchemaNode &schemaNode = session.RecordType(options.type);
     auto database = session.Database();
     auto policy = options.ifVersion == 0 ? Nubis::NB_SAVE_OVERWRITE : Nubis::NB_SAVE_IF_UNCHANGED;
-    IdOutcome outcome = PerformById(session, options,
-        [&](std::vector<Nubis::NBRecord> records) { return StartDelete(*database, std::move(records), policy); });
+    IdOutcome outcome = PerformById(session, options, [&](std::vector<Nubis::NBRecord> records) {
+        return Wait(Async::DeleteRecords(database, std::move(records), policy));
+    });
     if (options.common.json) {
         PrintRecords(outcome.records, schemaNode, options, console);
     } else {

@@ -194,10 +194,10 @@ private:
 // Tells what became of each record, in the order of the input.
 class Results {
 public:
-    void Add(const char *action, const Nubis::NBRecord &asked, const SaveOutcome &outcome)
+    void Add(const char *action, const Nubis::NBRecord &asked, const Nubis::NBResultMap &results)
     {
         const std::string id = asked.GetRecordId();
-        Nubis::NBError error = ErrorFor(outcome, id);
+        Nubis::NBError error = ErrorFor(results, {}, id);
         Json::Value entry(Json::objectValue);
         entry["action"] = action;
         entry["recordId"] = id;
@@ -206,7 +206,7 @@ public:
             entry["reason"] = ErrorText(error);
             failures_.Add(id, error);
         } else {
-            entry["version"] = Json::UInt64(outcome.results->at(id).GetRecord().GetVersion());
+            entry["version"] = Json::UInt64(results.at(id).GetRecord().GetVersion());
         }
         entries_.append(std::move(entry));
     }
@@ -247,8 +247,8 @@ int Modify(const ModifyOptions &options, const Console &console)
     for (const ImportItem &item : modification.saves) {
         records.push_back(item.record);
     }
-    ModifyOutcome outcome =
-        Wait(StartModify(*database, std::move(records), modification.deletions, options.policy, options.atomic));
+    Async::ModifyResult outcome = Wait(
+        Async::ModifyRecords(database, std::move(records), modification.deletions, options.policy, options.atomic));
     ThrowIfError(outcome.error, "changing the records");
     Results results;
     for (const Nubis::NBRecord &deleted : modification.deletions) {

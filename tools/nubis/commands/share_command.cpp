@@ -25,12 +25,12 @@ int Share(const RecordOptions &options, const Console &console)
     std::vector<Nubis::NBRecord> shared;
     RecordFailures failures;
     for (const std::string &id : options.ids) {
-        SaveOutcome outcome = Wait(StartShare(*database, options.type, id));
-        if (Nubis::NBError error = ErrorFor(outcome, id); error.HasError()) {
-            failures.Add(id, error);
+        Async::PreSharedResult outcome = Wait(Async::SetPreShared(database, options.type, id));
+        if (outcome.error.HasError()) {
+            failures.Add(id, outcome.error);
             continue;
         }
-        shared.push_back(outcome.results->at(id).GetRecord());
+        shared.push_back(std::move(outcome.record));
         if (!options.common.json) {
             console.out << "shared " << options.type << ' ' << id << ", version " << shared.back().GetVersion() << '\n';
         }

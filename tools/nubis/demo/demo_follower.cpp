@@ -149,7 +149,7 @@ void DemoFollower::ReadOn(const Place &place)
     std::string &cursor = cursors_[place];
     for (bool hasMore = true; hasMore;) {
         Note("asked", PlaceText(place.first, place.second));
-        PageOutcome page = Wait(StartChanges(*database, place.second, {}, CHANGES_PAGE, cursor));
+        Async::ChangesResult page = Wait(Async::FetchDatabaseChanges(database, place.second, {}, CHANGES_PAGE, cursor));
         ThrowIfError(page.error, "reading changes");
         if (page.hasMore && page.cursor == cursor) {
             throw CommandError("the service's cursor stands still", "");

@@ -74,9 +74,9 @@ Json::Value DemoRecordOrders::Fetch(const std::string &recordId, const std::stri
     std::vector<Nubis::NBRecord> records(1);
     records[0].SetRecordId(recordId);
     records[0].SetRecordType(recordType);
-    SaveOutcome outcome = Wait(StartFetchByIds(*session_.Database(), std::move(records)));
+    Async::RecordsResult outcome = Wait(Async::FetchRecordWithIds(session_.Database(), std::move(records), {}));
     ThrowIfError(ErrorFor(outcome, recordId), "reading " + recordId);
-    records_.With([&](LocalStore &store) { store.Take(outcome.results->at(recordId).GetRecord()); });
+    records_.With([&](LocalStore &store) { store.Take(outcome.results.at(recordId).GetRecord()); });
     return Read(recordId);
 }
 
@@ -90,12 +90,13 @@ Json::Value DemoRecordOrders::Save(const Json::Value &record, Nubis::NBSavePolic
     ThrowIfProblems(problems);
     items[0].record.SetVersion(record["version"].asUInt64());
     std::string recordId = items[0].record.GetRecordId();
-    SaveOutcome outcome = Wait(StartSave(*session_.Database(), {std::move(items[0].record)}, policy, action));
+    Async::RecordsResult outcome =
+        Wait(Async::SaveRecords(session_.Database(), {std::move(items[0].record)}, policy, ContextOf(action)));
     Nubis::NBError error = ErrorFor(outcome, recordId);
     Json::Value answer = error.HasError() ? RefusalJson(error) : Json::Value(Json::objectValue);
     answer["saved"] = !error.HasError();
     if (!error.HasError()) {
-        answer["version"] = Json::UInt64(outcome.results->at(recordId).GetRecord().GetVersion());
+        answer["version"] = Json::UInt64(outcome.results.at(recordId).GetRecord().GetVersion());
     }
     return answer;
 }

@@ -129,7 +129,7 @@ ImportReport DemoWriter::Save(const std::vector<ImportItem> &items, ImportPlan &
     plan = PlanImport(items, {session_.ContainerInfo().maxBatchNumber, session_.UploadSize().maxBodySize}, problems);
     ThrowIfProblems(problems);
     auto send = [&database, &action](std::vector<Nubis::NBRecord> records) {
-        return StartSave(*database, std::move(records), Nubis::NB_SAVE_IF_UNCHANGED, action);
+        return Async::SaveRecords(database, std::move(records), Nubis::NB_SAVE_IF_UNCHANGED, ContextOf(action)).Start();
     };
     ImportOptions options;
     options.onSaved = [this](const Nubis::NBRecord &sent, const Nubis::NBRecord &answered) {
@@ -156,8 +156,8 @@ size_t DemoWriter::Remove(const std::vector<std::string> &ids, const std::string
             types.insert(entry.recordType);
         }
     });
-    SaveOutcome outcome =
-        Wait(StartDelete(*session_.Database(), std::move(records), Nubis::NB_SAVE_IF_UNCHANGED, action));
+    Async::RecordsResult outcome = Wait(
+        Async::DeleteRecords(session_.Database(), std::move(records), Nubis::NB_SAVE_IF_UNCHANGED, ContextOf(action)));
     ThrowIfError(outcome.error, "deleting records");
     for (const std::string &id : ids) {
         ThrowIfError(ErrorFor(outcome, id), "deleting " + id);

@@ -40,7 +40,7 @@ public:
 private:
     struct UnderWay {
         const Batch *batch;
-        std::future<SaveOutcome> outcome;
+        std::future<Async::RecordsResult> outcome;
     };
 
     void Send(const Batch &batch)
@@ -69,7 +69,7 @@ private:
     {
         UnderWay oldest = std::move(underWay_.front());
         underWay_.pop_front();
-        SaveOutcome outcome = Wait(std::move(oldest.outcome));
+        Async::RecordsResult outcome = Wait(std::move(oldest.outcome));
         unreachable_ = unreachable_ || IsTransportError(outcome.error);
         for (size_t index : oldest.batch->items) {
             Judge(items_[index], outcome);
@@ -78,7 +78,7 @@ private:
         bar_.Show(answered_);
     }
 
-    void Judge(const ImportItem &item, const SaveOutcome &outcome)
+    void Judge(const ImportItem &item, const Async::RecordsResult &outcome)
     {
         std::string id = item.record.GetRecordId();
         Nubis::NBError error = ErrorFor(outcome, id);
@@ -89,7 +89,7 @@ private:
         }
         ++report_.saved;
         if (options_.onSaved) {
-            options_.onSaved(item.record, outcome.results->at(id).GetRecord());
+            options_.onSaved(item.record, outcome.results.at(id).GetRecord());
         }
     }
 

@@ -37,7 +37,7 @@ struct ImportReport {
 };
 
 // Sends the batches of a plan; a double stands for the database in tests.
-using SendBatch = std::function<std::future<SaveOutcome>(std::vector<Nubis::NBRecord> records)>;
+using SendBatch = std::function<std::future<Async::RecordsResult>(std::vector<Nubis::NBRecord> records)>;
 // Told of every record that was saved: the record as it was sent, and as the service answered it.
 using SavedRecord = std::function<void(const Nubis::NBRecord &sent, const Nubis::NBRecord &answered)>;
 
