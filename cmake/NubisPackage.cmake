@@ -31,6 +31,8 @@ set(CPACK_PACKAGE_DIRECTORY "${CMAKE_BINARY_DIR}/packages")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
 set(CPACK_STRIP_FILES ON)
+# Each package has a first line of its own.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_COMPONENTS_ALL runtime development tools)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -48,26 +50,26 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS nubis-lite-tools)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "client library for a cloud record database
- Programs use it to keep typed records in containers, to query them and to
- follow their changes. It talks to a drive service, which comes in
- nubis-lite-tools.")
+Programs use it to keep typed records in containers, to query them and to
+follow their changes. It talks to a drive service, which comes in
+nubis-lite-tools.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libnubis-lite-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libjsoncpp-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, pkg-config")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "client library for a cloud record database, development files
- The headers of the library and of the layer that it runs on, with what CMake
- and pkg-config find them by, and an example.")
+The headers of the library and of the layer that it runs on, with what CMake
+and pkg-config find them by, and an example.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME nubis-lite-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 # Its lists are what `nubis demo` works on.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS iso-codes)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "drive service and command line tool of a cloud record database
- A local drive service, which keeps the records in SQLite and starts when a
- program needs it, and nubis, which offers every operation of the library to
- the shell.")
+A local drive service, which keeps the records in SQLite and starts when a
+program needs it, and nubis, which offers every operation of the library to
+the shell.")
 
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} upper)
