@@ -26,54 +26,82 @@
 /// keeps no state and has no thread of its own. Without a context an operation gets an empty one, so that its request has
 /// trace ids.
 namespace Nubis::Async {
-///@{
-/// What an operation came to. The error is that of the call, or of its refusal to start, which leaves everything else
-/// empty; results of single records carry errors of their own. The members mean what the operation's callback says.
+/// The outcome of an operation on several records.
 struct RecordsResult {
+    /// By record id, each with its own error.
     NBResultMap results;
+    /// Of the call, or of its refusal to start, which leaves the results empty.
     NBError error;
 };
+/// The outcome of an operation on one record.
 struct RecordResult {
+    /// Empty, as the result is, when there is not exactly one result.
     std::string recordId;
+    /// Has an error of its own.
     NBRecordOperResult result;
+    /// Of the call, or of its refusal to start.
     NBError error;
 };
+/// The outcome of saving and deleting with one request.
 struct ModifyResult {
+    ///@{
+    /// By record id, each with its own error.
     NBResultMap saved;
     NBResultMap deleted;
+    ///@}
+    /// Of the call, or of its refusal to start, which leaves the results empty.
     NBError error;
 };
+/// A page of records.
 struct QueryResult {
+    /// With an error those that could be had, often none.
     std::vector<NBRecord> records;
     /// Of the next page; empty after the last one.
     std::string cursor;
+    /// Of the call, or of its refusal to start.
     NBError error;
 };
+/// A page of changes.
 struct ChangesResult {
+    /// Tombstones among them. With an error those that could be had, often none.
     std::vector<NBRecord> records;
     /// To go on from, now or later.
     std::string cursor;
+    /// More changes wait behind the cursor.
     bool hasMore = false;
+    /// Of the call, or of its refusal to start.
     NBError error;
 };
+/// One record.
 struct FetchResult {
+    /// That was asked for; empty when the operation refused to start.
     std::string recordId;
+    /// With an error it carries its id at most.
     NBRecord record;
+    /// Of the call, or of its refusal to start.
     NBError error;
 };
+/// A record that was marked as shared.
 struct PreSharedResult {
+    /// As the service now has it; with an error it carries its id at most.
     NBRecord record;
+    /// Of the call, or of its refusal to start.
     NBError error;
 };
+/// A subscription: the library's own type, which has an error.
 using SubscriptionResult = NBSubscriptionResult;
+/// The outcome of what has no other result.
 struct DoneResult {
+    /// Of the call, or of its refusal to start.
     NBError error;
 };
+/// The outcome of a batch of subscriptions.
 struct BatchSubscriptionResult {
+    /// In the order of the service's reply, each with its own error.
     std::vector<NBContainerSubscriptionResult> results;
+    /// Of the call, or of its refusal to start, which leaves the results empty.
     NBError error;
 };
-///@}
 
 namespace Detail {
 using ContextPointer = std::shared_ptr<NBContext>;

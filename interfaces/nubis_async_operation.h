@@ -24,11 +24,13 @@ namespace Nubis::Async {
 template <typename Result>
 class [[nodiscard]] Operation {
 public:
+    /// Takes the outcome.
     using Continuation = std::function<void(Result)>;
     /// Starts with the continuation as callback and returns 0, or a local error code, after which the continuation is
     /// never called.
     using Starter = std::function<int(Continuation)>;
 
+    /// The starter is called once, by one of the calls below.
     explicit Operation(Starter starter) : starter_(std::move(starter))
     {}
 
