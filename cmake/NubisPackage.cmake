@@ -66,6 +66,7 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME nubis-lite-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 # Its lists are what `nubis demo` works on.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS iso-codes)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "bash-completion, man-db")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "drive service and command line tool of a cloud record database
 A local drive service, which keeps the records in SQLite and starts when a
 program needs it, and nubis, which offers every operation of the library to
