@@ -81,6 +81,7 @@ void Flood(const OHOS::sptr<OHOS::IRemoteObject> &service)
     text += "]}";
     std::atomic<bool> hasBegun{false};
     std::vector<std::thread> threads;
+    threads.reserve(FLOOD_THREADS);
     for (int i = 0; i < FLOOD_THREADS; ++i) {
         threads.emplace_back([&] {
             while (true) {

@@ -25,6 +25,7 @@
 #include "host/ability_registry.h"
 #include "host/ability_server.h"
 #include "host/paths.h"
+#include "ipc_object_stub.h"
 #include "ipc_test_support.h"
 #include "service_launcher.h"
 #include "unix_socket.h"
@@ -301,6 +302,47 @@ TEST(AbilityConnectTest, AServerThatStopsFinishesWhileItsClientsAreConnected)
     running.join();
     EXPECT_EQ(finished, 1);
     EXPECT_EQ(connection->AwaitDisconnects().size(), 1U);
+    connection->DropAbility();
+}
+
+TEST(AbilityConnectTest, AServerThatStopsAnswersWhatItHasTaken)
+{
+    constexpr size_t large = size_t{8} << 20;
+    // Answers by the other connection, and not before the server is about to close.
+    class Late : public OHOS::IPCObjectStub {
+    public:
+        Late() : OHOS::IPCObjectStub(u"test.Late")
+        {}
+        int OnRemoteRequest(uint32_t, MessageParcel &, MessageParcel &reply, OHOS::MessageOption &) override
+        {
+            taken.set_value();
+            closing.get_future().wait();
+            const std::string text(large, 'x');
+            return reply.WriteRawData(text.data(), text.size()) ? 0 : 1;
+        }
+        std::promise<void> taken;
+        std::promise<void> closing;
+    };
+    TestHost::Get();
+    sptr<Late> ability = new Late();
+    Host::AbilityServerOptions options = OptionsFor("test.late");
+    options.beforeClose = [&] { ability->closing.set_value(); };
+    Host::AbilityServer server(options, ability);
+    std::string error;
+    ASSERT_TRUE(server.Start(error)) << error;
+    std::thread running([&server] { server.Run(); });
+    sptr<TestConnection> connection = new TestConnection();
+    EXPECT_EQ(Connect(connection, "test.late"), 0) << Host::LastConnectError();
+    auto proxy = connection->AwaitAbility();
+    std::thread calling([&proxy] {
+        MessageParcel reply;
+        EXPECT_EQ(Call(proxy, RESULT, {}, reply), 0);
+        EXPECT_NE(reply.ReadRawData(large), nullptr);
+    });
+    ability->taken.get_future().wait();
+    server.Stop();
+    calling.join();
+    running.join();
     connection->DropAbility();
 }
 

@@ -28,6 +28,8 @@ using Clock = std::chrono::steady_clock;
 
 // How long a service that is just ending may still hold the place.
 constexpr std::chrono::milliseconds TAKEOVER_TIME(2000);
+// How long requests that were taken may still take when the service ends.
+constexpr std::chrono::milliseconds ANSWER_TIME(10000);
 constexpr int RETRY_MILLISECONDS = 10;
 // Pause while the system has no more descriptors or memory for a client.
 constexpr int SHORTAGE_MILLISECONDS = 50;
@@ -98,6 +100,9 @@ public:
         }
         if (listener_ && options_.beforeClose) {
             options_.beforeClose();
+        }
+        if (listener_ && !acceptor_->FinishAnswers(ANSWER_TIME)) {
+            IPC_LOGE("the service ends although requests are still being answered");
         }
         Close();
     }

@@ -35,6 +35,8 @@ public:
         const std::string &key, LaneKind kind, const std::string &deviceName, const std::shared_ptr<Lane> &lane) = 0;
     virtual OHOS::sptr<OHOS::IRemoteObject> FindAbility(
         const std::string &bundleName, const std::string &abilityName, int32_t userId) = 0;
+    // Whether no more requests are taken.
+    virtual bool IsFinishing() const = 0;
     // The lane is closed. It may never have joined a session.
     virtual void OnClosed(const std::shared_ptr<Lane> &lane) = 0;
 };

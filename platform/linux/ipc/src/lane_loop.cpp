@@ -111,6 +111,14 @@ std::shared_ptr<WireSession> LaneLoop::Session() const
     return lane_->GetSession();
 }
 
+bool LaneLoop::IsIdle()
+{
+    // What handlers have answered becomes a message first.
+    io_.waitScope.poll();
+    auto session = Session();
+    return handlers_.empty() && network_.getCurrentQueueCount() == 0 && (session == nullptr || !session->HasDeferred());
+}
+
 bool LaneLoop::MayRead()
 {
     if (network_.getCurrentQueueSize() <= MAX_UNREAD_BYTES && network_.getCurrentQueueCount() <= MAX_UNREAD_MESSAGES) {
@@ -299,6 +307,11 @@ kj::Promise<void> LaneLoop::HandleRequest(uint64_t exportId, SendContext context
     auto target = session->FindExport(exportId);
     KJ_REQUIRE(target != nullptr, "the object is gone");
     KJ_REQUIRE(handlers_.size() < MAX_CALLS_UNDER_WAY, "too many requests are under way", session->Peer().pid);
+    // Left alone it fails when the connection ends, as it would have a moment later. Not so one that serves a call of
+    // ours: we may be waiting for it.
+    if (lane_->Host() != nullptr && lane_->Host()->IsFinishing() && !session->IsCalling()) {
+        return kj::NEVER_DONE;
+    }
     auto params = context.getParams();
     auto data = std::make_shared<WireParcel>();
     kj::Vector<kj::Promise<void>> waits;

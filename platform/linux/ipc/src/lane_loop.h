@@ -48,6 +48,8 @@ public:
     // Gives up a far object.
     void DropClient(uint64_t key);
     void Shutdown();
+    // Whether no request is being handled and no answer waits to be written or fetched.
+    bool IsIdle();
 
     // For the objects that the far end calls.
     kj::Promise<void> HandleRequest(uint64_t exportId, SendContext context);

@@ -54,6 +54,12 @@ bool Session::IsDead() const
     return dead_;
 }
 
+bool Session::IsCalling() const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return !calls_.empty();
+}
+
 void Session::Die()
 {
     decltype(exports_) exports;

@@ -51,6 +51,8 @@ public:
         return peer_;
     }
     bool IsDead() const;
+    // Whether a call to the far end waits for its reply.
+    bool IsCalling() const;
     void Die();
     // Runs `watcher` once on an IPC thread after the death; soon, when the session is dead already.
     void OnDeath(std::function<void()> watcher);

@@ -4,11 +4,13 @@
 #include "wire_acceptor.h"
 
 #include <algorithm>
+#include <poll.h>
 #include <utility>
 #include <vector>
 
 #include "ipc_limits.h"
 #include "ipc_log.h"
+#include "lane_loop.h"
 #include "unix_socket.h"
 
 namespace Host::Ipc {
@@ -75,6 +77,42 @@ size_t WireAcceptor::SessionCount() const
 {
     std::lock_guard<std::mutex> lock(mutex_);
     return sessions_.size();
+}
+
+bool WireAcceptor::IsFinishing() const
+{
+    return finishing_;
+}
+
+// The two connections of a session end one after the other, so all of them must be idle before the first one is closed.
+bool WireAcceptor::FinishAnswers(std::chrono::milliseconds atMost)
+{
+    constexpr int roundMilliseconds = 5;
+    finishing_ = true;
+    const auto end = std::chrono::steady_clock::now() + atMost;
+    do {
+        auto idle = std::make_shared<std::atomic<size_t>>(0);
+        size_t asked = 0;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            for (const auto &entry : sessions_) {
+                for (LaneKind kind : {LaneKind::SMALL, LaneKind::BIG}) {
+                    auto lane = entry.second->GetLane(kind);
+                    bool isAsked =
+                        lane != nullptr && lane->Post([idle](LaneLoop &loop) { *idle += loop.IsIdle() ? 1 : 0; });
+                    asked += isAsked ? 1 : 0;
+                }
+            }
+        }
+        if (asked == 0) {
+            return true;
+        }
+        poll(nullptr, 0, roundMilliseconds);
+        if (*idle == asked) {
+            return true;
+        }
+    } while (std::chrono::steady_clock::now() < end);
+    return false;
 }
 
 void WireAcceptor::Close()

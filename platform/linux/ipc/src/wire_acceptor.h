@@ -5,6 +5,8 @@
 #define HOST_IPC_WIRE_ACCEPTOR_H
 
 #include <cstddef>
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -28,6 +30,9 @@ public:
     // Serves a peer that has connected. One of another user is refused at once. How many there may be: ipc_limits.h.
     void Accept(UniqueFd socket);
     size_t SessionCount() const;
+    // From now on takes requests only from those whom a call of this end waits for. Waits until what was taken is answered
+    // and the answers are sent; false when that takes longer.
+    bool FinishAnswers(std::chrono::milliseconds atMost);
     // Ends all sessions and accepts no more.
     void Close();
 
@@ -35,6 +40,7 @@ public:
         const std::shared_ptr<Lane> &lane) override;
     OHOS::sptr<OHOS::IRemoteObject> FindAbility(
         const std::string &bundleName, const std::string &abilityName, int32_t userId) override;
+    bool IsFinishing() const override;
     void OnClosed(const std::shared_ptr<Lane> &lane) override;
 
 private:
@@ -56,6 +62,7 @@ private:
     const Finder finder_;
     const std::function<void()> onChange_;
     const int expectedUid_;
+    std::atomic<bool> finishing_{false};
 
     mutable std::mutex mutex_;
     // Guarded by mutex_.

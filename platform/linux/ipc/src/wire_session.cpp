@@ -76,22 +76,27 @@ std::shared_ptr<WireSession> WireSession::Connect(
     peer.deviceName = DeviceName();
     auto session = std::make_shared<WireSession>(peer, true);
     std::string key = RandomKey();
+    // Both at once, so that the threads of both ends start beside each other; joining has its order.
+    bool refused = false;
+    bool joined = true;
     for (LaneKind kind : LANES) {
-        bool refused = false;
         // NOLINTNEXTLINE(bugprone-use-after-move): moved in one round only
         UniqueFd socket = kind == LaneKind::SMALL ? std::move(first) : ConnectSocket(path, error, refused);
-        if (socket && session->JoinLane(kind, std::move(socket), key, error)) {
-            continue;
-        }
-        // A service that ends just now takes its clients with it; the next attempt finds it gone.
-        nobody = refused || session->IsDead();
-        session->Die();
-        return nullptr;
+        joined = joined && socket && session->StartLane(kind, std::move(socket), error);
     }
-    return session;
+    for (LaneKind kind : LANES) {
+        joined = joined && session->JoinLane(kind, key, error);
+    }
+    if (joined) {
+        return session;
+    }
+    // A service that ends just now takes its clients with it; the next attempt finds it gone.
+    nobody = refused || session->IsDead();
+    session->Die();
+    return nullptr;
 }
 
-bool WireSession::JoinLane(LaneKind kind, UniqueFd socket, const std::string &key, std::string &error)
+bool WireSession::StartLane(LaneKind kind, UniqueFd socket, std::string &error)
 {
     int pid = -1;
     int uid = -1;
@@ -107,6 +112,13 @@ bool WireSession::JoinLane(LaneKind kind, UniqueFd socket, const std::string &ke
         return false;
     }
     SetLane(kind, lane);
+    return true;
+}
+
+bool WireSession::JoinLane(LaneKind kind, const std::string &key, std::string &error)
+{
+    error = "process " + std::to_string(Peer().pid) + " does not answer";
+    auto lane = GetLane(kind);
     auto call = std::make_shared<PendingCall>();
     int status = BR_FAILED_REPLY;
     WireParcel reply;
@@ -167,6 +179,12 @@ uint64_t WireSession::Defer(WireParcel &&reply)
     uint64_t ticket = nextTicket_++;
     deferred_.emplace(ticket, std::move(reply));
     return ticket;
+}
+
+bool WireSession::HasDeferred() const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return !deferred_.empty();
 }
 
 bool WireSession::TakeDeferred(uint64_t ticket, WireParcel &reply)

@@ -67,6 +67,7 @@ public:
     // Keeps a large reply until the far end fetches it from the other lane. 0, with nothing kept, when the far end leaves
     // MAX_UNREAD_BYTES of them.
     uint64_t Defer(WireParcel &&reply);
+    bool HasDeferred() const;
     // False for an unknown ticket.
     bool TakeDeferred(uint64_t ticket, WireParcel &reply);
 
@@ -76,7 +77,8 @@ protected:
     void CloseTransport() override;
 
 private:
-    bool JoinLane(LaneKind kind, UniqueFd socket, const std::string &key, std::string &error);
+    bool StartLane(LaneKind kind, UniqueFd socket, std::string &error);
+    bool JoinLane(LaneKind kind, const std::string &key, std::string &error);
 
     mutable std::mutex mutex_;
     // Guarded by mutex_.
