@@ -15,6 +15,7 @@
 #include "nb_database.h"
 #include "note_builder.h"
 #include "notes_test.h"
+#include "nubis_async.h"
 
 using namespace Nubis;
 using NubisTest::TitleOf;
@@ -44,20 +45,17 @@ NBError Fetch(const std::shared_ptr<NBDatabase> &database, const std::string &id
 std::map<std::string, NBError> Save(
     const std::shared_ptr<NBDatabase> &database, std::vector<NBRecord> records, NBSavePolicy policy)
 {
-    auto outcome = std::make_shared<std::promise<std::map<std::string, NBError>>>();
-    const int code = database->SaveRecords(nullptr, std::move(records), policy,
-        [outcome](auto, auto, std::shared_ptr<NBResultMap> results, const NBError &) {
-            std::map<std::string, NBError> refused;
-            for (const auto &[id, result] : *results) {
-                if (result.HasError()) {
-                    refused.emplace(id, result); // when the request as a whole failed, each has its error
-                }
-            }
-            outcome->set_value(refused);
-        });
-    return code == NB_LOCAL_SUCCESS
-               ? outcome->get_future().get()
-               : std::map<std::string, NBError>{{"", NBError(static_cast<NBLocalErrorCode>(code))}};
+    const Async::RecordsResult saved = Async::SaveRecords(database, std::move(records), policy).Start().get();
+    std::map<std::string, NBError> refused;
+    for (const auto &[id, result] : saved.results) {
+        if (result.HasError()) {
+            refused.emplace(id, result); // when the request as a whole failed, each has its error
+        }
+    }
+    if (saved.error.HasError() && refused.empty()) {
+        refused.emplace("", saved.error); // it could not even be sent
+    }
+    return refused;
 }
 //! [save]
 
@@ -92,27 +90,12 @@ bool AddStar(const std::shared_ptr<NBDatabase> &database, const std::string &id)
 // All notes that pass the query, page by page.
 NBError ReadAll(const std::shared_ptr<NBDatabase> &database, const NBQuery &query, std::vector<NBRecord> &notes)
 {
-    struct Page {
-        std::vector<NBRecord> records;
-        std::string next;
-        NBError error;
-    };
-    std::string cursor;
+    Async::QueryResult page;
     do {
-        auto promise = std::make_shared<std::promise<Page>>();
-        database->FetchRecordsWithQuery(nullptr, {"title", "stars"}, query, 100, cursor,
-            [promise](
-                auto, auto, std::shared_ptr<std::vector<NBRecord>> records, std::string next, const NBError &error) {
-                promise->set_value({std::move(*records), std::move(next), error});
-            });
-        Page page = promise->get_future().get();
-        if (page.error.HasError()) {
-            return page.error;
-        }
+        page = Async::FetchRecordsWithQuery(database, {"title", "stars"}, query, 100, page.cursor).Start().get();
         std::move(page.records.begin(), page.records.end(), std::back_inserter(notes));
-        cursor = page.next;
-    } while (!cursor.empty());
-    return NBError();
+    } while (!page.error.HasError() && !page.cursor.empty());
+    return page.error;
 }
 //! [query]
 
@@ -126,31 +109,22 @@ struct Copy {
 // Brings the copy up to date. On an error it is as far as it came, and the next call goes on from there.
 NBError Follow(const std::shared_ptr<NBDatabase> &database, Copy &copy)
 {
-    struct Step {
-        bool hasMore = false;
-        NBError error;
-    };
-    Step step;
+    Async::ChangesResult page;
     do {
-        auto promise = std::make_shared<std::promise<Step>>();
-        database->FetchDatabaseChanges(nullptr, "note", {}, 100, copy.cursor,
-            [promise, &copy](auto, auto, std::shared_ptr<std::vector<NBRecord>> changes, std::string cursor,
-                bool hasMore, const NBError &error) {
-                for (NBRecord &note : *changes) {
-                    if (note.GetIsDelete()) {
-                        copy.notes.erase(note.GetRecordId());
-                    } else {
-                        copy.notes[note.GetRecordId()] = std::move(note);
-                    }
-                }
-                if (!error.HasError()) {
-                    copy.cursor = std::move(cursor);
-                }
-                promise->set_value({hasMore, error});
-            });
-        step = promise->get_future().get();
-    } while (step.hasMore && !step.error.HasError());
-    return step.error;
+        page = Async::FetchDatabaseChanges(database, "note", {}, 100, copy.cursor).Start().get();
+        if (page.error.HasError()) {
+            break;
+        }
+        for (NBRecord &note : page.records) {
+            if (note.GetIsDelete()) {
+                copy.notes.erase(note.GetRecordId());
+            } else {
+                copy.notes[note.GetRecordId()] = std::move(note);
+            }
+        }
+        copy.cursor = page.cursor;
+    } while (page.hasMore);
+    return page.error;
 }
 //! [follow]
 
@@ -220,25 +194,20 @@ TEST_F(RecordsGuide, RecordsAreSavedReadAndFollowed)
 
     ASSERT_FALSE(Follow(database, copy).HasError());
     EXPECT_EQ(TitleOf(copy.notes["n1"]), "Rome");
-    auto modified = std::make_shared<std::promise<bool>>();
     note.SetVersion(4);
     NBRecord second = note;
     second.SetRecordId("n2");
     //! [modify]
     // The note is replaced by the second one, or nothing happens.
-    database->ModifyRecords(nullptr, {second}, {note}, NB_SAVE_IF_UNCHANGED, true,
-        [modified](auto, auto, std::shared_ptr<NBResultMap> saved, std::shared_ptr<NBResultMap> deleted,
-            const NBError &error) {
-            bool done = !error.HasError();
-            for (const auto &results : {saved, deleted}) {
-                for (const auto &[id, result] : *results) {
-                    done = done && !result.HasError();
-                }
-            }
-            modified->set_value(done);
-        });
+    auto modified = Async::ModifyRecords(database, {second}, {note}, NB_SAVE_IF_UNCHANGED, true).Start().get();
+    bool isDone = !modified.error.HasError();
+    for (const auto &results : {modified.saved, modified.deleted}) {
+        for (const auto &[id, result] : results) {
+            isDone = isDone && !result.HasError();
+        }
+    }
     //! [modify]
-    EXPECT_TRUE(modified->get_future().get());
+    EXPECT_TRUE(isDone);
     ASSERT_FALSE(Follow(database, copy).HasError());
     EXPECT_EQ(copy.notes.count("n1"), 0U);
     EXPECT_EQ(copy.notes.count("n2"), 1U);

@@ -14,6 +14,7 @@
 #include "host/event_channel.h"
 #include "note_builder.h"
 #include "notes_test.h"
+#include "nubis_async.h"
 
 using namespace Nubis;
 using NubisTest::AllSaved;
@@ -47,7 +48,6 @@ TEST_F(SyncGuide, ChangesAreToldAndVerified)
     auto kit = Kit();
     auto container = Container();
     auto told = std::make_shared<std::promise<NBRecordChangeEvent>>();
-    auto subscribed = std::make_shared<std::promise<NBError>>();
     //! [listen]
     NBUserInfo user;
     kit->GetCloudUserInfo(user, false); // fetches the push key; notifications are verified with it
@@ -71,10 +71,9 @@ TEST_F(SyncGuide, ChangesAreToldAndVerified)
     //! [subscribe]
     NBSubscription wanted;
     wanted.expirationTime = 0; // as long as the service grants
-    container->SaveSubscription(nullptr, wanted,
-        [subscribed](auto, auto, NBSubscriptionResult &result) { subscribed->set_value(result.error); });
+    NBSubscriptionResult subscription = Async::SaveSubscription(container, wanted).Start().get();
     //! [subscribe]
-    ASSERT_EQ(Explain(subscribed->get_future().get()), "");
+    ASSERT_EQ(Explain(subscription.error), "");
 
     ASSERT_TRUE(AllSaved(NubisTest::Save(Database(), {Note("a").Id("n1")})));
     auto event = told->get_future();
