@@ -34,6 +34,8 @@ protected:
         ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
         limit.rlim_cur = std::min(usual, limit.rlim_max);
         ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+        // With asynchronous requests, whose threads clients share.
+        Service().InstallManifest("3");
         NotesTest::SetUp();
     }
 
