@@ -18,7 +18,7 @@ struct is_error_code_enum<Nubis::NBLocalErrorCode> : true_type {};
 namespace Nubis {
 /// The category "nubis.local": failures that the library found; values are those of NBLocalErrorCode. Lives for ever.
 /// Any thread may call. As with every category that a header defines, compare codes within one program or library.
-inline const std::error_category &LocalErrorCategory() noexcept
+inline const std::error_category &LocalErrorCategory()
 {
     class Category final : public std::error_category {
     public:
@@ -72,7 +72,7 @@ inline const std::error_category &LocalErrorCategory() noexcept
 
 /// The category "nubis.service": failures that the service answered with; values are its codes. What they mean, and the
 /// text and the details of one failure, are in the NBError.
-inline const std::error_category &ServiceErrorCategory() noexcept
+inline const std::error_category &ServiceErrorCategory()
 {
     class Category final : public std::error_category {
     public:
@@ -91,14 +91,14 @@ inline const std::error_category &ServiceErrorCategory() noexcept
 }
 
 /// Lets `std::error_code code = NB_LOCAL_NOT_CONNECTED` and `code == NB_LOCAL_NOT_CONNECTED` work.
-inline std::error_code make_error_code(NBLocalErrorCode code) noexcept
+inline std::error_code make_error_code(NBLocalErrorCode code)
 {
     return {static_cast<int>(code), LocalErrorCategory()};
 }
 
 /// The local error, else the service's; without an error a code that is false. An error that names no code is
 /// NB_LOCAL_UNEXPECTED_REPLY.
-inline std::error_code ToErrorCode(const NBError &error) noexcept
+inline std::error_code ToErrorCode(const NBError &error)
 {
     if (!error.HasError()) {
         return {};
