@@ -18,7 +18,7 @@ function(nubis_add_test)
   target_link_libraries(${TEST_NAME} PRIVATE nubis_options ${TEST_LIBRARIES} GTest::gmock GTest::gtest_main rapidcheck)
   list(LENGTH TEST_SOURCES sources)
   if(sources GREATER 2)
-    nubis_precompile(${TEST_NAME} <gmock/gmock.h> <gtest/gtest.h> <json/json.h>)
+    nubis_precompile(${TEST_NAME} <gmock/gmock.h> <gtest/gtest.h>)
   endif()
   set_target_properties(${TEST_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   gtest_discover_tests(${TEST_NAME}
