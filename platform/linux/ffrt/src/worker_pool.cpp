@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "core.h"
 #include "task.h"
@@ -23,6 +24,22 @@ constexpr int PATIENCE_IN_ALL = 10;
 
 thread_local Worker *g_current = nullptr;
 } // namespace
+
+void Assignment::Give()
+{
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        isGiven_ = true;
+    }
+    given_.notify_one();
+}
+
+bool Assignment::AwaitUntil(Moment end)
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    given_.wait_until(lock, end, [this]() { return isGiven_; });
+    return std::exchange(isGiven_, false);
+}
 
 Worker *WorkerPool::Current()
 {
@@ -46,7 +63,7 @@ void WorkerPool::Staff()
             worker->task = ready_.front();
             ready_.pop_front();
             ++taken_;
-            worker->assigned.notify_one();
+            worker->assigned.Give();
         } else if (busy_ - parked_ >= GROWS_AT_ONCE || !StartWorker()) {
             break;
         }
@@ -117,9 +134,8 @@ void *WorkerPool::ThreadMain(void *worker)
 
 void WorkerPool::Work(Worker &self)
 {
-    CoreLock lock(GetCore().mutex);
+    CoreLock lock(GetCore().mutex, std::defer_lock);
     do {
-        lock.unlock();
         self.task->Run();
         lock.lock();
         self.task->End();
@@ -139,6 +155,7 @@ bool WorkerPool::NextTask(CoreLock &lock, Worker &self)
         self.task = ready_.front();
         ready_.pop_front();
         ++taken_;
+        lock.unlock();
         return true;
     }
     --busy_;
@@ -152,11 +169,19 @@ bool WorkerPool::AwaitTask(CoreLock &lock, Worker &self)
 {
     // The last one to become idle is the first one to work again, so that those not needed can end.
     idle_.push_back(&self);
+    lock.unlock();
     const Moment end = std::chrono::steady_clock::now() + IDLE_LIFE;
-    if (!self.assigned.wait_until(lock, end, [&self]() { return self.task != nullptr; })) {
+    if (self.assigned.AwaitUntil(end)) {
+        return true;
+    }
+    lock.lock();
+    if (self.task == nullptr) {
         idle_.erase(std::find(idle_.begin(), idle_.end(), &self));
         return false;
     }
+    // It came at the last moment.
+    self.assigned.AwaitUntil(end);
+    lock.unlock();
     return true;
 }
 

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <mutex>
 #include <unordered_set>
 #include <vector>
 
@@ -17,13 +18,28 @@
 namespace Host::Ffrt {
 class Task;
 
+// Tells an idle worker that it has a task. Apart from the core lock, or whoever is woken would wait for the lock that the
+// waker still has.
+class Assignment {
+public:
+    // With the core lock, which also keeps the worker from ending meanwhile.
+    void Give();
+    // Without the core lock. False when nothing was given until `end`.
+    bool AwaitUntil(Moment end);
+
+private:
+    std::mutex mutex_;
+    std::condition_variable given_;
+    bool isGiven_ = false;
+};
+
 // One thread of the pool. Everything but the thread's own loop is under the core lock.
 struct Worker {
     Task *task = nullptr;
     bool cached = true;
     bool parked = false;
     bool leftBehind = false;
-    std::condition_variable assigned;
+    Assignment assigned;
 };
 
 // The threads that run tasks. A task may block for minutes, so a thread is started whenever none is idle; only while
@@ -51,6 +67,7 @@ public:
 private:
     static void *ThreadMain(void *worker);
     void Work(Worker &self);
+    // Both give the lock back when there is a task to run, and keep it when the worker is to end.
     bool NextTask(CoreLock &lock, Worker &self);
     bool AwaitTask(CoreLock &lock, Worker &self);
     void Staff();
