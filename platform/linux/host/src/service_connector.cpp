@@ -3,10 +3,11 @@
 
 #include "service_connector.h"
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <mutex>
-#include <poll.h>
+#include <thread>
 #include <unistd.h>
 
 #include "errors.h"
@@ -24,7 +25,10 @@ using Ipc::WireSession;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds START_TIME(4000);
-constexpr int RETRY_MILLISECONDS = 5;
+// The pauses between looks grow with the time waited, so that a fast start is seen at once and a slow one costs little.
+constexpr int PAUSES_PER_WAIT = 16;
+constexpr std::chrono::microseconds SHORTEST_PAUSE(200);
+constexpr std::chrono::microseconds LONGEST_PAUSE(5000);
 constexpr int MAX_ATTEMPTS = 3;
 
 // What this process knows about one ability's service.
@@ -129,7 +133,7 @@ private:
         if (!BuildCommand(manifest, *ability, userId_, command, error_)) {
             return ABILITY_NOT_STARTED;
         }
-        auto deadline = Clock::now() + START_TIME;
+        const auto start = Clock::now();
         FileLock lock;
         while (!lock.TryLock(path_ + ".start")) {
             // Another process is starting the service.
@@ -137,7 +141,7 @@ private:
             if (result != OHOS::ERR_NO_INIT) {
                 return result;
             }
-            if (!Pause(deadline)) {
+            if (!Pause(start)) {
                 error_ = "another process has been starting the service of " + path_ + " for too long";
                 return ABILITY_NOT_STARTED;
             }
@@ -162,17 +166,19 @@ private:
                 error_ = how;
                 return ABILITY_NOT_STARTED;
             }
-            if (!Pause(deadline)) {
+            if (!Pause(start)) {
                 error_ = command.front() + " runs, but does not listen at " + path_;
                 return ABILITY_NOT_STARTED;
             }
         }
     }
 
-    static bool Pause(Clock::time_point deadline)
+    // False when it has lasted too long.
+    static bool Pause(Clock::time_point start)
     {
-        poll(nullptr, 0, RETRY_MILLISECONDS);
-        return Clock::now() < deadline;
+        const auto waited = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+        std::this_thread::sleep_for(std::clamp(waited / PAUSES_PER_WAIT, SHORTEST_PAUSE, LONGEST_PAUSE));
+        return Clock::now() < start + START_TIME;
     }
 
     const std::string &bundleName_;
