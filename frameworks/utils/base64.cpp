@@ -109,6 +109,7 @@ bool Base64UrlEncode(const std::vector<uint8_t> &data, std::string &text)
 {
     uint32_t held = 0;
     uint32_t bits = 0;
+    text.reserve(text.size() + (data.size() * BITS_PER_BYTE + BITS_PER_CHAR - 1) / BITS_PER_CHAR);
     for (uint8_t byte : data) {
         held = (held << BITS_PER_BYTE) | byte;
         bits += BITS_PER_BYTE;
@@ -123,10 +124,11 @@ bool Base64UrlEncode(const std::vector<uint8_t> &data, std::string &text)
     return true;
 }
 
-bool Base64UrlDecode(const std::string &text, std::vector<uint8_t> &data)
+bool Base64UrlDecode(std::string_view text, std::vector<uint8_t> &data)
 {
     uint32_t held = 0;
     uint32_t bits = 0;
+    data.reserve(data.size() + text.size() * BITS_PER_CHAR / BITS_PER_BYTE);
     for (char character : text) {
         int8_t value = URL_DECODE_TABLE[static_cast<uint8_t>(character)];
         if (value < 0) {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Nubis {
@@ -20,7 +21,7 @@ bool Base64Decode(const std::string &text, std::vector<uint8_t> &data);
 // URL-safe Base64 without padding. Both append to the output and always return true; decoding ends silently at the
 // first character outside the alphabet and drops bits that fill no byte.
 bool Base64UrlEncode(const std::vector<uint8_t> &data, std::string &text);
-bool Base64UrlDecode(const std::string &text, std::vector<uint8_t> &data);
+bool Base64UrlDecode(std::string_view text, std::vector<uint8_t> &data);
 } // namespace Nubis
 
 #endif // NUBIS_BASE64_H

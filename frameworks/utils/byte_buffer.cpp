@@ -92,11 +92,10 @@ std::vector<uint8_t> ByteBuffer::HexStringToValueArray(const std::string &text)
 
 std::string ByteBuffer::ToHexString(const uint8_t *data, size_t length)
 {
-    std::string text;
-    text.reserve(length * DIGITS_PER_BYTE);
+    std::string text(length * DIGITS_PER_BYTE, '\0');
     for (size_t i = 0; i < length; ++i) {
-        text += HEX_DIGITS[data[i] >> BITS_PER_DIGIT];
-        text += HEX_DIGITS[data[i] & DIGIT_MASK];
+        text[i * DIGITS_PER_BYTE] = HEX_DIGITS[data[i] >> BITS_PER_DIGIT];
+        text[i * DIGITS_PER_BYTE + 1] = HEX_DIGITS[data[i] & DIGIT_MASK];
     }
     return text;
 }

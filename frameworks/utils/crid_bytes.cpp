@@ -4,6 +4,8 @@
 #include "crid_bytes.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 #include "base64.h"
 #include "byte_buffer.h"
@@ -30,9 +32,10 @@ uint64_t CridBytes::Read(const std::vector<uint8_t> &bytes, size_t offset, size_
     return value;
 }
 
-std::string CridBytes::EncodeWords(char tag, const std::vector<uint64_t> &words)
+std::string CridBytes::EncodeWords(char tag, std::initializer_list<uint64_t> words)
 {
     std::vector<uint8_t> bytes;
+    bytes.reserve(words.size() * SIZE_64);
     for (uint64_t word : words) {
         Append(bytes, word, SIZE_64);
     }
@@ -45,16 +48,20 @@ std::vector<uint8_t> CridBytes::DecodeSpan(const std::string &text, size_t from,
 {
     std::vector<uint8_t> bytes;
     if (from < text.size()) {
-        Base64UrlDecode(text.substr(from, count), bytes);
+        Base64UrlDecode(std::string_view(text).substr(from, count), bytes);
     }
     return bytes;
 }
 
 std::string CridBytes::HexOfId(uint64_t high, uint64_t low)
 {
-    std::vector<uint8_t> bytes;
-    Append(bytes, high, SIZE_64);
-    Append(bytes, low, SIZE_64);
+    std::array<uint8_t, SIZE_ID> bytes = {};
+    for (size_t i = SIZE_64; i > 0; --i) {
+        bytes[i - 1] = static_cast<uint8_t>(high);
+        bytes[SIZE_64 + i - 1] = static_cast<uint8_t>(low);
+        high >>= BITS_PER_BYTE;
+        low >>= BITS_PER_BYTE;
+    }
     return ByteBuffer::ToHexString(bytes.data(), bytes.size());
 }
 

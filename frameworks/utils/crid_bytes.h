@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,7 +30,7 @@ public:
     static uint64_t Read(const std::vector<uint8_t> &bytes, size_t offset, size_t size);
 
     // The tag followed by the values in URL-safe Base64, eight bytes each.
-    static std::string EncodeWords(char tag, const std::vector<uint64_t> &words);
+    static std::string EncodeWords(char tag, std::initializer_list<uint64_t> words);
     // The bytes that stand in the text from the given place on, at most count characters of it.
     static std::vector<uint8_t> DecodeSpan(const std::string &text, size_t from, size_t count = std::string::npos);
 
