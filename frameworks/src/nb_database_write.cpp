@@ -77,7 +77,9 @@ int NBDatabase::SaveRecords(std::shared_ptr<NBContext> context, std::vector<NBRe
         if (code != NB_LOCAL_SUCCESS) {
             return code;
         }
-        progress->insert_or_assign(std::move(recordId), NBProgressResult());
+        if (progressCallback != nullptr) {
+            progress->insert_or_assign(std::move(recordId), NBProgressResult());
+        }
     }
     request["records"] = std::move(recordArray);
     if (progressCallback != nullptr) {

@@ -170,11 +170,10 @@ bool NBRecordField::ParseListFromJson(NBRecordFieldType listType, const Json::Va
     bool isGood = true;
     std::string text;
     for (const Json::Value &elementJson : json) {
-        NBRecordField element;
-        if (element.ParseFromJsonValue(elementSchema, elementJson)) {
-            elements.push_back(std::move(element));
+        if (elements.emplace_back().ParseFromJsonValue(elementSchema, elementJson)) {
             continue;
         }
+        elements.pop_back();
         if (isGood) {
             // The whole list is the text of every message; it is written once however many elements are bad.
             text = JsonHelper::JsonToString(json);

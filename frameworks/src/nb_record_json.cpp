@@ -6,6 +6,8 @@
 
 #include "nb_record.h"
 
+#include <iterator>
+#include <string_view>
 #include <utility>
 
 #include <json/value.h>
@@ -13,6 +15,7 @@
 #include "json_helper.h"
 #include "log.h"
 #include "nb_schema.h"
+#include "ordered_members.h"
 
 namespace Nubis {
 namespace {
@@ -35,30 +38,66 @@ Json::Value RelationsToJsonValue(const std::vector<NBRelation> &relations)
     return json;
 }
 
-void ParseResponse(const Json::Value &json, const std::string &key, NBRecordsResponse &response)
+void ParseResponse(const Json::Value *info, NBRecordsResponse &response)
 {
-    const Json::Value *info = JsonHelper::FindMember(json, key);
     if (info == nullptr || !info->isObject()) {
         return;
     }
-    response.appId = JsonHelper::GetStringFromJson(*info, "appId");
-    response.deviceName = JsonHelper::GetStringFromJson(*info, "deviceName");
-    response.time = JsonHelper::GetInt64FromJson(*info, "time");
+    OrderedMembers members(*info);
+    response.appId = JsonHelper::StringOf(members.Find("appId"));
+    response.deviceName = JsonHelper::StringOf(members.Find("deviceName"));
+    response.time = JsonHelper::Int64Of(members.Find("time"));
 }
 
+void ParseRelations(const Json::Value *json, std::vector<NBRelation> &relations)
+{
+    if (json == nullptr || !json->isArray()) {
+        return;
+    }
+    relations.clear();
+    relations.reserve(json->size());
+    for (const Json::Value &relationJson : *json) {
+        NBRelation relation;
+        relation.relationName = JsonHelper::GetStringFromJson(relationJson, "relationName");
+        relation.recordType = JsonHelper::GetStringFromJson(relationJson, "recordType");
+        relation.recordId = JsonHelper::GetStringFromJson(relationJson, "recordId");
+        relations.push_back(std::move(relation));
+    }
+}
+
+// Replaces the field of this name, or adds one at `place`, if the JSON fits. Returns the place behind it.
+NBFieldMap::iterator ParseField(const std::string &name, const NBSchemaField &schemaField, const Json::Value &json,
+    NBFieldMap &fields, NBFieldMap::iterator place)
+{
+    const size_t before = fields.size();
+    place = fields.try_emplace(place, name);
+    if (fields.size() == before) {
+        NBRecordField field;
+        if (field.ParseFromJsonValue(schemaField, json)) {
+            place->second = std::move(field);
+        }
+    } else if (!place->second.ParseFromJsonValue(schemaField, json)) {
+        return fields.erase(place);
+    }
+    return std::next(place);
+}
+
+// Members, schema and fields have the same order, so that what belongs to the next member is mostly the next one.
 void ParseFields(const Json::Value &fieldsJson, const NBSchemaNode &node, NBFieldMap &fields)
 {
+    auto schemaField = node.fields.begin();
+    auto place = fields.begin();
     for (auto member = fieldsJson.begin(); member != fieldsJson.end(); ++member) {
-        std::string name = member.name();
-        auto schemaField = node.fields.find(name);
+        const std::string_view name = OrderedMembers::NameOf(member);
+        if (schemaField == node.fields.end() || schemaField->first != name) {
+            schemaField = node.fields.find(std::string(name));
+        }
         if (schemaField == node.fields.end()) {
-            NB_LOGD("can find field key %{public}s from schema node", name.c_str());
+            NB_LOGD("can find field key %{public}s from schema node", member.name().c_str());
             continue;
         }
-        NBRecordField field;
-        if (field.ParseFromJsonValue(schemaField->second, *member)) {
-            fields.insert_or_assign(std::move(name), std::move(field));
-        }
+        place = ParseField(schemaField->first, schemaField->second, *member, fields, place);
+        ++schemaField;
     }
 }
 } // namespace
@@ -108,49 +147,39 @@ bool NBRecord::ParseFromJsonValue(const NBSchema &schema, const Json::Value &jso
         NB_LOGE("parse record failed, can not find schema record type:%{public}s", recordType_.c_str());
         return false;
     }
-    isDelete_ = JsonHelper::GetBoolFromJson(json, "deleted");
-    isNew_ = JsonHelper::GetBoolFromJson(json, "isNew");
-    version_ = JsonHelper::GetUInt64FromJson(json, "version");
-    createTime_ = JsonHelper::GetUInt64FromJson(json, "createdTime");
-    editedTime_ = JsonHelper::GetUInt64FromJson(json, "editedTime");
-    ownerId_ = JsonHelper::GetStringFromJson(json, "ownerId");
-    shareUri_ = JsonHelper::GetStringFromJson(json, "shareUri");
-    privilege_ = JsonHelper::GetUIntFromJson(json, "privilege");
-    isShared_ = JsonHelper::GetBoolFromJson(json, "isShared");
-    const Json::Value *fieldsJson = JsonHelper::FindMember(json, "record");
+    // By their names, ascending.
+    OrderedMembers members(json);
+    ParseResponse(members.Find("createInfo"), createInfo_);
+    createTime_ = JsonHelper::UInt64Of(members.Find("createdTime"));
+    isDelete_ = JsonHelper::BoolOf(members.Find("deleted"));
+    editedTime_ = JsonHelper::UInt64Of(members.Find("editedTime"));
+    isNew_ = JsonHelper::BoolOf(members.Find("isNew"));
+    isShared_ = JsonHelper::BoolOf(members.Find("isShared"));
+    ParseResponse(members.Find("modifiedInfo"), modifiedInfo_);
+    ownerId_ = JsonHelper::StringOf(members.Find("ownerId"));
+    privilege_ = JsonHelper::UIntOf(members.Find("privilege"));
+    const Json::Value *fieldsJson = members.Find("record");
     if (fieldsJson != nullptr && fieldsJson->isObject()) {
         ParseFields(*fieldsJson, node->second, recordData_);
     }
-    ParseCreateInfoFromJson(json);
-    ParseModifyInfoFromJson(json);
-    ParseRelationsFromJson(json);
+    ParseRelations(members.Find("relations"), relations_);
+    shareUri_ = JsonHelper::StringOf(members.Find("shareUri"));
+    version_ = JsonHelper::UInt64Of(members.Find("version"));
     return true;
 }
 
 void NBRecord::ParseCreateInfoFromJson(const Json::Value &json)
 {
-    ParseResponse(json, "createInfo", createInfo_);
+    ParseResponse(JsonHelper::FindMember(json, "createInfo"), createInfo_);
 }
 
 void NBRecord::ParseModifyInfoFromJson(const Json::Value &json)
 {
-    ParseResponse(json, "modifiedInfo", modifiedInfo_);
+    ParseResponse(JsonHelper::FindMember(json, "modifiedInfo"), modifiedInfo_);
 }
 
 void NBRecord::ParseRelationsFromJson(const Json::Value &json)
 {
-    const Json::Value *relations = JsonHelper::FindMember(json, "relations");
-    if (relations == nullptr || !relations->isArray()) {
-        return;
-    }
-    relations_.clear();
-    relations_.reserve(relations->size());
-    for (const Json::Value &relationJson : *relations) {
-        NBRelation relation;
-        relation.relationName = JsonHelper::GetStringFromJson(relationJson, "relationName");
-        relation.recordType = JsonHelper::GetStringFromJson(relationJson, "recordType");
-        relation.recordId = JsonHelper::GetStringFromJson(relationJson, "recordId");
-        relations_.push_back(std::move(relation));
-    }
+    ParseRelations(JsonHelper::FindMember(json, "relations"), relations_);
 }
 } // namespace Nubis

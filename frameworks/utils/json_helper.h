@@ -20,13 +20,20 @@ public:
 
     // The member, or the default when the value is no object, has no such member, or the member is of another kind or
     // out of range. A number without a fraction counts as an integer however it is written.
+    // StringOf and the like: the same for a member that was found, null when it was not.
     static std::string GetStringFromJson(
         const Json::Value &json, const std::string &key, const std::string &defaultValue = "");
+    static std::string StringOf(const Json::Value *member, const std::string &defaultValue = "");
     static int32_t GetIntFromJson(const Json::Value &json, const std::string &key, int32_t defaultValue = 0);
+    static int32_t IntOf(const Json::Value *member, int32_t defaultValue = 0);
     static uint32_t GetUIntFromJson(const Json::Value &json, const std::string &key, uint32_t defaultValue = 0);
+    static uint32_t UIntOf(const Json::Value *member, uint32_t defaultValue = 0);
     static int64_t GetInt64FromJson(const Json::Value &json, const std::string &key, int64_t defaultValue = 0);
+    static int64_t Int64Of(const Json::Value *member, int64_t defaultValue = 0);
     static uint64_t GetUInt64FromJson(const Json::Value &json, const std::string &key, uint64_t defaultValue = 0);
+    static uint64_t UInt64Of(const Json::Value *member, uint64_t defaultValue = 0);
     static bool GetBoolFromJson(const Json::Value &json, const std::string &key, bool defaultValue = false);
+    static bool BoolOf(const Json::Value *member, bool defaultValue = false);
 
     // Compact text in one line.
     static std::string JsonToString(const Json::Value &json);
