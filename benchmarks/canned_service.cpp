@@ -134,6 +134,9 @@ private:
             captured_ = request;
             captureOf_.clear();
         }
+        if (function == "echo") {
+            return std::make_shared<const std::string>(request);
+        }
         if (isHolding_ && function == "saveRecords") {
             ++held_;
             released_.wait(lock, [this] { return !isHolding_; });

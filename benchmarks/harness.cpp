@@ -5,12 +5,12 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <mutex>
 #include <stdexcept>
 #include <string_view>
 #include <sys/wait.h>
@@ -125,16 +125,14 @@ void Interleave(Row &row, int rounds, int slices, const std::function<double()> 
 
 void Countdown::Done()
 {
-    std::lock_guard<std::mutex> lock(mutex_);
     if (--left_ == 0) {
-        ended_.notify_all();
+        ended_.set_value();
     }
 }
 
 void Countdown::Wait()
 {
-    std::unique_lock<std::mutex> lock(mutex_);
-    if (!ended_.wait_for(lock, PATIENCE, [this] { return left_ == 0; })) {
+    if (ended_.get_future().wait_for(PATIENCE) != std::future_status::ready) {
         throw std::runtime_error(std::to_string(left_) + " calls did not end");
     }
 }

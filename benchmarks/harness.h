@@ -4,10 +4,10 @@
 #ifndef NUBIS_BENCH_HARNESS_H
 #define NUBIS_BENCH_HARNESS_H
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
+#include <future>
 #include <string>
 #include <utility>
 #include <vector>
@@ -75,18 +75,18 @@ private:
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-// Counts calls that end on other threads. Throws when they do not end in time.
+// Counts calls that end on other threads. Shared by the one who waits and those who end.
 class Countdown {
 public:
     explicit Countdown(size_t count) : left_(count)
     {}
     void Done();
+    // Once. Throws when they do not end in time.
     void Wait();
 
 private:
-    std::mutex mutex_;
-    std::condition_variable ended_;
-    size_t left_;
+    std::atomic<size_t> left_;
+    std::promise<void> ended_;
 };
 
 // Runs body(thread number) on so many threads until a time has passed, each again and again. Returns runs per second.

@@ -47,10 +47,8 @@ void MeasureSlowService(const Options &options)
 void MeasureFastService(const Options &options)
 {
     const Library library(SYNC_USER);
-    const auto notes = MakeNotes(1);
-    library.Transport().SetReply("fetchRecordWithId", FetchReply(notes[0]));
-    const auto fetch = [&](int) { library.Fetch(notes[0].id); };
-    const std::string request = library.RequestOf("fetchRecordWithId", [&] { fetch(0); });
+    const auto echo = [&](int) { library.Echo(); };
+    const std::string request = library.RequestOf("echo", [&] { echo(0); });
     Row row;
     row.id = "callers-12";
     row.name = "12 callers, echo service";
@@ -62,7 +60,7 @@ void MeasureFastService(const Options &options)
     const double seconds = options.isShort ? 0.05 : 0.5;
     const auto floor = [&](int) { library.Transport().Exchange(request, false); };
     for (int round = -1; round < options.Pick(11, 1); ++round) {
-        const double rate = CallsPerSecond(SLOTS, seconds, fetch);
+        const double rate = CallsPerSecond(SLOTS, seconds, echo);
         const double most = CallsPerSecond(SLOTS, seconds, floor);
         if (round >= 0) {
             row.rounds.emplace_back(rate, most);
@@ -97,11 +95,11 @@ void KeepPending(const Options &options)
     library.Transport().HoldSaves(true);
     const auto record = ToRecords(notes).front();
     std::atomic<size_t> good{0};
-    Countdown countdown(count);
-    const auto callback = [&](const auto &, const auto &, const auto &, const Nubis::NBRecordOperResult &result,
-                              const Nubis::NBError &error) {
+    const auto countdown = std::make_shared<Countdown>(count);
+    const auto callback = [&, countdown](const auto &, const auto &, const auto &,
+                              const Nubis::NBRecordOperResult &result, const Nubis::NBError &error) {
         good += error.HasError() || result.HasError() ? 0 : 1;
-        countdown.Done();
+        countdown->Done();
     };
     TrimMemory();
     const int64_t before = ResidentBytes();
@@ -113,7 +111,7 @@ void KeepPending(const Options &options)
     const int64_t after = ResidentBytes();
     const int threads = ThreadsOf(0);
     library.Transport().HoldSaves(false);
-    countdown.Wait();
+    countdown->Wait();
     if (good != count) {
         throw std::runtime_error("pending saves failed");
     }

@@ -5,6 +5,7 @@
 
 #include <exception>
 #include <functional>
+#include <future>
 #include <iostream>
 #include <map>
 
@@ -27,6 +28,17 @@ void RunAsChild(const Options &options)
 }
 } // namespace
 
+namespace {
+void MeasureAll(const Options &options)
+{
+    MeasureRequests(options);
+    MeasureBatches(options);
+    MeasureLoad(options);
+    MeasureMemory(options);
+    MeasureLife(options);
+}
+} // namespace
+
 int main(int argc, char **argv)
 {
     const Options options = ReadOptions(argc, argv);
@@ -36,11 +48,8 @@ int main(int argc, char **argv)
             RunAsChild(options);
             return 0;
         }
-        MeasureRequests(options);
-        MeasureBatches(options);
-        MeasureLoad(options);
-        MeasureMemory(options);
-        MeasureLife(options);
+        // Not on this thread: its heap is another one than that of all other threads, which is where the library works.
+        std::async(std::launch::async, [&] { MeasureAll(options); }).get();
     } catch (const std::exception &failure) {
         std::cerr << "bench-library: " << failure.what() << "\n";
         return 1;

@@ -16,14 +16,15 @@ constexpr double SINGLE_GOAL = 1.25;
 constexpr double BATCH_GOAL = 1.15;
 constexpr double PER_RECORD_GOAL = 1.3;
 
+// Seconds for each of so many calls, which return their own.
 template <typename Call>
 double Time(int calls, Call &&call)
 {
-    const Stopwatch watch;
+    double seconds = 0;
     for (int i = 0; i < calls; ++i) {
-        call();
+        seconds += call();
     }
-    return watch.Seconds() / calls;
+    return seconds / calls;
 }
 
 Row SingleRow(const std::string &id, const std::string &name)
@@ -38,7 +39,7 @@ Row SingleRow(const std::string &id, const std::string &name)
     return row;
 }
 
-// One caller who waits for each reply. The floor has the same thread wait.
+// One caller, one call at a time.
 template <typename Call, typename Floor>
 void MeasureSingle(const Options &options, Row &&row, Call &&call, Floor &&floor)
 {
@@ -60,18 +61,22 @@ void MeasureUser(const Options &options, int32_t userId, const std::string &suff
 
     const auto floorOf = [&](const std::string &request, bool withObject) {
         return [&transport, isAsync, withObject, json = ParseJson(request)] {
+            const Stopwatch watch;
             const std::string text = WriteJson(json);
             ParseJson(isAsync ? transport.ExchangeAsync(text) : transport.Exchange(text, withObject));
+            return watch.Seconds();
         };
     };
     if (options.Wants("fetch-one" + suffix)) {
-        const auto fetch = [&] { library.Fetch(notes[0].id); };
+        const auto fetch = [&] { return library.Fetch(notes[0].id); };
         const auto floor = floorOf(library.RequestOf("fetchRecordWithId", fetch), false);
         MeasureSingle(
             options, SingleRow("fetch-one" + suffix, "one record fetched by id, one caller" + way), fetch, floor);
     }
     if (options.Wants("save-one" + suffix)) {
-        const auto save = [&, prepared = ToRecords(notes)] { library.Save(std::vector<Nubis::NBRecord>(prepared)); };
+        const auto save = [&, prepared = ToRecords(notes)] {
+            return library.Save(std::vector<Nubis::NBRecord>(prepared));
+        };
         const auto floor = floorOf(library.RequestOf("saveRecords", save), true);
         MeasureSingle(options, SingleRow("save-one" + suffix, "one record saved, one caller" + way), save, floor);
     }
@@ -120,12 +125,7 @@ Row MeasureSave(const Options &options, const Library &library, size_t count)
     const auto notes = MakeNotes(count);
     const auto prepared = ToRecords(notes);
     library.Transport().SetReply("saveRecords", SaveReply(notes));
-    const auto save = [&] {
-        auto records = prepared;
-        const Stopwatch watch;
-        library.Save(std::move(records));
-        return watch.Seconds();
-    };
+    const auto save = [&] { return library.Save(std::vector<Nubis::NBRecord>(prepared)); };
     const Json::Value frame = FrameOf(library.RequestOf("saveRecords", save), notes);
     Row row = BatchRow(
         "save-" + std::to_string(count), std::to_string(count) + " records in one save", "build, write, echo, parse");
@@ -139,15 +139,7 @@ void MeasureChanges(const Options &options, const Library &library, size_t count
 {
     const auto notes = MakeNotes(count);
     library.Transport().SetReply("fetchDatabaseChanges", ChangesReply(notes));
-    const auto fetch = [&] {
-        const Stopwatch watch;
-        const size_t fetched = library.CountChanges();
-        const double seconds = watch.Seconds();
-        if (fetched != count) {
-            throw std::runtime_error("changes are missing");
-        }
-        return seconds;
-    };
+    const auto fetch = [&] { return library.FetchChanges(count); };
     const Json::Value json = ParseJson(library.RequestOf("fetchDatabaseChanges", fetch));
     const auto floor = [&] {
         const Stopwatch watch;

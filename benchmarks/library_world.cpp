@@ -12,7 +12,6 @@
 #include "canned_protocol.h"
 #include "nb_container.h"
 #include "nb_context.h"
-#include "nubis_kit.h"
 
 namespace NubisBench {
 namespace {
@@ -31,6 +30,37 @@ void CheckStarted(int code, const char *what)
         throw std::runtime_error(std::string(what) + " was refused: " + std::to_string(code));
     }
 }
+
+// The end of one operation. Shared with its callback.
+class Ending {
+public:
+    void Set(const Nubis::NBError &error, size_t count)
+    {
+        seconds_ = watch_.Seconds();
+        error_ = error;
+        count_ = count;
+        countdown_.Done();
+    }
+
+    // The seconds from the making of this object until Set.
+    double Await(const char *what, size_t expected)
+    {
+        countdown_.Wait();
+        CheckError(error_, what);
+        if (count_ != expected) {
+            throw std::runtime_error(std::string(what) + " had " + std::to_string(count_) + " records, expected " +
+                                     std::to_string(expected));
+        }
+        return seconds_;
+    }
+
+private:
+    const Stopwatch watch_;
+    Countdown countdown_{1};
+    double seconds_ = 0;
+    Nubis::NBError error_;
+    size_t count_ = 0;
+};
 } // namespace
 
 LibraryWorld::LibraryWorld()
@@ -56,76 +86,66 @@ Library::Library(int32_t userId) : transport_(userId)
     transport_.SetReply("GetCloudAppInfo", CatalogueReply());
     transport_.SetReply("getRecordIdRules", R"({"code":0,"ruleId":5,"upid":"77","rootId":"root"})");
     transport_.SetReply("getServiceKey", R"({"code":0,"keys":[]})");
-    const auto kit = Nubis::NubisNative::GetInstance(userId);
-    const auto container = kit == nullptr ? nullptr : kit->GetDefaultContainer(BUNDLE);
+    kit_ = Nubis::NubisNative::GetInstance(userId);
+    const auto container = kit_ == nullptr ? nullptr : kit_->GetDefaultContainer(BUNDLE);
     if (container == nullptr) {
         throw std::runtime_error("the library gives no container");
     }
     database_ = container->GetPrivateDatabase();
 }
 
-void Library::Fetch(const std::string &recordId) const
+double Library::Fetch(const std::string &recordId) const
 {
-    Countdown countdown(1);
-    Nubis::NBError outcome;
-    bool isRight = false;
-    const auto callback = [&](const auto &, const auto &, const auto &, Nubis::NBRecord &record,
+    const auto end = std::make_shared<Ending>();
+    const auto callback = [end, &recordId](const auto &, const auto &, const auto &, Nubis::NBRecord &record,
                               const Nubis::NBError &error) {
-        outcome = error;
-        isRight = record.GetRecordId() == recordId;
-        countdown.Done();
+        end->Set(error, record.GetRecordId() == recordId ? 1 : 0);
     };
     CheckStarted(
         database_->FetchRecordWithId(std::make_shared<Nubis::NBContext>(), "note", recordId, {}, callback), "a fetch");
-    countdown.Wait();
-    CheckError(outcome, "a fetch");
-    if (!isRight) {
-        throw std::runtime_error("another record was fetched than was asked for");
-    }
+    return end->Await("a fetch", 1);
 }
 
-void Library::Save(std::vector<Nubis::NBRecord> &&records) const
+double Library::Save(std::vector<Nubis::NBRecord> &&records) const
 {
-    Countdown countdown(1);
-    Nubis::NBError outcome;
+    const auto end = std::make_shared<Ending>();
     const size_t count = records.size();
-    size_t saved = 0;
-    const auto callback = [&](const auto &, const auto &, const std::shared_ptr<Nubis::NBResultMap> &results,
+    const auto callback = [end](const auto &, const auto &, const std::shared_ptr<Nubis::NBResultMap> &results,
                               const Nubis::NBError &error) {
-        outcome = error;
-        saved = results->size();
-        if (!results->empty() && results->begin()->second.HasError()) {
-            outcome = results->begin()->second;
-        }
-        countdown.Done();
+        const bool isGood = error.HasError() || results->empty() || !results->begin()->second.HasError();
+        end->Set(isGood ? error : results->begin()->second, results->size());
     };
     CheckStarted(database_->SaveRecords(
                      std::make_shared<Nubis::NBContext>(), std::move(records), Nubis::NB_SAVE_OVERWRITE, callback),
         "a save");
-    countdown.Wait();
-    CheckError(outcome, "a save");
-    if (saved != count) {
-        throw std::runtime_error("records are missing from the results of a save");
-    }
+    return end->Await("a save", count);
 }
 
-size_t Library::CountChanges() const
+double Library::FetchChanges(size_t expected) const
 {
-    Countdown countdown(1);
-    Nubis::NBError outcome;
-    size_t count = 0;
-    const auto callback = [&](const auto &, const auto &, const std::shared_ptr<std::vector<Nubis::NBRecord>> &records,
-                              const auto &, bool, const Nubis::NBError &error) {
-        outcome = error;
-        count = records->size();
-        countdown.Done();
-    };
+    const auto end = std::make_shared<Ending>();
+    const auto callback = [end](const auto &, const auto &,
+                              const std::shared_ptr<std::vector<Nubis::NBRecord>> &records, const auto &, bool,
+                              const Nubis::NBError &error) { end->Set(error, records->size()); };
     constexpr int pageSize = 10000;
     CheckStarted(database_->FetchDatabaseChanges(
                      std::make_shared<Nubis::NBContext>(), "note", {}, pageSize, "cursor-0", callback),
         "a fetch of changes");
-    countdown.Wait();
-    CheckError(outcome, "a fetch of changes");
-    return count;
+    return end->Await("a fetch of changes", expected);
+}
+
+void Library::Echo() const
+{
+    Json::Value request(Json::objectValue);
+    request["function"] = "echo";
+    request["bundleName"] = BUNDLE;
+    request["containerName"] = CONTAINER;
+    request["recordType"] = "note";
+    Json::Value reply;
+    constexpr int timeout = 60;
+    CheckError(kit_->SendDataToCloudSrv(request, reply, timeout), "an echo");
+    if (reply["recordType"] != "note") {
+        throw std::runtime_error("another text came back than was sent");
+    }
 }
 } // namespace NubisBench

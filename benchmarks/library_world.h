@@ -12,6 +12,7 @@
 #include "host_folders.h"
 #include "nb_database.h"
 #include "notes.h"
+#include "nubis_kit.h"
 #include "transport_client.h"
 
 // The library with the service of the benchmarks behind it, in a process of its own, over the real transport.
@@ -43,10 +44,13 @@ public:
         return database_;
     }
 
-    // Each returns when the library has called back.
-    void Fetch(const std::string &recordId) const;
-    void Save(std::vector<Nubis::NBRecord> &&records) const;
-    size_t CountChanges() const;
+    // Each waits until the library has called back, and returns the seconds from the call to the callback: waking the
+    // one who waits is no work of the library's.
+    double Fetch(const std::string &recordId) const;
+    double Save(std::vector<Nubis::NBRecord> &&records) const;
+    double FetchChanges(size_t expected) const;
+    // A request of the kit, which waits for the reply by itself.
+    void Echo() const;
 
     // The text that the library sends for the operation.
     template <typename Operation>
@@ -59,6 +63,7 @@ public:
 
 private:
     TransportClient transport_;
+    std::shared_ptr<Nubis::NubisNative> kit_;
     std::shared_ptr<Nubis::NBDatabase> database_;
 };
 
