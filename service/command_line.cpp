@@ -4,12 +4,15 @@
 #include "command_line.h"
 
 #include <ostream>
+#include <stdexcept>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "catalogue/catalogue.h"
 #include "service_instance.h"
+#include "store/sqlite_check.h"
+#include "util/file_util.h"
 
 namespace DriveService {
 
@@ -46,6 +49,35 @@ int ApplyCatalogue(
     return DONE;
 }
 
+// The service has the data to itself, so this is for when none runs.
+void RefuseIfServed(const DataPaths &paths)
+{
+    if (std::string holder = HolderOf(paths.lock); !holder.empty()) {
+        throw std::runtime_error("a drive service runs on this data, process " + holder + "; stop it first");
+    }
+}
+
+int CheckData(const ServeOptions &options, std::ostream &out, std::ostream &err)
+{
+    DataPaths paths(options.dataFolder, options.userId);
+    RefuseIfServed(paths);
+    if (!SignatureOf(paths.database)) {
+        out << "there is no database " << paths.database << "\n";
+        return DONE;
+    }
+    StoreReport report = CheckDatabaseFile(paths.database);
+    if (!report.problems.empty()) {
+        // What one that has started meanwhile writes looks like damage.
+        RefuseIfServed(paths);
+        for (const std::string &problem : report.problems) {
+            err << paths.database << ": " << problem << "\n";
+        }
+        return FAILED;
+    }
+    out << paths.database << " is whole, schema version " << report.schemaVersion << "\n";
+    return DONE;
+}
+
 } // namespace
 
 int RunCommandLine(int argc, const char *const *argv, std::ostream &out, std::ostream &err,
@@ -71,6 +103,11 @@ int RunCommandLine(int argc, const char *const *argv, std::ostream &out, std::os
     CLI::App *apply = app.add_subcommand("apply-catalogue", "Check catalogue files and install them if all are good");
     apply->add_option("--data", options.dataFolder, "The data folder")->type_name("DIR")->required();
     apply->add_option("FILE", files, "The files")->required();
+    CLI::App *checkData = app.add_subcommand("check-data", "Check a user's database, while no service runs on it");
+    checkData->add_option("--data", options.dataFolder, "The data folder")->type_name("DIR")->required();
+    checkData->add_option("--user", options.userId, "The user whose database it is (default 100)")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
     try {
         app.parse(argc, argv);
         if (app.get_subcommands().empty() && options.dataFolder.empty()) {
@@ -82,6 +119,9 @@ int RunCommandLine(int argc, const char *const *argv, std::ostream &out, std::os
     try {
         if (check->parsed()) {
             return CheckCatalogue(files, out, err);
+        }
+        if (checkData->parsed()) {
+            return CheckData(options, out, err);
         }
         return apply->parsed() ? ApplyCatalogue(options.dataFolder, files, out, err) : serve(options);
     } catch (const std::exception &failure) {

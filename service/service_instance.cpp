@@ -21,6 +21,12 @@ namespace DriveService {
 
 namespace {
 
+std::string ReadHolder(int fd)
+{
+    char holder[32] = {};
+    return read(fd, holder, sizeof(holder) - 1) > 0 ? holder : "unknown";
+}
+
 // The lock is the process's: it ends with it, however it ends. The number inside is for people.
 int TakeLock(const std::string &path)
 {
@@ -29,11 +35,10 @@ int TakeLock(const std::string &path)
         throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
     }
     if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
-        char holder[32] = {};
-        ssize_t length = read(fd, holder, sizeof(holder) - 1);
+        std::string holder = ReadHolder(fd);
         close(fd);
-        throw std::runtime_error("a drive service is already running on this data (process " +
-                                 std::string(length > 0 ? holder : "unknown") + " holds " + path + ")");
+        throw std::runtime_error(
+            "a drive service is already running on this data (process " + holder + " holds " + path + ")");
     }
     std::string pid = std::to_string(getpid());
     if (ftruncate(fd, 0) != 0 || write(fd, pid.data(), pid.size()) != static_cast<ssize_t>(pid.size())) {
@@ -79,6 +84,18 @@ DataPaths::DataPaths(const std::string &dataFolder, int userId)
 std::string DataPaths::CatalogueOf(const std::string &dataFolder)
 {
     return dataFolder + "/catalogue";
+}
+
+std::string HolderOf(const std::string &lockPath)
+{
+    int fd = open(lockPath.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        return "";
+    }
+    // Given back at once, because a service that starts does not wait for it.
+    std::string holder = flock(fd, LOCK_SH | LOCK_NB) == 0 ? "" : ReadHolder(fd);
+    close(fd);
+    return holder;
 }
 
 ServiceInstance::ServiceInstance(const std::string &dataFolder, int userId, std::function<int64_t()> nowMs)

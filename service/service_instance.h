@@ -34,6 +34,9 @@ struct DataPaths {
     std::string lock;
 };
 
+// The process whose service holds the data by this lock, as a text; empty when none does. Takes and makes nothing.
+std::string HolderOf(const std::string &lockPath);
+
 // One user's service without its IPC: the parts, put together. Only one can exist for a user's folder on the machine.
 class ServiceInstance {
 public:

@@ -27,6 +27,9 @@ Json::Value SetSetting(ServiceContext &context, const Request &request);
 Json::Value ExportData(ServiceContext &context, const Request &request);
 Json::Value ImportData(ServiceContext &context, const Request &request);
 
+// check_requests.cpp
+Json::Value CheckData(ServiceContext &context, const Request &request);
+
 // catalogue_requests.cpp
 Json::Value GetCloudAppInfo(ServiceContext &context, const Request &request);
 Json::Value GetCloudAppSwitches(ServiceContext &context, const Request &request);

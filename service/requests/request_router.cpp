@@ -30,6 +30,7 @@ const std::map<std::string, Handler> &Handlers()
         {"setSetting", SetSetting},
         {"exportData", ExportData},
         {"importData", ImportData},
+        {"checkData", CheckData},
         {"GetCloudAppInfo", GetCloudAppInfo},
         {"GetCloudAppSwitches", GetCloudAppSwitches},
         {"getCloudAppBriefInfo", GetCloudAppBriefInfo},

@@ -4,6 +4,7 @@
 #include "store/sqlite_read.h"
 
 #include "store/sql_query.h"
+#include "store/sqlite_check.h"
 
 namespace DriveService {
 
@@ -231,6 +232,12 @@ std::optional<std::string> SqliteRead::Setting(const std::string &name)
         }
         return statement.getColumn(0).getString();
     });
+}
+
+StoreReport SqliteRead::Check()
+{
+    return GuardStore(connection_.Path(),
+        [&] { return CheckTables(connection_.Prepare(SQL_QUICK_CHECK), connection_.Prepare(SQL_SCHEMA_VERSION)); });
 }
 
 } // namespace DriveService

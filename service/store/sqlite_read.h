@@ -44,6 +44,7 @@ public:
     std::vector<Notice> Notices(int64_t most) override;
     void VisitRows(BackupTable table, const std::function<void(const Json::Value &row)> &visit) override;
     std::vector<WrittenType> WrittenTypes() override;
+    StoreReport Check() override;
 
 private:
     std::vector<QueryPosition> FindPositions(const RecordQuery &query);

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "store/sqlite_check.h"
+
 namespace DriveService {
 
 namespace {
@@ -120,18 +122,23 @@ const std::vector<std::vector<const char *>> &Steps()
 
 } // namespace
 
+int64_t LatestSchemaVersion()
+{
+    return static_cast<int64_t>(Steps().size());
+}
+
 void MigrateSchema(SqliteConnection &connection)
 {
     connection.Execute("CREATE TABLE IF NOT EXISTS schema_info (version BIGINT NOT NULL)");
     SqliteTransaction transaction(connection, SqliteTransaction::Mode::WRITE);
-    SQLite::Statement &read = connection.Prepare("SELECT MAX(version) FROM schema_info");
+    SQLite::Statement &read = connection.Prepare(SQL_SCHEMA_VERSION);
     read.executeStep();
     bool fresh = read.getColumn(0).isNull();
     int64_t found = fresh ? 0 : read.getColumn(0).getInt64();
     read.reset();
-    if (found < 0 || found > static_cast<int64_t>(Steps().size())) {
+    if (found < 0 || found > LatestSchemaVersion()) {
         throw std::runtime_error("the database has schema version " + std::to_string(found) +
-                                 ", this program knows versions up to " + std::to_string(Steps().size()) +
+                                 ", this program knows versions up to " + std::to_string(LatestSchemaVersion()) +
                                  "; use a newer program, or import a backup into a new data folder");
     }
     if (fresh) {

@@ -79,6 +79,9 @@ public:
     virtual void VisitRows(BackupTable table, const std::function<void(const Json::Value &row)> &visit) = 0;
 
     virtual std::vector<WrittenType> WrittenTypes() = 0;
+
+    // Reads everything once.
+    virtual StoreReport Check() = 0;
 };
 
 // The one writer. Sees what it has written itself. What was not committed when it ends is undone.

@@ -19,6 +19,12 @@ struct DatabaseKey {
     int databaseType = 1;
 };
 
+// What a check of a whole store found.
+struct StoreReport {
+    int64_t schemaVersion = 0;         // 0 when it could not be read
+    std::vector<std::string> problems; // for people; empty when all is well
+};
+
 struct DatabaseInfo {
     int64_t id = 0;
     std::string uid;          // random, never used again for another database: cursors are bound to it

@@ -114,6 +114,36 @@ TEST_F(CommandLineTest, CatalogueFilesAreCheckedAndInstalledAllOrNone)
         HasSubstr("app-7"));
 }
 
+TEST_F(CommandLineTest, DatabasesAreCheckedWhileNobodyServesThem)
+{
+    const std::string data = folder_.Path() + "/data";
+    const std::string database = data + "/user-100/drive.db";
+    EXPECT_EQ(Run({"check-data", "--data", data}), 0);
+    EXPECT_FALSE(std::filesystem::exists(data));
+    {
+        ServiceInstance service(data, 100, SystemNowMs);
+        EXPECT_THAT(service.Router().Answer(R"({"function": "checkData"})", ""), HasSubstr(R"("problems":[])"));
+        EXPECT_EQ(Run({"check-data", "--data", data}), 1);
+        EXPECT_THAT(err_, HasSubstr("process " + std::to_string(getpid()) + "; stop it first"));
+    }
+    auto files = [&] {
+        std::filesystem::directory_iterator folder(data + "/user-100");
+        return std::distance(begin(folder), end(folder));
+    };
+    const auto before = files();
+    EXPECT_EQ(Run({"check-data", "--data", data}), 0) << err_;
+    EXPECT_THAT(out_, HasSubstr("drive.db is whole, schema version"));
+    EXPECT_EQ(files(), before);
+
+    // Pages of tables, not the header: it opens, and only reading all of it shows the damage.
+    std::fstream file(database, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(3 * 4096);
+    file << std::string(8 * 4096, 'x');
+    file.close();
+    EXPECT_EQ(Run({"check-data", "--data", data}), 1);
+    EXPECT_THAT(err_, HasSubstr(database + ": "));
+}
+
 TEST_F(CommandLineTest, DataFoldersAreMadePrivateAndServedOnce)
 {
     std::string data = folder_.Path() + "/a/b";

@@ -132,6 +132,7 @@ int RunTool(std::vector<std::string> arguments, const Console &console)
     app.require_subcommand(1);
     app.footer("Every command has its own help: nubis record import --help\n" + Example("nubis demo"));
     AddDemoCommands(app, chosen);
+    AddDoctorCommand(app, chosen);
     AddServiceCommands(app, chosen);
     AddCatalogueCommands(app, chosen);
     AddUserCommands(app, chosen);

@@ -40,6 +40,7 @@ void SetAction(CLI::App &command, Chosen &chosen, std::shared_ptr<Options> optio
 }
 
 // The families, one source each.
+void AddDoctorCommand(CLI::App &app, Chosen &chosen);
 void AddServiceCommands(CLI::App &app, Chosen &chosen);
 void AddBackupCommands(CLI::App &service, Chosen &chosen);
 void AddCatalogueCommands(CLI::App &app, Chosen &chosen);

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <iostream>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include "command_line.h"
@@ -18,6 +17,6 @@ int main(int argc, char **argv)
         Host::SetLogLevel(LOG_FATAL);
     }
     std::ios::sync_with_stdio(false);
-    NubisTool::Console console{std::cin, std::cout, std::cerr, isatty(STDERR_FILENO) == 1};
-    return NubisTool::RunTool(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc), console);
+    return NubisTool::RunTool(
+        std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc), NubisTool::StandardConsole());
 }

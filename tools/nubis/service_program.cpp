@@ -8,26 +8,19 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <unistd.h>
 #include <vector>
-
-#include <json/json.h>
 
 #include "child_process.h"
 #include "command_error.h"
 #include "error_text.h"
-#include "host/ability_control.h"
 #include "host/paths.h"
 #include "interrupt.h"
 #include "lock_session.h"
-#include "row_reader.h"
 
 namespace NubisTool {
 namespace {
 
-constexpr const char *SERVICE_BUNDLE = "com.orvane.tyra.aerostash";
 constexpr const char *SERVICE_ABILITY = "DriveServiceAbility";
 constexpr const char *SERVICE_PROGRAM = "nubis-drive-service";
 constexpr std::chrono::seconds STOP_TIME(15);
@@ -35,58 +28,6 @@ constexpr std::chrono::seconds STOP_TIME(15);
 bool MayRun(const std::string &path)
 {
     return access(path.c_str(), X_OK) == 0;
-}
-
-std::string FindInPath(const std::string &name)
-{
-    const char *configured = std::getenv("PATH");
-    std::string folders = configured == nullptr ? "/usr/local/bin:/usr/bin:/bin" : configured;
-    for (size_t start = 0; start <= folders.size();) {
-        size_t end = folders.find(':', start);
-        std::string program = folders.substr(start, end == std::string::npos ? end : end - start);
-        if (!program.empty() && MayRun(program.append("/").append(name))) {
-            return program;
-        }
-        start = end == std::string::npos ? folders.size() + 1 : end + 1;
-    }
-    return "";
-}
-
-void Replace(std::string &text, const std::string &placeholder, const std::string &value)
-{
-    for (size_t at = text.find(placeholder); at != std::string::npos; at = text.find(placeholder, at + value.size())) {
-        text.replace(at, placeholder.size(), value);
-    }
-}
-
-// The exec line of the service's ability with its placeholders filled in; empty when no manifest is found.
-std::vector<std::string> ManifestExecLine(int user, std::string &manifestDir)
-{
-    for (const std::string &dir : Host::ManifestDirs()) {
-        std::ifstream file(dir + "/" + SERVICE_BUNDLE + ".json");
-        std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-        Json::Value manifest;
-        std::string error;
-        if (!file || !ParseJsonText(text, manifest, error) || !manifest.isObject()) {
-            continue;
-        }
-        for (const Json::Value &ability : manifest["abilities"]) {
-            if (!ability.isObject() || ability["name"] != Json::Value(SERVICE_ABILITY)) {
-                continue;
-            }
-            std::vector<std::string> line;
-            for (const Json::Value &word : ability["exec"]) {
-                line.push_back(word.isString() ? word.asString() : "");
-                Replace(line.back(), "${user}", std::to_string(user));
-                Replace(line.back(), "${state}", Host::StateDir());
-                Replace(line.back(), "${runtime}", Host::RuntimeDir());
-                Replace(line.back(), "${manifestDir}", dir);
-            }
-            manifestDir = dir;
-            return line;
-        }
-    }
-    return {};
 }
 
 // For a service whose folders go in any case: one that does not end must not live on.
@@ -103,28 +44,40 @@ void EndService(int user)
 
 } // namespace
 
+std::optional<Host::ManifestAbility> DescribedService(int user)
+{
+    const std::vector<Host::ManifestState> manifests = Host::InspectManifests(user);
+    auto manifest = std::find_if(manifests.begin(), manifests.end(),
+        [](const Host::ManifestState &state) { return state.bundleName == SERVICE_BUNDLE; });
+    if (manifest == manifests.end()) {
+        return std::nullopt;
+    }
+    auto ability = std::find_if(manifest->abilities.begin(), manifest->abilities.end(),
+        [](const Host::ManifestAbility &described) { return described.name == SERVICE_ABILITY; });
+    return ability == manifest->abilities.end() ? std::nullopt : std::optional(*ability);
+}
+
 std::string FindServiceProgram(int user)
 {
-    std::string manifestDir;
-    std::vector<std::string> line = ManifestExecLine(user, manifestDir);
     std::string path = OwnFolder() + "/" + SERVICE_PROGRAM;
-    if (!MayRun(path) && !line.empty()) {
-        bool inPath = line[0].find('/') == std::string::npos;
-        path = inPath ? FindInPath(line[0]) : line[0][0] == '/' ? line[0] : manifestDir + "/" + line[0];
+    if (MayRun(path)) {
+        return path;
     }
-    if (!MayRun(path)) {
+    std::optional<Host::ManifestAbility> described = DescribedService(user);
+    if (!described || !described->error.empty()) {
         throw CommandError(std::string("the program ") + SERVICE_PROGRAM +
                                " is neither beside this one nor named by a "
                                "manifest",
-            "build or install the drive service, or name its manifests' folder in NUBIS_MANIFEST_PATH");
+            "build or install the drive service, or name its manifests' folder in NUBIS_MANIFEST_PATH; `nubis doctor` "
+            "says what is wrong");
     }
-    return path;
+    return described->command.front();
 }
 
 std::string ServiceDataFolder(int user)
 {
-    std::string manifestDir;
-    std::vector<std::string> line = ManifestExecLine(user, manifestDir);
+    std::optional<Host::ManifestAbility> described = DescribedService(user);
+    const std::vector<std::string> line = described ? described->command : std::vector<std::string>();
     auto option = std::find(line.begin(), line.end(), "--data");
     return line.end() - option < 2 ? Host::StateDir() + "/drive" : *(option + 1);
 }
@@ -142,10 +95,7 @@ ServiceStatus StartService(Nubis::NubisNative &kit)
     if (error.HasError()) {
         std::string reason = Host::LastConnectError();
         throw CommandError("the drive service does not answer: " + (reason.empty() ? ErrorText(error) : reason),
-            "check that " + std::string(SERVICE_PROGRAM) +
-                " is built and its manifest is found "
-                "(NUBIS_MANIFEST_PATH), and that " +
-                Host::RuntimeDir() + " can be written");
+            "run `nubis doctor`, which looks at all that the service needs");
     }
     return FindService(kit.GetUserId());
 }

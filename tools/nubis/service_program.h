@@ -5,12 +5,19 @@
 #define NUBIS_TOOL_SERVICE_PROGRAM_H
 
 #include <chrono>
+#include <optional>
 #include <string>
 
+#include "host/ability_control.h"
 #include "nubis_kit.h"
 #include "temp_dir.h"
 
 namespace NubisTool {
+
+constexpr const char *SERVICE_BUNDLE = "com.orvane.tyra.aerostash";
+
+// What the manifest says of the drive service; nothing when there is none that can be read.
+std::optional<Host::ManifestAbility> DescribedService(int user);
 
 // The drive service's program: beside this one, else the one that the service's manifest names. Throws CommandError when
 // there is none.

@@ -184,6 +184,29 @@ bool IsSafeName(const std::string &name)
            std::string::npos;
 }
 
+bool ReadManifestFile(const std::string &dir, const std::string &bundleName, Manifest &manifest, std::string &error)
+{
+    struct stat status = {};
+    manifest = Manifest{dir + "/" + bundleName + ".json", dir, {}};
+    if (!IsSafeName(bundleName)) {
+        error = manifest.file + ": \"" + bundleName + "\" is not the name of a bundle";
+        return false;
+    }
+    // Reading anything else could wait, or never end.
+    if (stat(manifest.file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        error = manifest.file + ": is not a file";
+        return false;
+    }
+    try {
+        return ParseManifest(bundleName, manifest, error);
+    } catch (const std::exception &failure) {
+        error = manifest.file + ": is not usable JSON: " + failure.what();
+    } catch (...) {
+        error = manifest.file + ": is not usable JSON";
+    }
+    return false;
+}
+
 bool ReadManifest(const std::string &bundleName, Manifest &manifest, std::string &error)
 {
     std::string searched;
@@ -193,25 +216,10 @@ bool ReadManifest(const std::string &bundleName, Manifest &manifest, std::string
     }
     for (const std::string &dir : ManifestDirs()) {
         struct stat status = {};
-        std::string file = dir + "/" + bundleName + ".json";
-        if (stat(file.c_str(), &status) != 0) {
-            searched += (searched.empty() ? "" : ", ") + dir;
-            continue;
+        if (stat((dir + "/" + bundleName + ".json").c_str(), &status) == 0) {
+            return ReadManifestFile(dir, bundleName, manifest, error);
         }
-        manifest = Manifest{file, dir, {}};
-        // Reading anything else could wait, or never end.
-        if (!S_ISREG(status.st_mode)) {
-            error = file + ": is not a file";
-            return false;
-        }
-        try {
-            return ParseManifest(bundleName, manifest, error);
-        } catch (const std::exception &failure) {
-            error = file + ": is not usable JSON: " + failure.what();
-        } catch (...) {
-            error = file + ": is not usable JSON";
-        }
-        return false;
+        searched += (searched.empty() ? "" : ", ") + dir;
     }
     error = "no manifest " + bundleName + ".json in " + (searched.empty() ? "any folder" : searched) +
             "; NUBIS_MANIFEST_PATH names the folders";

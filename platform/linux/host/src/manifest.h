@@ -30,6 +30,9 @@ struct Manifest {
 // False for names that could lead out of a folder or make two abilities meet in one path.
 bool IsSafeName(const std::string &name);
 
+// Reads the bundle's manifest in this folder. Fails as ReadManifest does.
+bool ReadManifestFile(const std::string &dir, const std::string &bundleName, Manifest &manifest, std::string &error);
+
 // Reads the first manifest of the bundle along the manifest folders. False when there is none or when it is broken;
 // `error` says where was searched, or which member of which file is wrong and what was expected. Never throws.
 bool ReadManifest(const std::string &bundleName, Manifest &manifest, std::string &error);

@@ -69,28 +69,6 @@ std::string ManifestDirBeside(const std::string &file)
     return prefix + "/share/nubis/manifests";
 }
 
-// Empty when the folder is private to this user, else what is wrong with it.
-std::string CheckPrivate(const std::string &path)
-{
-    struct stat status = {};
-    if (lstat(path.c_str(), &status) != 0) {
-        return "cannot look at the folder " + path + ": " + std::strerror(errno);
-    }
-    if (!S_ISDIR(status.st_mode)) {
-        return path + " is not a folder";
-    }
-    if (status.st_uid != geteuid()) {
-        return "the folder " + path + " belongs to user " + std::to_string(status.st_uid) + ", not to user " +
-               std::to_string(geteuid());
-    }
-    if ((status.st_mode & 07777) != PRIVATE_MODE) {
-        char mode[16];
-        snprintf(mode, sizeof(mode), "%04o", static_cast<unsigned>(status.st_mode & 07777));
-        return "the folder " + path + " has mode " + mode + ", it must be 0700";
-    }
-    return std::string();
-}
-
 } // namespace
 
 std::string RuntimeDir()
@@ -174,6 +152,27 @@ bool MakeDirs(const std::string &path, std::string &error)
     return true;
 }
 
+std::string PrivateFolderProblem(const std::string &path)
+{
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) != 0) {
+        return "cannot look at the folder " + path + ": " + std::strerror(errno);
+    }
+    if (!S_ISDIR(status.st_mode)) {
+        return path + " is not a folder";
+    }
+    if (status.st_uid != geteuid()) {
+        return "the folder " + path + " belongs to user " + std::to_string(status.st_uid) + ", not to user " +
+               std::to_string(geteuid());
+    }
+    if ((status.st_mode & 07777) != PRIVATE_MODE) {
+        char mode[16];
+        snprintf(mode, sizeof(mode), "%04o", static_cast<unsigned>(status.st_mode & 07777));
+        return "the folder " + path + " has mode " + mode + ", it must be 0700";
+    }
+    return std::string();
+}
+
 bool PrepareRuntimeDir(int32_t userId, std::string &error)
 {
     std::string runtime = RuntimeDir();
@@ -182,11 +181,11 @@ bool PrepareRuntimeDir(int32_t userId, std::string &error)
         return false;
     }
     // The outer one first: only in a folder of our own can nobody prepare the inner one for us.
-    error = CheckPrivate(runtime);
+    error = PrivateFolderProblem(runtime);
     if (!error.empty() || !MakeDirs(user, error)) {
         return false;
     }
-    error = CheckPrivate(user);
+    error = PrivateFolderProblem(user);
     return error.empty();
 }
 

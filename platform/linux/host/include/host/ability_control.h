@@ -5,9 +5,11 @@
 #define HOST_ABILITY_CONTROL_H
 
 #include <cstdint>
+#include <map>
 #include <string>
+#include <vector>
 
-// For tools: what runs, and why a connection failed. Any thread.
+// For tools: what runs, what could be started, and why a connection failed. Any thread.
 namespace Host {
 
 /// What FindAbility finds out.
@@ -22,6 +24,29 @@ struct AbilityStatus {
 
 /// Looks for the service process of an ability without starting it.
 AbilityStatus FindAbility(const std::string &bundleName, const std::string &abilityName, int32_t userId);
+
+/// An ability as a manifest describes it.
+struct ManifestAbility {
+    std::string name;
+    /// What starts it: placeholders filled in, and the program by its path. When that fails, as far as it came.
+    std::vector<std::string> command;
+    std::map<std::string, std::string> metadata;
+    /// Why it cannot be started, in one line for people; empty when it can.
+    std::string error;
+};
+
+/// A file BUNDLE.json in one of the manifest folders.
+struct ManifestState {
+    std::string file;
+    std::string bundleName;
+    /// What is wrong with the file, in one line for people; empty when nothing is.
+    std::string error;
+    std::vector<ManifestAbility> abilities;
+};
+
+/// All manifests, folder by folder in the order in which they are searched, by name in each. Of several of one bundle
+/// only the first counts. Folders that cannot be read have none. Starts and changes nothing.
+std::vector<ManifestState> InspectManifests(int32_t userId);
 
 /// Why the latest ConnectServiceExtensionAbility of this process failed, in one line for people; empty after a success.
 std::string LastConnectError();

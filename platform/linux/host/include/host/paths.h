@@ -27,6 +27,8 @@ std::string DeviceName();
 
 /// <runtime>/<userId>/<bundle>.<ability>.sock
 std::string AbilitySocketPath(const std::string &bundleName, const std::string &abilityName, int32_t userId);
+/// Why a path is not a folder of mode 0700 that belongs to this user, in one line for people; empty when it is.
+std::string PrivateFolderProblem(const std::string &path);
 /// Creates the runtime folder and the user's folder in it where missing, and checks that both belong to this user with
 /// mode 0700. On failure false, and `error` says which folder and why.
 bool PrepareRuntimeDir(int32_t userId, std::string &error);

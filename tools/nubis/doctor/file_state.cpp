@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "file_state.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace NubisTool {
+
+FileState::FileState(const std::string &path)
+{
+    constexpr mode_t permissions = 07777;
+    struct stat info {};
+    if (lstat(path.c_str(), &info) == 0) {
+        exists = true;
+        type = info.st_mode & static_cast<mode_t>(S_IFMT);
+        mode = info.st_mode & permissions;
+        owner = info.st_uid;
+    } else if (errno != ENOENT) {
+        error = std::strerror(errno);
+    }
+}
+
+bool FileState::IsMine() const
+{
+    return owner == geteuid();
+}
+
+std::string FileState::ModeText() const
+{
+    std::array<char, 8> text{};
+    std::snprintf(text.data(), text.size(), "%04o", static_cast<unsigned>(mode));
+    return text.data();
+}
+
+std::string ShellWord(const std::string &text)
+{
+    constexpr const char *harmless = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+./:@%,=";
+    if (!text.empty() && text.find_first_not_of(harmless) == std::string::npos) {
+        return text;
+    }
+    std::string word = "'";
+    for (char character : text) {
+        word += character == '\'' ? "'\\''" : std::string(1, character);
+    }
+    return word + "'";
+}
+
+} // namespace NubisTool
