@@ -8,10 +8,12 @@ include(CMakePackageConfigHelpers)
 configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/NubisLiteConfig.cmake.in"
   "${CMAKE_BINARY_DIR}/NubisLiteConfig.cmake"
   INSTALL_DESTINATION "${NUBIS_INSTALL_CMAKEDIR}"
+  PATH_VARS CMAKE_INSTALL_BINDIR
   NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/NubisLiteConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
 install(FILES "${CMAKE_BINARY_DIR}/NubisLiteConfig.cmake" "${CMAKE_BINARY_DIR}/NubisLiteConfigVersion.cmake"
+    "${CMAKE_CURRENT_LIST_DIR}/NubisServiceTest.cmake"
   DESTINATION "${NUBIS_INSTALL_CMAKEDIR}" COMPONENT development)
 install(EXPORT NubisLiteTargets NAMESPACE NubisLite::
   DESTINATION "${NUBIS_INSTALL_CMAKEDIR}" COMPONENT development)

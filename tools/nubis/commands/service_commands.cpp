@@ -60,13 +60,36 @@ int Stop(const CommonOptions &options, const Console &console)
     return EXIT_DONE;
 }
 
-int Exec(const CommonOptions &options, const std::vector<std::string> &arguments)
+struct ExecOptions {
+    int user = 100;
+    std::vector<std::string> catalogues;
+};
+
+// By a process of its own, because the fresh service's folders are those of this one's children.
+int ApplyCatalogues(const ExecOptions &options)
+{
+    std::vector<std::string> arguments = {
+        OwnProgram(), "catalogue", "apply", "--user", std::to_string(options.user), "--"};
+    arguments.insert(arguments.end(), options.catalogues.begin(), options.catalogues.end());
+    ChildProcess apply({std::move(arguments), {}, true, false});
+    // What it says of success is not part of the command's output.
+    apply.ReadAll();
+    return apply.WaitForwardingSignals();
+}
+
+int Exec(const ExecOptions &options, const std::vector<std::string> &arguments)
 {
     if (arguments.empty()) {
         throw UsageError("there is no command to run", "put it behind --: nubis service exec -- COMMAND ARGUMENT...");
     }
     InterruptGuard guard(SecondSignal::IS_REMEMBERED);
     FreshService service(options.user);
+    if (!options.catalogues.empty()) {
+        const int status = ApplyCatalogues(options);
+        if (status != EXIT_DONE) {
+            return status;
+        }
+    }
     ChildProcess child({arguments, {}, false, false});
     return child.WaitForwardingSignals();
 }
@@ -100,9 +123,15 @@ void AddServiceCommands(CLI::App &app, Chosen &chosen)
 
     CLI::App *exec =
         AddCommand(*family, "exec", "Run a command against a fresh service of its own, and return its exit status",
-            "nubis service exec -- sh -c 'nubis catalogue apply notes.json && nubis catalogue list'");
-    AddUserOption(*exec, options->user);
-    SetAction(*exec, chosen, [options, &chosen](const Console &) { return Exec(*options, chosen.passedOn); });
+            "nubis service exec --catalogue notes.json -- nubis catalogue list");
+    auto execOptions = std::make_shared<ExecOptions>();
+    AddUserOption(*exec, execOptions->user);
+    exec->add_option(
+            "--catalogue", execOptions->catalogues, "Catalogue file that the service begins with; may be repeated")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("FILE");
+    SetAction(*exec, chosen, [execOptions, &chosen](const Console &) { return Exec(*execOptions, chosen.passedOn); });
 }
 
 } // namespace NubisTool
