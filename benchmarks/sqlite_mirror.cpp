@@ -3,6 +3,9 @@
 
 #include "sqlite_mirror.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -69,13 +72,21 @@ std::vector<SqliteMirror::Row> SqliteMirror::NewRows(Table &table)
     return rows;
 }
 
-void SqliteMirror::Watch()
+void SqliteMirror::Watch(size_t transactions)
 {
-    std::vector<TableRows> added;
+    std::vector<std::vector<TableRows>> added(transactions);
     for (size_t i = 0; i < tables_.size(); ++i) {
-        added.push_back({i, NewRows(tables_[i])});
+        std::vector<Row> rows = NewRows(tables_[i]);
+        const size_t each = rows.size() / transactions;
+        if (each * transactions != rows.size()) {
+            throw std::logic_error("the rows cannot be shared out evenly");
+        }
+        for (size_t t = 0; t < transactions; ++t) {
+            const auto first = rows.begin() + static_cast<std::ptrdiff_t>(t * each);
+            added[t].push_back({i, std::vector<Row>(first, first + static_cast<std::ptrdiff_t>(each))});
+        }
     }
-    watched_.push_back(std::move(added));
+    std::move(added.begin(), added.end(), std::back_inserter(watched_));
 }
 
 void SqliteMirror::Insert()

@@ -29,8 +29,9 @@ public:
     SqliteMirror(const SqliteMirror &) = delete;
     SqliteMirror &operator=(const SqliteMirror &) = delete;
 
-    // Takes up the rows that have come to the original since the last time.
-    void Watch();
+    // Takes up the rows that have come to the original since the last time, for so many transactions, each of which adds as
+    // many rows of each table as the others. Throws when the rows cannot be shared out so.
+    void Watch(size_t transactions = 1);
     // Adds to the copy what the earliest Watch took up that is not in it yet: one transaction, durable. Throws when there
     // is none.
     void Insert();
