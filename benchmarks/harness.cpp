@@ -123,6 +123,11 @@ void Interleave(Row &row, int rounds, int slices, const std::function<double()> 
     Settle(row);
 }
 
+double OnOwnThread(const std::function<double()> &body)
+{
+    return std::async(std::launch::async, body).get();
+}
+
 void Countdown::Done()
 {
     if (--left_ == 0) {

@@ -64,6 +64,9 @@ void Print(const Row &row);
 void Interleave(Row &row, int rounds, int slices, const std::function<double()> &measured,
     const std::function<double()> &floor, double scale);
 
+// Runs it on a thread of its own, as the library's work runs: on that of the caller, the heap is full of what the caller has.
+double OnOwnThread(const std::function<double()> &body);
+
 class Stopwatch {
 public:
     double Seconds() const

@@ -72,8 +72,9 @@ void ConnectTo(const std::string &path)
 
 void Ask(const std::shared_ptr<Nubis::NubisNative> &kit)
 {
+    // What costs the service least: its own work is in no floor.
     Json::Value request(Json::objectValue);
-    request["function"] = "getSettings";
+    request["function"] = "getAppState";
     Json::Value reply;
     constexpr int timeout = 60;
     const auto error = kit->SendDataToCloudSrv(request, reply, timeout);

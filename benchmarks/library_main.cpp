@@ -5,7 +5,6 @@
 
 #include <exception>
 #include <functional>
-#include <future>
 #include <iostream>
 #include <map>
 
@@ -26,9 +25,7 @@ void RunAsChild(const Options &options)
     };
     parts.at(options.child)();
 }
-} // namespace
 
-namespace {
 void MeasureAll(const Options &options)
 {
     MeasureRequests(options);
@@ -48,8 +45,7 @@ int main(int argc, char **argv)
             RunAsChild(options);
             return 0;
         }
-        // Not on this thread: its heap is another one than that of all other threads, which is where the library works.
-        std::async(std::launch::async, [&] { MeasureAll(options); }).get();
+        MeasureAll(options);
     } catch (const std::exception &failure) {
         std::cerr << "bench-library: " << failure.what() << "\n";
         return 1;

@@ -131,7 +131,8 @@ Row MeasureSave(const Options &options, const Library &library, size_t count)
         "save-" + std::to_string(count), std::to_string(count) + " records in one save", "build, write, echo, parse");
     const int slices = options.Pick(static_cast<int>(count < 10000 ? 3000 / count : 1), 1);
     Interleave(
-        row, options.Pick(11, 1), slices, save, [&] { return SaveFloor(library.Transport(), frame, notes); }, MILLI);
+        row, options.Pick(11, 1), slices, save,
+        [&] { return OnOwnThread([&] { return SaveFloor(library.Transport(), frame, notes); }); }, MILLI);
     return row;
 }
 
@@ -148,7 +149,9 @@ void MeasureChanges(const Options &options, const Library &library, size_t count
     };
     Row row =
         BatchRow("changes-" + std::to_string(count), std::to_string(count) + " changes fetched", "write, echo, parse");
-    Interleave(row, options.Pick(11, 1), options.Pick(count < 10000 ? 4 : 1, 1), fetch, floor, MILLI);
+    Interleave(
+        row, options.Pick(11, 1), options.Pick(count < 10000 ? 4 : 1, 1), fetch, [&] { return OnOwnThread(floor); },
+        MILLI);
     Print(row);
 }
 } // namespace
