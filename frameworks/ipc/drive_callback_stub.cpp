@@ -25,8 +25,9 @@ constexpr int REQUEST_FAILED = -1;
 
 bool ParseRequest(const std::string &text, Json::Value &request)
 {
-    const Json::CharReaderBuilder builder;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    // Made once: it costs more than parsing a small text. Only read afterwards.
+    static const auto *builder = new Json::CharReaderBuilder;
+    const std::unique_ptr<Json::CharReader> reader(builder->newCharReader());
     if (reader == nullptr) {
         NB_LOGE("json builder new char reader failed");
         return false;
