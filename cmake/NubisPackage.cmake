@@ -59,10 +59,11 @@ nubis-lite-tools.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libnubis-lite-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libjsoncpp-dev)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, pkg-config")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS
+  "cmake, libgtest-dev, libsqlitecpp-dev, libssl-dev, nubis-lite-tools, pkg-config")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "client library for a cloud record database, development files
 The headers of the library and of the layer that it runs on, with what CMake
-and pkg-config find them by, and an example.")
+and pkg-config find them by, and examples.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME nubis-lite-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)

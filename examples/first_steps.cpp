@@ -4,7 +4,7 @@
 // Saves one record and reads it back; docs/guide/first-steps.md shows the pieces that are marked. Run it against a
 // service of its own:
 //
-//   nubis service exec -- sh -c 'nubis catalogue apply examples/notes.json && first_steps'
+//   nubis service exec --catalogue examples/notes.json -- first_steps
 
 #include <future>
 #include <iostream>

@@ -4,7 +4,7 @@
 // Is woken when notes change, and reads what has changed, until as many notifications have come as the argument says
 // (0: without end):
 //
-//   nubis service exec --catalogue examples/notes.json -- examples/subscriber_try subscriber
+//   nubis service exec --catalogue examples/notes.json -- bash examples/subscriber_try subscriber
 //
 // On a device the system delivers notifications; the event channel is how they come on Linux. All else is the same.
 
