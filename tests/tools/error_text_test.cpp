@@ -43,7 +43,7 @@ TEST(ErrorText, TellsALostServiceFromOtherLocalErrors)
 {
     for (auto code : {Nubis::NB_LOCAL_NOT_CONNECTED, Nubis::NB_LOCAL_IPC_FAILED, Nubis::NB_LOCAL_EMPTY_REPLY}) {
         EXPECT_TRUE(IsTransportError(Nubis::NBError(code)));
-        EXPECT_THAT(ErrorAdvice(Nubis::NBError(code)), HasSubstr("nubis service start"));
+        EXPECT_THAT(ErrorAdvice(Nubis::NBError(code)), HasSubstr("nubis doctor"));
         EXPECT_THAT(ErrorText(Nubis::NBError(code)), HasSubstr("local code " + std::to_string(code)));
     }
     EXPECT_FALSE(IsTransportError(Nubis::NBError(Nubis::NB_LOCAL_BAD_DATA)));

@@ -167,7 +167,7 @@ TEST_F(RowCheckerTest, TakesIdsFromTheNamedFieldAndRefusesSharedOnes)
         Problems(), testing::UnorderedElementsAre(HasSubstr("in:4: expected a record id of its own, found \"1\", "
                                                             "which in:2 has already"),
                         HasSubstr("in:5: field age: expected a text or a whole number as the record's id")));
-    EXPECT_THROW(RowChecker(type_, "nothing", Completeness::WHOLE), UsageError);
+    EXPECT_THROW(RowChecker(type_, "nothing", Completeness::WHOLE), CommandError);
 }
 
 TEST_F(RowCheckerTest, PartialRowsMayLeaveOutButNotEmptyRequiredFields)

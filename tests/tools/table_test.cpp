@@ -25,15 +25,24 @@ TEST(Table, AlignsByWhatATerminalShows)
                          "a\u0301\n");
 }
 
-TEST(Table, CutsLongCellsAndDisarmsControlCharacters)
+TEST(Table, CutsWhatIsWidestAndDisarmsControlCharacters)
 {
-    Table table({{"A"}});
-    table.Add({"one\ntwo\t\033[2J\x7f"});
-    table.Add({std::string(100, 'x')});
-    table.Add({"日本語日本語日本語"});
+    Table table({{"A"}, {"NUMBER", Align::RIGHT}});
+    table.Add({"one\ntwo\t\033[2J\x7f", "1"});
+    table.Add({std::string(100, 'x'), "123456"});
+    table.Add({"日本語日本語日本語", ""});
     std::ostringstream out;
-    table.Print(out, 12);
-    EXPECT_EQ(out.str(), "A\none\\ntwo\\...\nxxxxxxxxx...\n日本語日...\n");
+    table.Print(out, 20);
+    EXPECT_EQ(out.str(), "A             NUMBER\n"
+                         "one\\ntwo\\...       1\n"
+                         "xxxxxxxxx...  123456\n"
+                         "日本語日...\n");
+    out.str("");
+    table.Print(out);
+    EXPECT_NE(out.str().find(std::string(100, 'x') + "  123456\n"), std::string::npos);
+    out.str("");
+    table.Print(out, 1);
+    EXPECT_NE(out.str().find("xxxxx...  123456\n"), std::string::npos) << "what is too narrow wraps";
 }
 
 RC_GTEST_PROP(Table, NoBytesBreakALine, (const std::vector<std::string> &cells))

@@ -44,7 +44,7 @@ void Print(const std::vector<Nubis::NBRecord> &records, bool json, const Console
             table.Add({StateOf(record), record.GetRecordType(), record.GetRecordId(),
                 std::to_string(record.GetVersion()), record.GetRecordModifiedInfo().deviceName, FieldsText(record)});
         }
-        table.Print(console.out);
+        table.Print(console.out, console.outWidth);
     }
     console.out.flush();
 }

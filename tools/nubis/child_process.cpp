@@ -149,7 +149,7 @@ ChildProcess::ChildProcess(const ProcessSpec &spec)
         CloseIfOpen(input_);
         CloseIfOpen(output_);
         throw CommandError("cannot start " + arguments[0] + ": " + std::strerror(failure),
-            "check that the program exists and may be run");
+            "check that the program exists and may be run", failure == ENOENT ? EXIT_NOT_FOUND : EXIT_NOT_RUN);
     }
     processDescriptor_ = OpenProcess(pid_);
     if (processDescriptor_ < 0) {

@@ -24,7 +24,8 @@ struct ProcessSpec {
 };
 
 // A program started by this one. One thread. When the object goes while the program runs, the program is asked to end
-// and, if it does not, is killed. Throws CommandError when it cannot be started.
+// and, if it does not, is killed. Throws CommandError, with the exit status
+// that shells give then, when it cannot be started.
 class ChildProcess {
 public:
     explicit ChildProcess(const ProcessSpec &spec);

@@ -13,6 +13,9 @@ namespace NubisTool {
 constexpr int EXIT_DONE = 0;
 constexpr int EXIT_OPERATION_FAILED = 1;
 constexpr int EXIT_USAGE = 2;
+// What shells report for a program that cannot be run, and for one that is not there.
+constexpr int EXIT_NOT_RUN = 126;
+constexpr int EXIT_NOT_FOUND = 127;
 // What shells report for a command that SIGINT ended.
 constexpr int EXIT_INTERRUPTED = 130;
 // The same for one that SIGPIPE ended.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <memory>
 #include <poll.h>
 #include <sstream>
 #include <unistd.h>
@@ -124,13 +125,11 @@ void SetAction(CLI::App &command, Chosen &chosen, Action action)
     command.callback([&chosen, action = std::move(action)] { chosen.action = action; });
 }
 
-int RunTool(std::vector<std::string> arguments, const Console &console)
+void AddAllCommands(CLI::App &app, Chosen &chosen)
 {
-    CLI::App app(DESCRIPTION, "nubis");
-    Chosen chosen;
-    app.set_version_flag("--version", "nubis " NUBIS_TOOL_VERSION);
-    app.require_subcommand(1);
     app.footer("Every command has its own help: nubis record import --help\n" + Example("nubis demo"));
+    // Commands take it on from the one above when they are added.
+    app.formatter(std::make_shared<CommandFormatter>());
     AddDemoCommands(app, chosen);
     AddDoctorCommand(app, chosen);
     AddServiceCommands(app, chosen);
@@ -150,7 +149,15 @@ int RunTool(std::vector<std::string> arguments, const Console &console)
     AddCridCommands(app, chosen);
     AddCompletionCommands(app, chosen);
     AddManualCommand(app, chosen);
+}
 
+int RunTool(std::vector<std::string> arguments, const Console &console)
+{
+    CLI::App app(DESCRIPTION, "nubis");
+    Chosen chosen;
+    app.set_version_flag("--version", "nubis " NUBIS_TOOL_VERSION);
+    app.require_subcommand(1);
+    AddAllCommands(app, chosen);
     TakePassedOn(arguments, chosen);
     int status = ReadArguments(app, std::move(arguments), console);
     if (status == EXIT_DONE && chosen.action) {

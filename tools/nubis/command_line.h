@@ -68,6 +68,9 @@ void AddCompletionCommands(CLI::App &app, Chosen &chosen);
 void AddManualCommand(CLI::App &app, Chosen &chosen);
 void AddDemoCommands(CLI::App &app, Chosen &chosen);
 
+// All of them.
+void AddAllCommands(CLI::App &app, Chosen &chosen);
+
 // The whole program behind main: reads the arguments (without the program's name), runs the command, writes errors with
 // their advice, and returns the exit status.
 int RunTool(std::vector<std::string> arguments, const Console &console);

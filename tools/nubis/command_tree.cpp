@@ -3,6 +3,8 @@
 
 #include "command_tree.h"
 
+#include <utility>
+
 namespace NubisTool {
 
 std::vector<CLI::App *> VisibleCommands(CLI::App &command)
@@ -25,6 +27,13 @@ std::vector<CommandNode> CommandTree(CLI::App &root)
 bool RunsCommand(const CLI::App &command)
 {
     return command.get_name() == "exec";
+}
+
+std::string CommandFormatter::make_usage(const CLI::App *command, std::string name) const
+{
+    std::string usage = CLI::Formatter::make_usage(command, std::move(name));
+    usage.erase(usage.find_last_not_of('\n') + 1);
+    return usage + (RunsCommand(*command) ? " -- COMMAND [ARGUMENT ...]\n" : "\n");
 }
 
 std::vector<std::string> NamesOf(const CLI::Option &option)

@@ -26,6 +26,12 @@ std::vector<CommandNode> CommandTree(CLI::App &root);
 // Whether a command line of anyone's may follow it after "--".
 bool RunsCommand(const CLI::App &command);
 
+// Help that also shows what stands behind "--".
+class CommandFormatter : public CLI::Formatter {
+public:
+    std::string make_usage(const CLI::App *command, std::string name) const override;
+};
+
 // As they are typed, the long ones first.
 std::vector<std::string> NamesOf(const CLI::Option &option);
 

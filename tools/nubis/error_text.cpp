@@ -6,6 +6,7 @@
 #include <map>
 
 #include "command_error.h"
+#include "host/ability_control.h"
 
 namespace NubisTool {
 namespace {
@@ -19,8 +20,10 @@ constexpr int TYPE_SERVICE = 2;
 std::string LocalText(Nubis::NBLocalErrorCode code)
 {
     switch (code) {
-        case Nubis::NB_LOCAL_NOT_CONNECTED:
-            return "the drive service cannot be reached";
+        case Nubis::NB_LOCAL_NOT_CONNECTED: {
+            const std::string reason = Host::LastConnectError();
+            return "the drive service cannot be reached" + (reason.empty() ? "" : ": " + reason);
+        }
         case Nubis::NB_LOCAL_IPC_FAILED:
             return "the request to the drive service was lost or not answered in time";
         case Nubis::NB_LOCAL_BAD_DATA:
@@ -113,7 +116,7 @@ std::string ErrorAdvice(const NBError &error)
         }
     }
     if (IsTransportError(error)) {
-        return "run `nubis service start`, which says why the service does not run";
+        return "run `nubis doctor --start`, which looks at all that the service needs";
     }
     return "run the command with NUBIS_LOG_LEVEL=info to see the library's log";
 }

@@ -14,6 +14,18 @@ constexpr std::chrono::milliseconds FIRST_DRAW_AFTER(1000);
 constexpr std::chrono::milliseconds REDRAW_AFTER(100);
 constexpr size_t BAR_WIDTH = 30;
 
+// "0:07", "12:30"; of more than a day nobody wants to know the minutes.
+std::string TimeLeft(double seconds)
+{
+    constexpr double day = 86400;
+    if (seconds >= day) {
+        return "more than a day";
+    }
+    const auto whole = static_cast<unsigned>(seconds + 0.5);
+    const std::string rest = std::to_string(whole % 60);
+    return std::to_string(whole / 60) + (rest.size() < 2 ? ":0" : ":") + rest;
+}
+
 } // namespace
 
 ProgressBar::ProgressBar(const Console &console, std::string label, size_t total, Clock::time_point start)
@@ -35,9 +47,11 @@ void ProgressBar::Show(size_t done, Clock::time_point now)
     done = std::min(done, total_);
     size_t filled = total_ == 0 ? BAR_WIDTH : done * BAR_WIDTH / total_;
     double seconds = std::chrono::duration<double>(now - start_).count();
+    const double rate = static_cast<double>(done) / seconds;
     console_.err << '\r' << label_ << " [" << std::string(filled, '#') << std::string(BAR_WIDTH - filled, '.') << "] "
-                 << done << '/' << total_ << "  " << static_cast<size_t>(static_cast<double>(done) / seconds)
-                 << "/s\033[K" << std::flush;
+                 << done << '/' << total_ << "  " << static_cast<size_t>(rate) << "/s"
+                 << (done > 0 ? "  " + TimeLeft(static_cast<double>(total_ - done) / rate) + " left" : "") << "\033[K"
+                 << std::flush;
 }
 
 void ProgressBar::Finish()

@@ -123,7 +123,7 @@ std::string FieldToCell(const Nubis::NBRecordField &field)
     return field.GetType() == Nubis::NB_FIELD_NULL ? "" : CompactText(FieldToJson(field));
 }
 
-void PrintRecordTable(std::ostream &out, const std::vector<Nubis::NBRecord> &records,
+void PrintRecordTable(const Console &console, const std::vector<Nubis::NBRecord> &records,
     const Nubis::NBSchemaNode &schemaNode, std::vector<std::string> fieldNames)
 {
     if (fieldNames.empty()) {
@@ -148,7 +148,7 @@ void PrintRecordTable(std::ostream &out, const std::vector<Nubis::NBRecord> &rec
         }
         table.Add(std::move(cells));
     }
-    table.Print(out);
+    table.Print(console.out, console.outWidth);
 }
 
 std::string FieldTypeName(Nubis::NBRecordFieldType type)

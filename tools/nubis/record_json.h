@@ -9,6 +9,7 @@
 
 #include <json/json.h>
 
+#include "console.h"
 #include "nb_record.h"
 #include "nb_schema.h"
 #include "table.h"
@@ -32,7 +33,7 @@ std::string PrettyText(const Json::Value &value);
 std::string FieldToCell(const Nubis::NBRecordField &field);
 
 // Records of one type as a table: id, version, then the named fields (all of the schema when none is named).
-void PrintRecordTable(std::ostream &out, const std::vector<Nubis::NBRecord> &records,
+void PrintRecordTable(const Console &console, const std::vector<Nubis::NBRecord> &records,
     const Nubis::NBSchemaNode &schemaNode, std::vector<std::string> fieldNames);
 
 // The word of the schema for a type of field, for messages.

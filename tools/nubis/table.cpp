@@ -13,6 +13,8 @@ namespace NubisTool {
 namespace {
 
 constexpr size_t COLUMN_GAP = 2;
+// Less of a cell would say nothing; a terminal that is narrower wraps the lines.
+constexpr size_t LEAST_WIDTH = 8;
 
 struct Range {
     uint32_t first;
@@ -59,7 +61,7 @@ Character CharacterAt(const std::string &text, size_t position)
 std::string Cut(const std::string &text, size_t maxWidth)
 {
     constexpr size_t dots = 3;
-    if (maxWidth <= dots || DisplayWidth(text) <= maxWidth) {
+    if (DisplayWidth(text) <= maxWidth) {
         return text;
     }
     size_t width = 0;
@@ -75,16 +77,33 @@ std::string Cut(const std::string &text, size_t maxWidth)
     return text.substr(0, position) + "...";
 }
 
+void Fit(std::vector<size_t> &widths, size_t width)
+{
+    size_t total = COLUMN_GAP * (widths.size() - 1);
+    for (size_t &one : widths) {
+        one = std::min(one, std::max(width, LEAST_WIDTH));
+        total += one;
+    }
+    for (; total > width; --total) {
+        auto widest = std::max_element(widths.begin(), widths.end());
+        if (*widest <= LEAST_WIDTH) {
+            return;
+        }
+        --*widest;
+    }
+}
+
 void PrintRow(std::ostream &out, const std::vector<std::string> &cells, const std::vector<Column> &columns,
     const std::vector<size_t> &widths)
 {
     std::string line;
     for (size_t i = 0; i < columns.size(); ++i) {
-        std::string padding(widths[i] - DisplayWidth(cells[i]), ' ');
+        const std::string cell = Cut(cells[i], widths[i]);
+        std::string padding(widths[i] - DisplayWidth(cell), ' ');
         if (i > 0) {
             line.append(COLUMN_GAP, ' ');
         }
-        line += columns[i].align == Align::RIGHT ? padding + cells[i] : cells[i] + padding;
+        line += columns[i].align == Align::RIGHT ? padding + cell : cell + padding;
     }
     line.erase(line.find_last_not_of(' ') + 1);
     out << line << '\n';
@@ -138,7 +157,7 @@ bool Table::Empty() const
     return rows_.empty();
 }
 
-void Table::Print(std::ostream &out, size_t maxCellWidth) const
+void Table::Print(std::ostream &out, size_t width) const
 {
     std::vector<std::string> titles;
     std::vector<size_t> widths;
@@ -149,9 +168,12 @@ void Table::Print(std::ostream &out, size_t maxCellWidth) const
     std::vector<std::vector<std::string>> shown = rows_;
     for (auto &row : shown) {
         for (size_t i = 0; i < row.size(); ++i) {
-            row[i] = Cut(Printable(row[i]), maxCellWidth);
+            row[i] = Printable(row[i]);
             widths[i] = std::max(widths[i], DisplayWidth(row[i]));
         }
+    }
+    if (width > 0) {
+        Fit(widths, width);
     }
     PrintRow(out, titles, columns_, widths);
     for (const auto &row : shown) {

@@ -30,8 +30,9 @@ public:
     // Missing cells are empty; cells beyond the columns are not shown.
     void Add(std::vector<std::string> cells);
     bool Empty() const;
-    // Cells longer than maxCellWidth columns are cut and end in "...".
-    void Print(std::ostream &out, size_t maxCellWidth = 60) const;
+    // Cells that make the table wider than this are cut, those of the widest columns first, and end in "..."; with 0,
+    // which is for programs and for what is to be copied, none is.
+    void Print(std::ostream &out, size_t width = 0) const;
 
 private:
     std::vector<Column> columns_;

@@ -48,7 +48,7 @@ int Switches(const AppOptions &options, const Console &console)
     if (options.common.json) {
         console.out << PrettyText(json) << '\n';
     } else {
-        table.Print(console.out);
+        table.Print(console.out, console.outWidth);
     }
     return EXIT_DONE;
 }
@@ -72,7 +72,7 @@ int Params(const AppOptions &options, const Console &console)
     } else if (params.empty()) {
         console.out << bundle << " has no parameters; they are \"configParams\" in its catalogue file\n";
     } else {
-        table.Print(console.out);
+        table.Print(console.out, console.outWidth);
     }
     return EXIT_DONE;
 }

@@ -33,7 +33,8 @@ struct CatalogueOptions {
 };
 
 // The checks live in the service's program, so that a file that passes here is taken there.
-int RunProgram(std::vector<std::string> arguments, const CatalogueOptions &options, const Console &console)
+int RunProgram(std::vector<std::string> arguments, const std::string &advice, const CatalogueOptions &options,
+    const Console &console)
 {
     InterruptGuard guard(SecondSignal::IS_REMEMBERED);
     arguments.insert(arguments.end(), options.files.begin(), options.files.end());
@@ -50,22 +51,25 @@ int RunProgram(std::vector<std::string> arguments, const CatalogueOptions &optio
             json["messages"].append(line);
         }
         console.out << PrettyText(json) << '\n';
+    } else if (status == EXIT_DONE) {
+        console.out << said;
     } else {
-        (status == EXIT_DONE ? console.out : console.err) << said;
+        throw CommandError(said, advice, status);
     }
     return status;
 }
 
 int Check(const CatalogueOptions &options, const Console &console)
 {
-    return RunProgram({FindServiceProgram(options.common.user), "check-catalogue"}, options, console);
+    return RunProgram({FindServiceProgram(options.common.user), "check-catalogue"},
+        "correct the file; docs/service.md says what may stand in it", options, console);
 }
 
 int Apply(const CatalogueOptions &options, const Console &console)
 {
     int user = options.common.user;
-    return RunProgram(
-        {FindServiceProgram(user), "apply-catalogue", "--data", ServiceDataFolder(user)}, options, console);
+    return RunProgram({FindServiceProgram(user), "apply-catalogue", "--data", ServiceDataFolder(user)},
+        "correct what the message names, and apply all of the files again", options, console);
 }
 
 std::vector<Nubis::NBAppBriefInfo> AllBriefInfos(Session &session)
@@ -122,7 +126,7 @@ int List(const CatalogueOptions &options, const Console &console)
         table.Add({info.bundleName, info.appId, std::to_string(info.schemaGroupVersion),
             std::to_string(info.enableCloud), std::to_string(info.switchStatus)});
     }
-    table.Print(console.out);
+    table.Print(console.out, console.outWidth);
     return EXIT_DONE;
 }
 
@@ -165,7 +169,7 @@ void PrintContainer(const NBContainerInfo &container, const std::string &kind, c
         for (const auto &[fieldName, field] : type.fields) {
             table.Add({"  " + fieldName, TypeText(field), Traits(field, type)});
         }
-        table.Print(console.out);
+        table.Print(console.out, console.outWidth);
     }
 }
 

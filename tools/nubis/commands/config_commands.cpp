@@ -53,7 +53,7 @@ int List(const ConfigOptions &options, const Console &console)
         table.Add({setting["name"].asString(), ValueText(setting), setting["state"].asString(),
             CompactText(setting["default"])});
     }
-    table.Print(console.out);
+    table.Print(console.out, console.outWidth);
     return EXIT_DONE;
 }
 

@@ -44,7 +44,7 @@ void Print(const std::vector<Nubis::NBRecordId> &ids, const CridOptions &options
     if (options.json) {
         console.out << PrettyText(json) << '\n';
     } else {
-        table.Print(console.out, std::string::npos);
+        table.Print(console.out);
     }
 }
 

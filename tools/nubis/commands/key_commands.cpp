@@ -99,7 +99,7 @@ int Print(const std::vector<Secret> &secrets, const KeyOptions &options, const C
         table.Add({entry["what"].asString(), entry["id"].asString(), entry["length"].asString(),
             entry["sha256"].asString(), entry["secret"].asString()});
     }
-    table.Print(console.out, std::numeric_limits<size_t>::max());
+    table.Print(console.out);
     return EXIT_DONE;
 }
 

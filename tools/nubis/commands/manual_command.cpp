@@ -69,7 +69,7 @@ Interrupted by SIGINT
 Whoever read the output has gone
 .PP
 .B exec
-returns the status of the command that it ran.
+returns the status of the command that it ran, 127 if there is no such program and 126 if it cannot be run.
 )";
 
 // Text for a page of the manual: without it, backslashes and leading dots would be requests to the formatter, and
@@ -125,10 +125,9 @@ void WriteHead(const std::string &page, const std::string &description, std::ost
 
 void WriteUsage(const CLI::App &command, const std::string &name, std::ostream &out)
 {
-    std::string usage = CLI::Formatter().make_usage(&command, "");
+    std::string usage = CommandFormatter().make_usage(&command, "");
     usage.erase(0, usage.find(':') + 1);
-    out << ".B " << Roff(name) << "\n" << Roff(CLI::detail::trim(usage));
-    out << (RunsCommand(command) ? " \\-\\- COMMAND [ARGUMENT ...]\n" : "\n");
+    out << ".B " << Roff(name) << "\n" << Roff(CLI::detail::trim(usage)) << '\n';
 }
 
 void WriteOptions(const CLI::App &command, std::ostream &out)

@@ -164,7 +164,7 @@ void PrintRecords(const std::vector<Nubis::NBRecord> &records, const Nubis::NBSc
     } else if (records.empty()) {
         console.out << "no records\n";
     } else {
-        PrintRecordTable(console.out, records, schemaNode, options.fields);
+        PrintRecordTable(console, records, schemaNode, options.fields);
     }
 }
 

@@ -221,7 +221,7 @@ public:
                 table.Add({entry["action"].asString(), entry["recordType"].asString(), entry["recordId"].asString(),
                     entry["version"].asString(), entry.isMember("reason") ? "refused" : "done"});
             }
-            table.Print(console.out);
+            table.Print(console.out, console.outWidth);
         }
         failures_.ThrowIfAny(
             options.atomic ? "nothing was done, because not everything could be" : "not everything could be done");

@@ -157,7 +157,7 @@ void PrintEvents(const std::deque<Json::Value> &events, const Console &console)
                 FieldText(fields, "returnCode", "error_code"), FieldText(fields, "errorReason", "error_msg"),
                 ExtraText(fields)});
     }
-    table.Print(console.out);
+    table.Print(console.out, console.outWidth);
 }
 
 int List(const ReportOptions &options, const Console &console)

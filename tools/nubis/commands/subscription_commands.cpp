@@ -107,7 +107,7 @@ int List(const SubscriptionOptions &options, const Console &console)
             subscription["containerName"].asString(), subscription["saName"].asString(),
             TimeText(subscription["expirationTime"].asInt64())});
     }
-    table.Print(console.out);
+    table.Print(console.out, console.outWidth);
     return EXIT_DONE;
 }
 

@@ -15,6 +15,7 @@
 #include "child_process.h"
 #include "command_error.h"
 #include "file_state.h"
+#include "host/paths.h"
 #include "service_request.h"
 #include "session.h"
 
@@ -78,7 +79,7 @@ std::string CheckProgram(int user, Findings &findings)
         return "";
     }
     CheckProtocol(*described, findings);
-    const std::string program = std::filesystem::path(described->command.front()).lexically_normal().string();
+    std::string program = std::filesystem::path(described->command.front()).lexically_normal().string();
     try {
         const std::string version = VersionOf(program);
         if (version == NUBIS_TOOL_VERSION) {
@@ -152,7 +153,8 @@ bool CheckService(int user, bool start, const ServiceStatus &status, Findings &f
         JudgeDatabase(data, findings);
         return true;
     } catch (const CommandError &error) {
-        findings.Fail(check, error.what(), error.Advice());
+        findings.Fail(check, error.what(),
+            "mend what the checks before this one name; its log is in " + Host::StateDir() + "/log");
         return status.running;
     }
 }

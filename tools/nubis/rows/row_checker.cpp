@@ -192,7 +192,7 @@ RowChecker::RowChecker(const Nubis::NBSchemaNode &schemaNode, std::string idFiel
     : schemaNode_(schemaNode), idField_(std::move(idField)), completeness_(completeness)
 {
     if (!idField_.empty() && schemaNode_.fields.count(idField_) == 0) {
-        throw UsageError("record type " + schemaNode_.recordType + " has no field \"" + idField_ + "\"",
+        throw CommandError("record type " + schemaNode_.recordType + " has no field \"" + idField_ + "\"",
             "name one of its fields with --id-field: " + FieldNames(schemaNode_));
     }
 }
