@@ -3,6 +3,8 @@
 
 #include "records/record_json.h"
 
+#include <utility>
+
 #include "store/store.h"
 #include "util/json_util.h"
 
@@ -14,6 +16,10 @@ constexpr size_t BOOKKEEPING_BYTES = 512;
 
 Json::Value Read(const std::string &text, const StoredRecord &record)
 {
+    if (text == "[]") {
+        // Most records have no relations.
+        return Json::Value(Json::arrayValue);
+    }
     Json::Value value;
     std::string error;
     if (!ParseJson(text, value, error)) {
@@ -40,6 +46,22 @@ Json::Value DataOf(const StoredRecord &record)
 
 Json::Value RecordToJson(const StoredRecord &record, const std::set<std::string> &fields)
 {
+    if (record.deleted) {
+        return RecordToJson(record, Json::Value());
+    }
+    Json::Value data = DataOf(record);
+    if (!fields.empty()) {
+        for (const std::string &name : data.getMemberNames()) {
+            if (fields.count(name) == 0) {
+                data.removeMember(name);
+            }
+        }
+    }
+    return RecordToJson(record, std::move(data));
+}
+
+Json::Value RecordToJson(const StoredRecord &record, Json::Value &&data)
+{
     Json::Value json(Json::objectValue);
     json["code"] = 0;
     json["recordId"] = record.recordId;
@@ -56,14 +78,6 @@ Json::Value RecordToJson(const StoredRecord &record, const std::set<std::string>
         return json;
     }
     json["relations"] = Read(record.relations, record);
-    Json::Value data = DataOf(record);
-    if (!fields.empty()) {
-        for (const std::string &name : data.getMemberNames()) {
-            if (fields.count(name) == 0) {
-                data.removeMember(name);
-            }
-        }
-    }
     json["record"] = std::move(data);
     return json;
 }

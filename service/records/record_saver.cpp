@@ -140,12 +140,13 @@ std::optional<Failure> RecordSaver::Merge(Candidate &candidate, const std::optio
 {
     bool keeps = IsLive(existing) && context_.policy != SavePolicy::OVERWRITE;
     candidate.data = keeps ? DataOf(*existing) : Json::Value(Json::objectValue);
-    const Json::Value &fields = candidate.incoming.fields;
+    // What was sent is not looked at again.
+    Json::Value &fields = candidate.incoming.fields;
     for (auto field = fields.begin(); field != fields.end(); ++field) {
         if (field->isNull()) {
             candidate.data.removeMember(field.name());
         } else {
-            candidate.data[field.name()] = *field;
+            candidate.data[field.name()] = std::move(*field);
         }
     }
     std::vector<FailureDetail> problems;
@@ -330,6 +331,7 @@ void RecordSaver::Write(Candidate &candidate)
         MakeIndexRows(candidate.data, indexedFields_[candidate.incoming.recordType]));
     KeepAssets(session_, context_.databaseId, *candidate.incoming.rule, candidate.incoming.recordId, candidate.data);
     candidate.outcome->record = std::move(candidate.next);
+    candidate.outcome->data = std::move(candidate.data);
 }
 
 } // namespace DriveService

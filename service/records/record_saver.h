@@ -29,6 +29,7 @@ struct RecordOutcome {
     std::string recordType;
     std::optional<Failure> failure;
     std::optional<StoredRecord> record; // as it is now; with a failure: the record that is in the way
+    Json::Value data;                   // what record->data says, of one that was saved
 };
 
 struct SaveContext {

@@ -254,9 +254,9 @@ Json::Value BatchCreateAsset(ServiceContext &context, const Request &request)
     session.reset();
 
     Json::Value reply = Success();
-    Json::Value &list = reply["records"] = OutcomesToJson(outcomes);
+    Json::Value &list = reply["records"] = OutcomesToJson(std::move(outcomes));
     for (Json::ArrayIndex i = 0; i < list.size(); ++i) {
-        if (!outcomes[i].failure) {
+        if (list[i]["code"] == 0) {
             list[i]["assets"] = std::move(created[i]);
         }
     }

@@ -3,6 +3,8 @@
 
 #include "requests/handlers.h"
 
+#include <utility>
+
 #include "records/find_live.h"
 #include "records/limits.h"
 #include "records/record_json.h"
@@ -110,7 +112,7 @@ Json::Value CopyRecords(ServiceContext &context, const Request &request)
     session.reset();
 
     Json::Value reply = Success();
-    reply["records"] = OutcomesToJson(outcomes);
+    reply["records"] = OutcomesToJson(std::move(outcomes));
     return reply;
 }
 

@@ -4,6 +4,7 @@
 #include "requests/handlers.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "assets/upload_request.h"
 #include "records/record_deleter.h"
@@ -48,7 +49,7 @@ Json::Value SaveRecords(ServiceContext &context, const Request &request)
     AskForUploads(context, request, target, save.databaseId, outcomes);
 
     Json::Value reply = Success();
-    reply["records"] = OutcomesToJson(outcomes);
+    reply["records"] = OutcomesToJson(std::move(outcomes));
     return reply;
 }
 
@@ -66,7 +67,7 @@ Json::Value DeleteRecords(ServiceContext &context, const Request &request)
     session.reset();
 
     Json::Value reply = Success();
-    reply["records"] = OutcomesToJson(outcomes);
+    reply["records"] = OutcomesToJson(std::move(outcomes));
     return reply;
 }
 
@@ -93,8 +94,8 @@ Json::Value ModifyRecords(ServiceContext &context, const Request &request)
     AskForUploads(context, request, target, save.databaseId, saved);
 
     Json::Value reply = Success();
-    reply["recordsToSave"] = OutcomesToJson(saved);
-    reply["recordsToDelete"] = OutcomesToJson(deleted);
+    reply["recordsToSave"] = OutcomesToJson(std::move(saved));
+    reply["recordsToDelete"] = OutcomesToJson(std::move(deleted));
     return reply;
 }
 

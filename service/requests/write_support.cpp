@@ -3,6 +3,8 @@
 
 #include "requests/write_support.h"
 
+#include <utility>
+
 #include "account/container_lock.h"
 #include "account/record_id_rules.h"
 #include "account/settings.h"
@@ -63,11 +65,11 @@ std::unique_ptr<WriteSession> BeginRecordWrite(ServiceContext &context, const Re
     return session;
 }
 
-Json::Value OutcomesToJson(const std::vector<RecordOutcome> &outcomes)
+Json::Value OutcomesToJson(std::vector<RecordOutcome> &&outcomes)
 {
     Json::Value list(Json::arrayValue);
     size_t bytes = 0;
-    for (const RecordOutcome &outcome : outcomes) {
+    for (RecordOutcome &outcome : outcomes) {
         bool echoes = false;
         if (outcome.record) {
             bytes += ReplyBytesOf(*outcome.record);
@@ -80,7 +82,8 @@ Json::Value OutcomesToJson(const std::vector<RecordOutcome> &outcomes)
                 json["currentRecord"] = RecordToJson(*outcome.record);
             }
         } else {
-            json = RecordToJson(*outcome.record);
+            json = outcome.data.isNull() ? RecordToJson(*outcome.record)
+                                         : RecordToJson(*outcome.record, std::move(outcome.data));
             json["localRecordId"] = outcome.localRecordId;
             if (!echoes) {
                 json.removeMember("record");

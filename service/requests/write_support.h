@@ -33,8 +33,8 @@ SaveContext MakeSaveContext(ServiceContext &context, const Request &request, con
 // lock, if there is one. Throws RequestError (LOCK_HELD).
 std::unique_ptr<WriteSession> BeginRecordWrite(ServiceContext &context, const Request &request, const Target &target);
 
-// The elements of the reply. Those that would make it too large come without their data.
-Json::Value OutcomesToJson(const std::vector<RecordOutcome> &outcomes);
+// The elements of the reply, made of the outcomes' own data. Those that would make it too large come without their data.
+Json::Value OutcomesToJson(std::vector<RecordOutcome> &&outcomes);
 
 } // namespace DriveService
 
