@@ -159,7 +159,7 @@ TEST_F(EndToEndTest, CataloguesAreCheckedByTheServiceItself)
     EXPECT_EQ(RunLines("nubis catalogue check broken.json; echo $?; nubis catalogue check \"$NOTES\" && "
                        "nubis catalogue show com.example.notes --json >show && nubis catalogue list"),
         0);
-    EXPECT_THAT(Errors(), HasSubstr("broken.json: appId"));
+    EXPECT_THAT(Errors(), testing::AllOf(HasSubstr("broken.json: appId"), HasSubstr("\n  next: correct the file")));
     EXPECT_THAT(out_, testing::StartsWith("1\n"));
     EXPECT_THAT(out_, HasSubstr("com.example.notes  notes-1"));
     EXPECT_EQ(RunLines("nubis catalogue show unknown"), 1);
@@ -210,6 +210,13 @@ TEST_F(EndToEndTest, ExecThatIsInterruptedWhileTheServiceStartsLeavesNoService)
         130);
     EXPECT_EQ(out_, "");
     EXPECT_THAT(Errors(), HasSubstr("interrupted while the fresh service was being started"));
+}
+
+TEST_F(EndToEndTest, WhatCannotBeRunIsToldAsShellsDo)
+{
+    EXPECT_EQ(NubisTest::RunCommand("nubis service exec -- no-such-program 2>errors", out_), 127);
+    EXPECT_THAT(Errors(), HasSubstr("cannot start no-such-program"));
+    EXPECT_EQ(RunLines("nubis lock exec --bundle com.example.notes -- \"$NOTES\""), 126);
 }
 
 TEST_F(EndToEndTest, BashCompletesWhatTheCommandsTake)

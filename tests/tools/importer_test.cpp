@@ -190,7 +190,7 @@ TEST_F(ImporterTest, TheProgressBarIsForTerminalsAndLongWorkOnly)
         bar.Show(3, later(900));
         EXPECT_EQ(err_.str(), "");
         bar.Show(5, later(2000));
-        EXPECT_THAT(err_.str(), testing::HasSubstr("importing [###############...............] 5/10  2/s"));
+        EXPECT_THAT(err_.str(), testing::HasSubstr("importing [###############...............] 5/10  2/s  0:02 left"));
         size_t drawn = err_.str().size();
         bar.Show(6, later(2050));
         EXPECT_EQ(err_.str().size(), drawn);
