@@ -98,7 +98,7 @@ void CrashTest::ExpectHoldings(pid_t service, const Holdings &before)
 
 void CrashTest::FollowChanges()
 {
-    const Page changes = OnceConnected([this] { return AllChanges(Database(), cursor_, PAGE); });
+    const Async::ChangesResult changes = OnceConnected([this] { return AllChanges(Database(), cursor_, PAGE); });
     ASSERT_FALSE(changes.error.HasError()) << changes.error.GetErrorMsg();
     cursor_ = changes.cursor;
     for (const NBRecord &record : changes.records) {
@@ -115,7 +115,7 @@ Titles CrashTest::Find(const std::string &queryText)
     Titles found;
     std::string cursor;
     do {
-        const Page page = Query(Database(), {"note", queryText, {}}, PAGE, cursor);
+        const Async::QueryResult page = Query(Database(), {"note", queryText, {}}, PAGE, cursor);
         EXPECT_FALSE(page.error.HasError()) << page.error.GetErrorMsg();
         for (const NBRecord &record : page.records) {
             found[record.GetRecordId()] = TitleOfWhole(record);

@@ -45,7 +45,7 @@ std::string ReadFile(const fs::path &path)
 }
 
 // The first error of a call or of its records.
-NBError ErrorOf(const Saved &saved)
+NBError ErrorOf(const Async::RecordsResult &saved)
 {
     const auto failed = std::find_if(
         saved.results.begin(), saved.results.end(), [](const auto &result) { return result.second.HasError(); });
@@ -107,8 +107,9 @@ protected:
         // Something smaller may still fit.
         Change({"copy"}, [this] { return Copy(Database(), {{NoteOf("copy", "copy", 0), "disk1"}}); });
         Change({"one", "two"}, [this] {
-            Modified modified = Modify(Database(), {NoteOf("one", "one", 0), NoteOf("two", "two", 0)}, {}, true);
-            return Saved{0, std::move(modified.saved), std::move(modified.error)};
+            Async::ModifyResult modified =
+                Modify(Database(), {NoteOf("one", "one", 0), NoteOf("two", "two", 0)}, {}, true);
+            return Async::RecordsResult{std::move(modified.saved), std::move(modified.error)};
         });
         Change({}, [this] { return Subscribe(); });
         CheckAllData(journal_);
@@ -119,13 +120,13 @@ protected:
         CheckAllData(journal_);
     }
 
-    Saved Subscribe()
+    Async::RecordsResult Subscribe()
     {
         std::promise<NBError> promise;
         NBSubscription subscription{4102444800000};
         Container()->SaveSubscription(std::make_shared<NBContext>(), subscription,
             [&promise](auto, auto, const NBSubscriptionResult &result) { promise.set_value(result.error); });
-        return {0, {}, promise.get_future().get()};
+        return {{}, promise.get_future().get()};
     }
 
     Journal journal_;

@@ -139,9 +139,9 @@ private:
             deleted.push_back(RecordOf(last));
         }
         return Change(changes, [&] {
-            Modified modified = Modify(database_, saved, deleted, true);
+            Async::ModifyResult modified = Modify(database_, saved, deleted, true);
             modified.saved.merge(modified.deleted);
-            return Saved{0, std::move(modified.saved), std::move(modified.error)};
+            return Async::RecordsResult{std::move(modified.saved), std::move(modified.error)};
         });
     }
 
@@ -196,7 +196,7 @@ private:
             text += id + "=" + title.value_or("") + " ";
         }
         Tell("begin", name_, text);
-        const Saved outcome = call();
+        const Async::RecordsResult outcome = call();
         if (!Judge(outcome.error)) {
             return false;
         }
