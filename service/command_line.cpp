@@ -21,6 +21,7 @@ namespace {
 constexpr int DONE = 0;
 constexpr int FAILED = 1;
 constexpr int WRONG_USAGE = 2;
+constexpr int SERVED = 3; // the data belongs to a running service, so nothing was found out about it
 constexpr int DEFAULT_USER = 100;
 constexpr int MOST_SECONDS = 86400 * 365;
 
@@ -49,18 +50,21 @@ int ApplyCatalogue(
     return DONE;
 }
 
-// The service has the data to itself, so this is for when none runs.
-void RefuseIfServed(const DataPaths &paths)
+bool IsServed(const DataPaths &paths, std::ostream &err)
 {
-    if (std::string holder = HolderOf(paths.lock); !holder.empty()) {
-        throw std::runtime_error("a drive service runs on this data, process " + holder + "; stop it first");
+    const std::string holder = HolderOf(paths.lock);
+    if (!holder.empty()) {
+        err << "nubis-drive-service: a drive service runs on this data, process " << holder << "; stop it first\n";
     }
+    return !holder.empty();
 }
 
 int CheckData(const ServeOptions &options, std::ostream &out, std::ostream &err)
 {
     DataPaths paths(options.dataFolder, options.userId);
-    RefuseIfServed(paths);
+    if (IsServed(paths, err)) {
+        return SERVED;
+    }
     if (!SignatureOf(paths.database)) {
         out << "there is no database " << paths.database << "\n";
         return DONE;
@@ -68,7 +72,9 @@ int CheckData(const ServeOptions &options, std::ostream &out, std::ostream &err)
     StoreReport report = CheckDatabaseFile(paths.database);
     if (!report.problems.empty()) {
         // What one that has started meanwhile writes looks like damage.
-        RefuseIfServed(paths);
+        if (IsServed(paths, err)) {
+            return SERVED;
+        }
         for (const std::string &problem : report.problems) {
             err << paths.database << ": " << problem << "\n";
         }

@@ -368,7 +368,8 @@ TEST(AbilityConnectTest, FailuresAreToldInWords)
             "member \"abilities[0].metadata[0].value\": expected a string"},
         {"test.holder", ManifestWith("test.holder", "[\"/bin/true\", \"${nothing}\"]"), "${nothing}"},
         {"test.program", ManifestWith("test.program", "[\"no-such-program\"]"), "no-such-program"},
-        {"test.ends", ManifestWith("test.ends", "[\"/bin/sh\", \"-c\", \"exit 9\"]"), "ended at once, with status 9"},
+        {"test.ends", ManifestWith("test.ends", "[\"/bin/sh\", \"-c\", \"echo a; echo why >&2; exit 9\"]"),
+            "ended at once, with status 9: why; its log is "},
     };
     ASSERT_EQ(mkfifo(TestHost::Get().ManifestFile("test.fifo").c_str(), 0600), 0);
     for (const auto &item : cases) {

@@ -123,7 +123,7 @@ TEST_F(CommandLineTest, DatabasesAreCheckedWhileNobodyServesThem)
     {
         ServiceInstance service(data, 100, SystemNowMs);
         EXPECT_THAT(service.Router().Answer(R"({"function": "checkData"})", ""), HasSubstr(R"("problems":[])"));
-        EXPECT_EQ(Run({"check-data", "--data", data}), 1);
+        EXPECT_EQ(Run({"check-data", "--data", data}), 3);
         EXPECT_THAT(err_, HasSubstr("process " + std::to_string(getpid()) + "; stop it first"));
     }
     auto files = [&] {

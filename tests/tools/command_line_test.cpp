@@ -84,7 +84,7 @@ TEST(CommandLine, WrongArgumentsAreUsageErrorsWithAdvice)
     }
     const std::vector<std::pair<std::vector<std::string>, std::string>> explained = {
         {{"record", "import", "--bundle"}, "nubis record import --help"},
-        {{"nonsense"}, "\"nonsense\" is no command; expected: demo, doctor, service, "},
+        {{"nonsense", "save", "{}"}, "\"nonsense\" is no command; expected: demo, doctor, service, "},
         {{"record"}, "expected a command: import, save, get, delete, new-ids, modify, copy, query"},
         {{"--user", "5", "user", "info"}, "not expected: --user 5 (options stand behind the command that has them)"},
         {{"user", "info", "--user", "x"}, "--user: expected a whole number from 0 to 2147483647, found \"x\""},

@@ -76,6 +76,9 @@ TEST_F(DoctorTest, SaysWhatIsWrongAndWhatToDo)
             "database", "nubis service import"},
         {"mkdir state/drive/catalogue; echo '{}' >state/drive/catalogue/com.example.json", "catalogue",
             "com.example.json: bundleName"},
+        {"export NUBIS_RUNTIME_DIR=$PWD/other; nubis service start >/dev/null; other=$NUBIS_RUNTIME_DIR\n"
+         "trap 'NUBIS_RUNTIME_DIR=$other nubis service stop >/dev/null' EXIT; NUBIS_RUNTIME_DIR=$PWD/run",
+            "database", "started with another runtime folder"},
         {"mkdir m; export NUBIS_MANIFEST_PATH=$PWD/m:" NUBIS_TEST_BIN "/../share/nubis/manifests; "
          "echo '{\"bundleName\": 5}' >m/com.example.other.json",
             "manifest", "com.example.other.json: member \"bundleName\""}};

@@ -49,8 +49,9 @@ void WriteError(const Console &console, const std::string &what, const std::stri
 // What is wrong with the arguments of a command, the last one that they name.
 std::string ParseProblem(const CLI::App &app, CLI::App &command, const CLI::ParseError &error)
 {
+    const std::vector<std::string> unknown = app.remaining(true);
     std::string surplus;
-    for (const std::string &argument : app.remaining(true)) {
+    for (const std::string &argument : unknown) {
         surplus += (surplus.empty() ? "" : " ") + argument;
     }
     std::string families;
@@ -58,7 +59,9 @@ std::string ParseProblem(const CLI::App &app, CLI::App &command, const CLI::Pars
         families += (families.empty() ? "" : ", ") + family->get_name();
     }
     if (!families.empty()) {
-        return (surplus.empty() ? "expected a command: " : "\"" + surplus + "\" is no command; expected: ") + families;
+        // What follows a mistyped command may be all right.
+        return (unknown.empty() ? "expected a command: " : "\"" + unknown.front() + "\" is no command; expected: ") +
+               families;
     }
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
         return "not expected: " + surplus +

@@ -26,8 +26,13 @@ constexpr uint64_t MIB = uint64_t{1024} * 1024;
 constexpr uint64_t LEAST_SPACE = MIB;
 constexpr uint64_t GOOD_SPACE = 64 * MIB;
 
+// How the service's program ends when a service has the data that it was to check.
+constexpr int SERVED = 3;
+constexpr const char *UNREACHABLE_ADVICE = "end that process, or wait: it ends a minute after its last client. It was "
+                                           "started with another runtime folder, or its socket was removed";
+
 struct Said {
-    bool isGood;
+    std::optional<int> status;
     std::string text; // in one line
 };
 
@@ -41,7 +46,7 @@ Said AskProgram(const std::vector<std::string> &arguments)
     for (size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end)) {
         text.replace(end, 1, "; ");
     }
-    return {child.Wait(std::chrono::milliseconds(-1)) == EXIT_DONE, text};
+    return {child.Wait(std::chrono::milliseconds(-1)), text};
 }
 
 void CheckDataFolder(const std::string &folder, Findings &findings)
@@ -109,10 +114,10 @@ void CheckDatabase(const std::string &folder, int user, const std::string &progr
         return;
     }
     Said said = AskProgram({program, "check-data", "--data", folder, "--user", std::to_string(user)});
-    if (said.isGood) {
+    if (said.status == EXIT_DONE) {
         findings.Ok(check, said.text);
     } else {
-        findings.Fail(check, said.text, DAMAGE_ADVICE);
+        findings.Fail(check, said.text, said.status == SERVED ? UNREACHABLE_ADVICE : DAMAGE_ADVICE);
     }
 }
 
@@ -140,7 +145,7 @@ void CheckCatalogue(const std::string &folder, const std::string &program, Findi
     std::vector<std::string> arguments = {program, "check-catalogue"};
     arguments.insert(arguments.end(), files.begin(), files.end());
     Said said = AskProgram(arguments);
-    if (said.isGood) {
+    if (said.status == EXIT_DONE) {
         findings.Ok(check, folder + ": " + said.text);
     } else {
         findings.Fail(check, said.text, "correct the file and install it with `nubis catalogue apply FILE`");

@@ -15,7 +15,6 @@
 #include "child_process.h"
 #include "command_error.h"
 #include "file_state.h"
-#include "host/paths.h"
 #include "service_request.h"
 #include "session.h"
 
@@ -153,8 +152,7 @@ bool CheckService(int user, bool start, const ServiceStatus &status, Findings &f
         JudgeDatabase(data, findings);
         return true;
     } catch (const CommandError &error) {
-        findings.Fail(check, error.what(),
-            "mend what the checks before this one name; its log is in " + Host::StateDir() + "/log");
+        findings.Fail(check, error.what(), "mend what the other checks name");
         return status.running;
     }
 }

@@ -134,11 +134,16 @@ std::string AbilitySocketPath(const std::string &bundleName, const std::string &
 
 bool MakeDirs(const std::string &path, std::string &error)
 {
+    int refusal = ENOTDIR;
     for (size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
         std::string part = path.substr(0, slash);
-        if (mkdir(part.c_str(), PRIVATE_MODE) != 0 && errno != EEXIST && errno != EROFS && errno != EACCES) {
-            error = "cannot create the folder " + part + ": " + std::strerror(errno);
-            return false;
+        if (mkdir(part.c_str(), PRIVATE_MODE) != 0 && errno != EEXIST) {
+            refusal = errno;
+            // A folder above may be there and closed to us.
+            if (refusal != EROFS && refusal != EACCES) {
+                error = "cannot create the folder " + part + ": " + std::strerror(refusal);
+                return false;
+            }
         }
         if (slash == std::string::npos) {
             break;
@@ -146,7 +151,7 @@ bool MakeDirs(const std::string &path, std::string &error)
     }
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-        error = "cannot create the folder " + path;
+        error = "cannot create the folder " + path + ": " + std::strerror(refusal);
         return false;
     }
     return true;

@@ -3,15 +3,18 @@
 
 #include "service_launcher.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -24,6 +27,7 @@ namespace Host {
 namespace {
 
 constexpr mode_t LOG_MODE = 0600;
+constexpr off_t LONGEST_LAST_WORDS = 500;
 
 bool Expand(
     const std::string &text, const std::vector<std::pair<std::string, std::string>> &values, std::string &result)
@@ -107,11 +111,33 @@ struct SpawnSetup {
     posix_spawnattr_t attributes;
 };
 
+off_t SizeOf(const std::string &file)
+{
+    struct stat status = {};
+    return lstat(file.c_str(), &status) == 0 ? status.st_size : 0;
+}
+
+// The last line that was written behind `start`; empty when nothing was.
+std::string LastWords(const std::string &logFile, off_t start)
+{
+    int descriptor = open(logFile.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) {
+        return "";
+    }
+    const off_t size = SizeOf(logFile);
+    start = std::max(start, size - LONGEST_LAST_WORDS);
+    std::string text(static_cast<size_t>(std::max<off_t>(size - start, 0)), '\0');
+    ssize_t length = pread(descriptor, text.data(), text.size(), start);
+    close(descriptor);
+    text.resize(length < 0 ? 0 : static_cast<size_t>(length));
+    text.erase(text.find_last_not_of('\n') + 1);
+    return text.substr(text.rfind('\n') + 1);
+}
+
 // Keeps one old log. A log that cannot be put aside is written on; the service matters more.
 void PutAsideIfFull(const std::string &logFile)
 {
-    struct stat status = {};
-    if (lstat(logFile.c_str(), &status) == 0 && static_cast<size_t>(status.st_size) > MAX_SERVICE_LOG_BYTES) {
+    if (static_cast<size_t>(SizeOf(logFile)) > MAX_SERVICE_LOG_BYTES) {
         static_cast<void>(rename(logFile.c_str(), (logFile + ".old").c_str()));
     }
 }
@@ -171,6 +197,7 @@ bool ServiceLauncher::Start(const Manifest &manifest, const Manifest::Ability &a
         }
         logFile_ = logDir + "/" + bundleName + ".log";
         PutAsideIfFull(logFile_);
+        logStart_ = SizeOf(logFile_);
         posix_spawn_file_actions_addopen(
             &setup.actions, STDOUT_FILENO, logFile_.c_str(), O_WRONLY | O_CREAT | O_APPEND, LOG_MODE);
         posix_spawn_file_actions_adddup2(&setup.actions, STDOUT_FILENO, STDERR_FILENO);
@@ -202,14 +229,17 @@ bool ServiceLauncher::HasExited(std::string &how)
         return false;
     }
     pid_ = -1;
-    how = program_ + " ended at once, ";
+    std::error_code unknown;
+    const std::filesystem::path program = std::filesystem::canonical(program_, unknown);
+    how = (unknown ? program_ : program.string()) + " ended at once, ";
     if (WIFSIGNALED(status)) {
         how += "by signal " + std::to_string(WTERMSIG(status));
     } else {
         how += "with status " + std::to_string(WEXITSTATUS(status));
     }
     if (!logFile_.empty()) {
-        how += "; its log is " + logFile_;
+        const std::string lastWords = LastWords(logFile_, logStart_);
+        how += (lastWords.empty() ? "" : ": " + lastWords) + "; its log is " + logFile_;
     }
     return true;
 }

@@ -30,13 +30,14 @@ public:
     // standard error if NUBIS_SERVICE_STDERR is "inherit". On failure false with a text.
     bool Start(const Manifest &manifest, const Manifest::Ability &ability, const std::string &bundleName,
         int32_t userId, std::string &error);
-    // True when the program has already ended; `how` tells in words.
+    // True when the program has already ended; `how` tells in words, the last of them its own.
     bool HasExited(std::string &how);
 
 private:
     pid_t pid_ = -1;
     std::string program_;
     std::string logFile_;
+    off_t logStart_ = 0; // where this program's part of the log begins
 };
 
 // Makes a command line of an ability's exec: placeholders filled in, the program found. On failure false with a text.
