@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
+#include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -16,6 +17,7 @@
 
 #include "extension_manager_client.h"
 #include "host/ability_control.h"
+#include "host/log_level.h"
 #include "ipc_limits.h"
 #include "ipc_test_support.h"
 #include "unix_socket.h"
@@ -150,6 +152,29 @@ TEST(IpcHostileTest, OneThatAsksOnWithoutReadingIsCutOff)
     }
     EXPECT_TRUE(isCut);
     EXPECT_EQ(Call(ability, RESULT), 0);
+    OHOS::AAFwk::ExtensionManagerClient::GetInstance().DisconnectAbility(connection->AsObject());
+}
+
+TEST(IpcHostileTest, AClientMayLeaveAsMuchQueuedAsItLikes)
+{
+    // The service refuses some of so many, and the log would name each.
+    Host::SetLogLevel(LOG_FATAL);
+    TestHost::Get().OfferService("test.queue");
+    sptr<TestConnection> connection = new TestConnection();
+    ASSERT_EQ(Connect(connection, "test.queue"), 0);
+    auto ability = connection->AwaitAbility();
+    const pid_t service = Host::FindAbility("test.queue", ABILITY, 100).pid;
+    ASSERT_EQ(kill(service, SIGSTOP), 0);
+    for (size_t i = 0; i < 2 * Host::Ipc::MAX_UNREAD_MESSAGES; ++i) {
+        OHOS::MessageParcel data;
+        OHOS::MessageParcel reply;
+        OHOS::MessageOption option(OHOS::MessageOption::TF_ASYNC);
+        EXPECT_EQ(ability->SendRequest(RESULT, data, reply, option), 0);
+    }
+    ASSERT_EQ(kill(service, SIGCONT), 0);
+    // The first answers come while most of the requests still wait to be sent.
+    EXPECT_TRUE(Await([&] { return Call(ability, RESULT) == 0 || ability->IsObjectDead(); }));
+    EXPECT_FALSE(ability->IsObjectDead());
     OHOS::AAFwk::ExtensionManagerClient::GetInstance().DisconnectAbility(connection->AsObject());
 }
 

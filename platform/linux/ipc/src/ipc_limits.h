@@ -25,7 +25,7 @@ constexpr size_t MAX_NAME_SIZE = 1024;
 // Requests of a connection that are being handled; the next one fails.
 constexpr size_t MAX_CALLS_UNDER_WAY = 1024;
 
-// What a peer may leave unread on a connection, in bytes and messages, and what of large replies it may leave unfetched
+// What a client may leave unread on a connection, in bytes and messages, and what of large replies it may leave unfetched
 // in a session. One that sends more nevertheless is cut off.
 constexpr size_t MAX_UNREAD_BYTES = size_t{512} * 1024 * 1024;
 constexpr size_t MAX_UNREAD_MESSAGES = 16384;

@@ -121,7 +121,10 @@ bool LaneLoop::IsIdle()
 
 bool LaneLoop::MayRead()
 {
-    if (network_.getCurrentQueueSize() <= MAX_UNREAD_BYTES && network_.getCurrentQueueCount() <= MAX_UNREAD_MESSAGES) {
+    // What a client has queued for its service are its own requests, however many it likes.
+    const bool isClient = lane_->Host() == nullptr;
+    if (isClient || (network_.getCurrentQueueSize() <= MAX_UNREAD_BYTES &&
+                        network_.getCurrentQueueCount() <= MAX_UNREAD_MESSAGES)) {
         return true;
     }
     auto session = Session();

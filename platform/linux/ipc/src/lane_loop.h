@@ -85,8 +85,8 @@ private:
     // Leaves the block out. `parcel` is complete when all of `waits` are fulfilled.
     void Decode(Wire::Parcel::Reader reader, WireParcel &parcel, kj::Vector<kj::Promise<void>> &waits);
     void DecodeEntry(Wire::Entry::Reader reader, WireObject &object, kj::Vector<kj::Promise<void>> &waits);
-    // Whether the far end, from which a message is about to be read, has read enough of what it was sent; cuts it off if
-    // not.
+    // Whether the far end, from which a message is about to be read, has read enough of what it was sent; cuts a client
+    // off if not.
     bool MayRead();
     void taskFailed(kj::Exception &&exception) override;
 

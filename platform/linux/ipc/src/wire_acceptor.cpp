@@ -85,11 +85,13 @@ bool WireAcceptor::IsFinishing() const
 }
 
 // The two connections of a session end one after the other, so all of them must be idle before the first one is closed.
+// Twice: an answer may go from one to the other between the looks at both, but then it shows the next time.
 bool WireAcceptor::FinishAnswers(std::chrono::milliseconds atMost)
 {
     constexpr int roundMilliseconds = 5;
     finishing_ = true;
     const auto end = std::chrono::steady_clock::now() + atMost;
+    bool wasIdle = false;
     do {
         auto idle = std::make_shared<std::atomic<size_t>>(0);
         size_t asked = 0;
@@ -108,9 +110,11 @@ bool WireAcceptor::FinishAnswers(std::chrono::milliseconds atMost)
             return true;
         }
         poll(nullptr, 0, roundMilliseconds);
-        if (*idle == asked) {
+        const bool isIdle = *idle == asked;
+        if (isIdle && wasIdle) {
             return true;
         }
+        wasIdle = isIdle;
     } while (std::chrono::steady_clock::now() < end);
     return false;
 }
