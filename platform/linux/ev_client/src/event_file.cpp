@@ -39,10 +39,29 @@ ssize_t WriteAtOnce(int file, const std::string &bytes)
     return written;
 }
 
+bool WriteLine(int file, const std::string &line)
+{
+    return WriteAtOnce(file, line) == static_cast<ssize_t>(line.size());
+}
+
+bool TryLock(int file)
+{
+    return flock(file, LOCK_EX | LOCK_NB) == 0;
+}
+
 bool EndsWithinLine(int file, off_t size)
 {
     char last = '\n';
     return size > 0 && pread(file, &last, 1, size - 1) == 1 && last != '\n';
+}
+
+// Not where somebody without the lock has written behind it: the next line begins with the end of this one.
+void TakeBack(int file, off_t before, ssize_t written)
+{
+    struct stat status = {};
+    if (fstat(file, &status) == 0 && status.st_size == before + written) {
+        static_cast<void>(ftruncate(file, before) == 0);
+    }
 }
 
 // Whether the path still names this file: another process may have begun a new one.
@@ -67,14 +86,19 @@ bool AppendTidily(const std::string &instanceTag, Ipc::UniqueFd file, const std:
             return false;
         }
         file = OpenForAppending(path);
-        status.st_size = 0;
+        // Another process may have been faster to write to the new one, or to tidy it.
+        if (!TryLock(file.Get())) {
+            return WriteLine(file.Get(), line);
+        }
+        if (fstat(file.Get(), &status) != 0) {
+            return false;
+        }
     }
     const std::string bytes = EndsWithinLine(file.Get(), status.st_size) ? "\n" + line : line;
     const ssize_t written = WriteAtOnce(file.Get(), bytes);
     const bool isWhole = written == static_cast<ssize_t>(bytes.size());
-    if (written > 0 && !isWhole && ftruncate(file.Get(), status.st_size) != 0) {
-        // The next line begins with the end of this one.
-        return false;
+    if (written > 0 && !isWhole) {
+        TakeBack(file.Get(), status.st_size, written);
     }
     return isWhole;
 }
@@ -103,11 +127,11 @@ bool AppendEventLine(const std::string &instanceTag, const std::string &line)
     if (!file) {
         return false;
     }
-    if (flock(file.Get(), LOCK_EX | LOCK_NB) == 0) {
+    if (TryLock(file.Get())) {
         return AppendTidily(instanceTag, std::move(file), line);
     }
     // Tidying is worth no waiting: the process that holds the lock may be stopped.
-    return WriteAtOnce(file.Get(), line) == static_cast<ssize_t>(line.size());
+    return WriteLine(file.Get(), line);
 }
 
 } // namespace Host
