@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstring>
 #include <stdexcept>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -27,6 +28,20 @@ std::string ReadHolder(int fd)
     return read(fd, holder, sizeof(holder) - 1) > 0 ? holder : "unknown";
 }
 
+// Waits a little: for a service that has stopped serving and is about to end, and for who only looks at the lock.
+bool AwaitLock(int fd)
+{
+    constexpr int tries = 100;
+    constexpr std::chrono::milliseconds pause(5);
+    for (int i = 0; i < tries; ++i) {
+        if (flock(fd, LOCK_EX | LOCK_NB) == 0) {
+            return true;
+        }
+        std::this_thread::sleep_for(pause);
+    }
+    return false;
+}
+
 // The lock is the process's: it ends with it, however it ends. The number inside is for people.
 int TakeLock(const std::string &path)
 {
@@ -34,7 +49,7 @@ int TakeLock(const std::string &path)
     if (fd < 0) {
         throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno));
     }
-    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+    if (!AwaitLock(fd)) {
         std::string holder = ReadHolder(fd);
         close(fd);
         throw std::runtime_error(
@@ -92,7 +107,7 @@ std::string HolderOf(const std::string &lockPath)
     if (fd < 0) {
         return "";
     }
-    // Given back at once, because a service that starts does not wait for it.
+    // Given back at once, because a service that starts does not wait for long.
     std::string holder = flock(fd, LOCK_SH | LOCK_NB) == 0 ? "" : ReadHolder(fd);
     close(fd);
     return holder;
