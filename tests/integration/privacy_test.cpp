@@ -94,7 +94,7 @@ std::string ReadText(const fs::path &path)
 }
 
 // Runs a command of the tool; the standard output.
-std::string Run(const std::string &arguments)
+std::string RunTool(const std::string &arguments)
 {
     std::string output;
     RunCommand(std::string(NUBIS_TEST_BIN) + "/nubis " + arguments + " 2>/dev/null", output);
@@ -162,24 +162,24 @@ TEST(SecretsTest, NoneReachesALog)
         for (const std::string &key : {"key service" + where, "key user" + where,
                  "key common" + where + " --data-type 1 --key-type 2", "token" + where}) {
             Json::Value list;
-            std::istringstream(Run(key + " --show --json")) >> list;
+            std::istringstream(RunTool(key + " --show --json")) >> list;
             for (const Json::Value &entry : list) {
                 secrets.push_back(entry["secret"].asString());
                 EXPECT_GE(secrets.back().size(), 16U) << key;
             }
         }
         EXPECT_GE(secrets.size(), 6U);
-        Run("subscription add" + where);
+        RunTool("subscription add" + where);
         const std::string id = "id" + std::string(level);
         EXPECT_THAT(
-            Run("record save --new" + note + " '{\"recordId\": \"" + id + "\", \"title\": \"" + content + "\"}'"),
+            RunTool("record save --new" + note + " '{\"recordId\": \"" + id + "\", \"title\": \"" + content + "\"}'"),
             testing::HasSubstr(id));
-        Run("record save --new" + note + " '{\"recordId\": \"" + id + "\", \"title\": \"" + content + "\"}'");
-        EXPECT_THAT(Run("record query" + note), testing::HasSubstr(content));
-        Run("changes" + where);
-        Run("service export " + (service.Folder() / "backup").string());
-        EXPECT_THAT(
-            Run("service import --replace " + (service.Folder() / "backup").string()), testing::HasSubstr("imported"));
+        RunTool("record save --new" + note + " '{\"recordId\": \"" + id + "\", \"title\": \"" + content + "\"}'");
+        EXPECT_THAT(RunTool("record query" + note), testing::HasSubstr(content));
+        RunTool("changes" + where);
+        RunTool("service export " + (service.Folder() / "backup").string());
+        EXPECT_THAT(RunTool("service import --replace " + (service.Folder() / "backup").string()),
+            testing::HasSubstr("imported"));
         std::istringstream pem(ReadText(Host::StateDir() + "/drive/user-100/push_key.pem"));
         for (std::string line; std::getline(pem, line);) {
             if (line.find("PRIVATE KEY") == std::string::npos) {
