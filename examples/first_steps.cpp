@@ -22,7 +22,7 @@ int main()
     //! [open]
     auto container = NubisNative::GetInstance(100, NB_SYNC_DEMON_DATA)->GetDefaultContainer("com.example.notes");
     if (container == nullptr) {
-        std::cerr << "The service does not know com.example.notes: nubis catalogue apply examples/notes.json\n";
+        std::cerr << "No com.example.notes here: try `nubis catalogue apply notes.json`, then `nubis doctor`\n";
         return 1;
     }
     auto database = container->GetPrivateDatabase();

@@ -186,7 +186,9 @@ void AddRecordCommands(CLI::App &app, Chosen &chosen)
         "nubis record query --bundle com.example.notes --type note --where 'title~Milk&stars>=4' --order -stars");
     AddTypeOption(*query, *options);
     AddFieldsOption(*query, *options);
-    query->add_option("--where", options->where, "Conditions joined by &: name=Ann&age>=30&city!=Rome&tags~x")
+    query
+        ->add_option("--where", options->where,
+            "Conditions joined by &, no spaces around the signs: name=Ann&age>=30&city!=Rome&tags~x")
         ->type_name("QUERY");
     query->add_option("--order", options->order, "Fields to order by, -FIELD for descending")
         ->delimiter(',')
