@@ -21,9 +21,9 @@
 namespace Nubis {
 // The way to the cloud-drive service of one user: connects on demand, carries requests, and disconnects when idle.
 //
-// The kit of the user owns it. Any thread may call; at most twelve requests are in flight, further ones wait, except
-// those inside an UrgentScope. Its end waits for a liveness exchange that is under way; requests must have returned by
-// then. The service stays connected.
+// The kit of the user owns it. Any thread may call; at most twelve requests are in flight, further ones wait. Those
+// inside an UrgentScope wait only while 64 are in flight and some of these come back. Its end waits for a liveness
+// exchange that is under way; requests must have returned by then. The service stays connected.
 class DriveServiceProxy {
 public:
     // What SendData returns besides the errors of the transaction and the statuses of the asynchronous wait.
@@ -91,6 +91,7 @@ private:
     void BeginRequest();
     void EndRequest();
     void TakeSlot();
+    void AwaitUrgentSlot(std::unique_lock<ffrt::mutex> &lock);
     void ReturnSlot();
 
     static void RunTimeTask(const std::shared_ptr<ProxyLink> &link);
@@ -113,10 +114,12 @@ private:
     // -1 while unknown.
     std::atomic<int32_t> abilityVersion_{-1};
 
-    // Guards the change of requestsInFlight_, which the timer reads without it, and the two below.
+    // Guards the change of requestsInFlight_, which the timer reads without it, and what is below.
     ffrt::mutex slotMutex_;
     ffrt::condition_variable slotFreed_;
+    ffrt::condition_variable urgentSlotFreed_;
     std::atomic<uint32_t> requestsInFlight_{0};
+    uint64_t slotsReturned_ = 0;
     // From before its look at the connection to its end a request is under way, and an idle service is disconnected
     // only while none is; one that comes meanwhile waits.
     uint32_t requestsUnderWay_ = 0;

@@ -3,6 +3,7 @@
 
 #include "drive_service_proxy.h"
 
+#include <chrono>
 #include <map>
 
 #include "json_helper.h"
@@ -24,6 +25,9 @@ constexpr uint32_t SYNC_REQUEST = 3;
 constexpr uint32_t ASYNC_REQUEST = 4;
 constexpr int DEFAULT_TIMEOUT_SECONDS = 180;
 constexpr int32_t LEAST_ASYNC_VERSION = 2;
+// In flight in all, before those inside an UrgentScope wait, too: the service refuses a process that has far more.
+constexpr uint32_t MAX_URGENT_IN_FLIGHT = 64;
+constexpr std::chrono::seconds STANDSTILL(5);
 
 // The functions that may go asynchronously, with the least version of the service that can do it.
 const std::map<std::string, int32_t> &AsyncFunctions()
@@ -153,17 +157,31 @@ bool DriveServiceProxy::EnsureConnected()
 void DriveServiceProxy::TakeSlot()
 {
     std::unique_lock<ffrt::mutex> lock(slotMutex_);
-    if (!UrgentScope::IsInside()) {
+    if (UrgentScope::IsInside()) {
+        AwaitUrgentSlot(lock);
+    } else {
         slotFreed_.wait(lock, [this]() { return requestsInFlight_ < static_cast<uint32_t>(maxRequests_); });
     }
     ++requestsInFlight_;
+}
+
+// Ends also when nothing comes back: by way of the service, all that are in flight may wait for the one that waits here.
+void DriveServiceProxy::AwaitUrgentSlot(std::unique_lock<ffrt::mutex> &lock)
+{
+    const auto hasRoom = [this]() { return requestsInFlight_ < MAX_URGENT_IN_FLIGHT; };
+    uint64_t returned = 0;
+    do {
+        returned = slotsReturned_;
+    } while (!urgentSlotFreed_.wait_for(lock, STANDSTILL, hasRoom) && returned != slotsReturned_);
 }
 
 void DriveServiceProxy::ReturnSlot()
 {
     std::lock_guard<ffrt::mutex> lock(slotMutex_);
     --requestsInFlight_;
+    ++slotsReturned_;
     slotFreed_.notify_one();
+    urgentSlotFreed_.notify_one();
 }
 
 bool DriveServiceProxy::IsSupportAsync(const std::string &function)

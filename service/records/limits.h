@@ -61,7 +61,7 @@ constexpr size_t MAX_ECHOED_BYTES = size_t{32} * 1024 * 1024;
 constexpr size_t MAX_PARCEL_TEXT = size_t{128} * 1024 * 1024;
 
 // What the requests of one client process, and those of all, may take while they wait or are answered. A client of the
-// library has 12 under way, and some that serve those.
+// library has 12 under way, at most 64 with those that serve these.
 constexpr size_t MAX_CLIENT_REQUESTS = 96;
 constexpr size_t MAX_CLIENT_BYTES = size_t{512} * 1024 * 1024;
 constexpr size_t MAX_CLIENT_VALUES = 4 * MAX_JSON_VALUES;

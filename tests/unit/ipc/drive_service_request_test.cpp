@@ -12,6 +12,7 @@
 #include "host/manual_clock.h"
 #include "log_capture.h"
 #include "proxy_fixture.h"
+#include "urgent_scope.h"
 
 namespace {
 using namespace Nubis;
@@ -193,5 +194,38 @@ TEST_F(RequestTest, TheThirteenthRequestWaitsForASlot)
         EXPECT_EQ(outcome.get().status, 0);
     }
     EXPECT_EQ(thirteenth.get_future().get(), 0);
+}
+
+TEST_F(RequestTest, UrgentRequestsBeyond64WaitButNotForThoseThatStandStill)
+{
+    Host::ManualClock clock;
+    const auto proxy = Connect();
+    std::promise<void> gate;
+    std::shared_future<void> opened = gate.get_future().share();
+    service_->AnswerWith("getLock", [opened](const Json::Value &) {
+        opened.wait();
+        return std::string("{}");
+    });
+    std::vector<std::future<int32_t>> sent;
+    for (int i = 0; i < 64; ++i) {
+        sent.push_back(std::async(std::launch::async, [&proxy]() {
+            const UrgentScope urgent;
+            return Send(*proxy, "getLock").status;
+        }));
+    }
+    service_->WaitFor("getLock", 64);
+    std::promise<int32_t> another;
+    ffrt::submit([&]() {
+        const UrgentScope urgent;
+        another.set_value(Send(*proxy, "deleteLock").status);
+    });
+    clock.Advance(std::chrono::seconds(4));
+    EXPECT_TRUE(service_->Requests("deleteLock").empty());
+    clock.Advance(std::chrono::seconds(1));
+    EXPECT_EQ(another.get_future().get(), 0);
+    gate.set_value();
+    for (auto &status : sent) {
+        EXPECT_EQ(status.get(), 0);
+    }
 }
 } // namespace
