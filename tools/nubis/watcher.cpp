@@ -72,6 +72,9 @@ void Watcher::Run()
         }
         // Only now, so that nothing that is notified is missed.
         SubscribeIfNeeded();
+        if (console_.errIsTerminal) {
+            console_.err << "nubis: listening, until Ctrl-C" << std::endl;
+        }
         Wait();
     }
     if (failure_ != nullptr) {
