@@ -28,8 +28,10 @@ using Clock = std::chrono::steady_clock;
 
 // How long a service that is just ending may still hold the place.
 constexpr std::chrono::milliseconds TAKEOVER_TIME(2000);
-// How long requests that were taken may still take when the service ends.
+// How long requests that were taken may still take when the service ends, with what the service itself waits for; so
+// much of it is there for sending the answers in any case.
 constexpr std::chrono::milliseconds ANSWER_TIME(10000);
+constexpr std::chrono::milliseconds SEND_TIME(1000);
 constexpr int RETRY_MILLISECONDS = 10;
 // Pause while the system has no more descriptors or memory for a client.
 constexpr int SHORTAGE_MILLISECONDS = 50;
@@ -98,10 +100,12 @@ public:
             }
             wasBusy = isBusy;
         }
+        const auto end = Clock::now() + ANSWER_TIME;
         if (listener_ && options_.beforeClose) {
             options_.beforeClose();
         }
-        if (listener_ && !acceptor_->FinishAnswers(ANSWER_TIME)) {
+        const auto left = std::chrono::floor<std::chrono::milliseconds>(end - Clock::now());
+        if (listener_ && !acceptor_->FinishAnswers(std::max(left, SEND_TIME))) {
             IPC_LOGE("the service ends although requests are still being answered");
         }
         Close();
