@@ -93,7 +93,8 @@ public:
         std::optional<Result> result_;
     };
 
-    /// The coroutine goes on where Then would call its function; it may block there, and call the library again.
+    /// The coroutine goes on where Then would call its function; it may block there, and call the library again. Make lists
+    /// of arguments before: gcc 12 refuses one with elements inside the co_await ("array used as initializer").
     Awaiter operator co_await() &&
     {
         return Awaiter(std::move(starter_));

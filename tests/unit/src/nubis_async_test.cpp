@@ -59,13 +59,15 @@ Detached Tell(std::shared_ptr<NBContainer> container, std::promise<Story> &told)
 {
     auto database = container->GetPrivateDatabase();
     Story story;
-    // Made beside: gcc 12 cannot keep the array of a list over a co_await.
     const std::vector<NBRecord> nameless{Note("no id").AsNew()};
-    const std::vector<NBRecord> named{Note("a").Id("n1")};
-    const std::vector<NBContainerSubscription> ended{{"b", "c", "s1", 0}};
     story.refused = co_await Async::SaveRecords(database, nameless, NB_SAVE_OVERWRITE);
-    story.saved = co_await Async::SaveRecords(database, named, NB_SAVE_OVERWRITE);
-    story.fetched = co_await Async::FetchRecordWithId(database, "note", "n1", {});
+    //! [coroutine]
+    const std::vector<NBRecord> notes{Note("a").Id("n1")};
+    const std::vector<std::string> wanted{"title", "stars"};
+    story.saved = co_await Async::SaveRecords(database, notes, NB_SAVE_OVERWRITE);
+    story.fetched = co_await Async::FetchRecordWithId(database, "note", "n1", wanted);
+    //! [coroutine]
+    const std::vector<NBContainerSubscription> ended{{"b", "c", "s1", 0}};
     story.changes = co_await Async::FetchDatabaseChanges(database, "", {}, 10, "");
     story.subscribed = co_await Async::SaveSubscription(container, {5000});
     story.unsubscribed = co_await Async::BatchDeleteSubscription(container->GetNubis(), ended);
