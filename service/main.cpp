@@ -62,18 +62,18 @@ int Serve(const DriveService::ServeOptions &options)
             DriveService::LogError("the service ends although requests are still being answered");
         }
     };
-    Host::AbilityServer server(serverOptions, new DriveServiceStub(instance->Router()));
-    g_server = &server;
+    // Nor is this: a signal's handler may still use it, on any thread.
+    static auto *server = new Host::AbilityServer(serverOptions, new DriveServiceStub(instance->Router()));
+    g_server = server;
     std::signal(SIGINT, StopServer);
     std::signal(SIGTERM, StopServer);
     std::string error;
-    bool started = server.Start(error);
+    bool started = server->Start(error);
     if (started) {
-        server.Run();
+        server->Run();
     } else {
         std::cerr << "nubis-drive-service: " << error << "\n";
     }
-    g_server = nullptr;
     if (!instance->GetNotifier().Finish(FINISH_TIME)) {
         DriveService::LogError("the service ends with notifications unsent; the next one sends them");
     }
