@@ -100,7 +100,8 @@ TEST_F(NotificationTest, BadKeysAndSignaturesVerifyNothing)
     EXPECT_EQ(Verify(notification), 24) << "another key";
     UseKey(hex);
     const std::string signature = notification["signV2"].asString();
-    for (const std::string &bad : {signature + "00", signature.substr(2), small.SignHex("a=1"),
+    // Not without its first byte: where that is zero, the number stays the same.
+    for (const std::string &bad : {signature + "00", signature.substr(0, signature.size() - 2), small.SignHex("a=1"),
              std::string(200000, '0'), signature.substr(0, 100) + "zz" + signature.substr(102)}) {
         notification["signV2"] = bad;
         EXPECT_EQ(Verify(notification), 24);
