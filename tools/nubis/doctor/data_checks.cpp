@@ -31,6 +31,8 @@ constexpr int SERVED = 3;
 constexpr const char *UNREACHABLE_ADVICE = "end that process, or wait: it ends a minute after its last client. It was "
                                            "started with another runtime folder, or its socket was removed";
 
+constexpr size_t MOST_SAID = 1000;
+
 struct Said {
     std::optional<int> status;
     std::string text; // in one line
@@ -43,6 +45,10 @@ Said AskProgram(const std::vector<std::string> &arguments)
     child.CloseInput();
     std::string text = child.ReadAll();
     text.erase(text.find_last_not_of('\n') + 1);
+    // Damage shows in many places at once, and a few are enough.
+    if (text.size() > MOST_SAID) {
+        text = text.substr(0, std::min(text.rfind('\n', MOST_SAID), MOST_SAID)) + "\nand more";
+    }
     for (size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end)) {
         text.replace(end, 1, "; ");
     }
@@ -59,14 +65,16 @@ void CheckDataFolder(const std::string &folder, Findings &findings)
     if (!state.exists && state.error.empty()) {
         findings.Ok(check, folder + " is not there yet; the first start of the service makes it");
     } else if (!state.exists || state.type != S_IFDIR) {
-        findings.Fail(check, folder + " is no folder" + (state.error.empty() ? "" : ": " + state.error),
-            "move away what is there");
+        findings.Fail(check, folder + state.NoFolderText(),
+            state.error.empty() ? "move away what is there" : "let NUBIS_STATE_DIR name a folder of your own");
     } else if (!state.IsMine()) {
         findings.Fail(check, folder + " belongs to user " + std::to_string(state.owner),
             "let NUBIS_STATE_DIR name a folder of your own, or run as its owner");
     } else if ((state.mode & othersWrite) != 0) {
         findings.Fail(check, folder + " has mode " + state.ModeText() + ": the service refuses what others can write",
             "chmod go-w " + ShellWord(folder));
+    } else if (const std::string problem = AccessProblem(folder); !problem.empty()) {
+        findings.Fail(check, folder + " cannot be written: " + problem, "chmod u+rwx " + ShellWord(folder));
     } else {
         findings.Ok(check, folder + ", mode " + state.ModeText());
     }
@@ -105,6 +113,8 @@ void CheckDatabase(const std::string &folder, int user, const std::string &progr
         FileState state(path);
         if (state.exists && !state.IsMine()) {
             findings.Fail(check, path + " belongs to user " + std::to_string(state.owner), "run as its owner");
+        } else if (const std::string problem = AccessProblem(path); state.exists && !problem.empty()) {
+            findings.Fail(check, path + " cannot be read and written: " + problem, "chmod u+rwX " + ShellWord(path));
         } else if (state.exists && (state.mode & othersAtAll) != 0) {
             findings.Warn(check, path + " has mode " + state.ModeText() + ": others can look into it",
                 "chmod go-rwx " + ShellWord(path));

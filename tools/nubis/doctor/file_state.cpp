@@ -38,6 +38,21 @@ std::string FileState::ModeText() const
     return text.data();
 }
 
+std::string FileState::NoFolderText() const
+{
+    return error.empty() ? " is no folder" : " cannot be looked at: " + error;
+}
+
+std::string AccessProblem(const std::string &path)
+{
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0) {
+        return errno == ENOENT ? "" : std::strerror(errno);
+    }
+    const int wanted = R_OK | W_OK | (S_ISDIR(info.st_mode) ? X_OK : 0);
+    return access(path.c_str(), wanted) == 0 ? "" : std::strerror(errno);
+}
+
 std::string ShellWord(const std::string &text)
 {
     constexpr const char *harmless = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-+./:@%,=";

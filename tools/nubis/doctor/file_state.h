@@ -22,7 +22,12 @@ struct FileState {
     bool IsMine() const;
     // "0700"
     std::string ModeText() const;
+    // What is said of it when it should have been a folder.
+    std::string NoFolderText() const;
 };
+
+// Why its owner cannot read and change it, a folder or a file; empty when that is possible, or nothing is there.
+std::string AccessProblem(const std::string &path);
 
 // The text in single quotes where a shell would take it for anything else than one word.
 std::string ShellWord(const std::string &text);

@@ -77,8 +77,7 @@ void CheckStateFolder(Findings &findings)
     if (!state.exists && state.error.empty()) {
         findings.Ok(check, path + from + " is not there yet; the first start of the service makes it");
     } else if (!state.exists || state.type != S_IFDIR) {
-        findings.Fail(check, path + from + " is no folder" + (state.error.empty() ? "" : ": " + state.error),
-            "let NUBIS_STATE_DIR name a folder of your own");
+        findings.Fail(check, path + from + state.NoFolderText(), "let NUBIS_STATE_DIR name a folder of your own");
     } else if (!state.IsMine() || access(path.c_str(), W_OK | X_OK) != 0) {
         findings.Fail(check, path + from + " belongs to user " + std::to_string(state.owner) + " or cannot be written",
             "let NUBIS_STATE_DIR name a folder of your own");
