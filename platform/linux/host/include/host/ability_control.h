@@ -27,9 +27,11 @@ AbilityStatus FindAbility(const std::string &bundleName, const std::string &abil
 
 /// An ability as a manifest describes it.
 struct ManifestAbility {
+    /// As it is asked for; unique in its bundle.
     std::string name;
     /// What starts it: placeholders filled in, and the program by its path. When that fails, as far as it came.
     std::vector<std::string> command;
+    /// What the bundle manager tells of it, such as "abilityVersion".
     std::map<std::string, std::string> metadata;
     /// Why it cannot be started, in one line for people; empty when it can.
     std::string error;
@@ -37,10 +39,13 @@ struct ManifestAbility {
 
 /// A file BUNDLE.json in one of the manifest folders.
 struct ManifestState {
+    /// Its path.
     std::string file;
+    /// As the file's name gives it.
     std::string bundleName;
     /// What is wrong with the file, in one line for people; empty when nothing is.
     std::string error;
+    /// In the order of the file; none when something is wrong with it.
     std::vector<ManifestAbility> abilities;
 };
 
