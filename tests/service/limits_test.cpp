@@ -278,9 +278,7 @@ TEST_F(LimitsTest, ATextOfAParcel)
 TEST(RequestBudgetTest, AClientThatHasAllItMayLeavesTheOthersTheirs)
 {
     // Never destroyed; of two clients each may have all of one kind.
-    auto &budget = *new RequestBudget({{2, 100, 10}, {3, 150, 15}});
-    static std::vector<RequestBudget *> reachable;
-    reachable.push_back(&budget);
+    static RequestBudget &budget = *new RequestBudget({{2, 100, 10}, {3, 150, 15}});
     std::optional<Failure> failure;
     const std::string small = "{}";
     {
