@@ -10,6 +10,7 @@
 
 #include "catalogue/schema_parser.h"
 #include "records/limits.h"
+#include "util/encoding.h"
 #include "util/json_util.h"
 
 namespace DriveService {
@@ -202,7 +203,8 @@ std::string DescribeProblems(const std::string &file, const std::vector<Problem>
 {
     std::string text;
     for (const Problem &problem : problems) {
-        text += file + ": " + problem.path + (problem.path.empty() ? "" : ": ") + problem.text + "\n";
+        // An escape in the file can stand for half a character.
+        text += file + ": " + ToUtf8(problem.path + (problem.path.empty() ? "" : ": ") + problem.text) + "\n";
     }
     return text;
 }

@@ -167,30 +167,53 @@ uint64_t ReadBigEndian64(std::string_view bytes)
     return value;
 }
 
+namespace {
+// The bytes of the character that the text begins with; 0 when it begins with none. The text is not empty.
+size_t CharacterBytes(std::string_view text)
+{
+    if (Byte(text[0]) < 0x80) {
+        return 1;
+    }
+    std::optional<Utf8Lead> lead = ReadLead(Byte(text[0]));
+    if (!lead || text.size() <= lead->following) {
+        return 0;
+    }
+    uint32_t point = lead->bits;
+    for (unsigned k = 1; k <= lead->following; ++k) {
+        unsigned char next = Byte(text[k]);
+        if ((next & 0xC0) != 0x80) {
+            return 0;
+        }
+        point = (point << BITS_PER_DIGIT) | (next & DIGIT_MASK);
+    }
+    bool surrogate = point >= 0xD800 && point <= 0xDFFF;
+    return point < lead->least || point > 0x10FFFF || surrogate ? 0 : lead->following + 1;
+}
+} // namespace
+
 bool IsUtf8(std::string_view text)
 {
-    for (size_t i = 0; i < text.size(); ++i) {
-        if (Byte(text[i]) < 0x80) {
-            continue;
-        }
-        std::optional<Utf8Lead> lead = ReadLead(Byte(text[i]));
-        if (!lead || text.size() - i <= lead->following) {
+    while (!text.empty()) {
+        const size_t bytes = CharacterBytes(text);
+        if (bytes == 0) {
             return false;
         }
-        uint32_t point = lead->bits;
-        for (unsigned k = 0; k < lead->following; ++k) {
-            unsigned char next = Byte(text[++i]);
-            if ((next & 0xC0) != 0x80) {
-                return false;
-            }
-            point = (point << BITS_PER_DIGIT) | (next & DIGIT_MASK);
-        }
-        bool surrogate = point >= 0xD800 && point <= 0xDFFF;
-        if (point < lead->least || point > 0x10FFFF || surrogate) {
-            return false;
-        }
+        text.remove_prefix(bytes);
     }
     return true;
+}
+
+std::string ToUtf8(std::string_view text)
+{
+    constexpr std::string_view replacement = "\xEF\xBF\xBD";
+    std::string made;
+    made.reserve(text.size());
+    while (!text.empty()) {
+        const size_t bytes = CharacterBytes(text);
+        made += bytes == 0 ? replacement : text.substr(0, bytes);
+        text.remove_prefix(bytes == 0 ? 1 : bytes);
+    }
+    return made;
 }
 
 } // namespace DriveService

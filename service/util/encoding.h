@@ -37,6 +37,8 @@ std::string BigEndian64(uint64_t value);
 uint64_t ReadBigEndian64(std::string_view bytes);
 
 bool IsUtf8(std::string_view text);
+// With U+FFFD for every byte that belongs to no character.
+std::string ToUtf8(std::string_view text);
 
 } // namespace DriveService
 

@@ -41,7 +41,11 @@ TEST(EncodingTest, Utf8IsToldFromOtherBytes)
     for (const char *bad : {"\x80", "\xc3", "\xc3(", "\xc0\x80", "\xe0\x80\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80",
              "\xff", "a\xf0\x9f\x98"}) {
         EXPECT_FALSE(IsUtf8(bad)) << HexEncode(bad);
+        EXPECT_TRUE(IsUtf8(ToUtf8(bad))) << HexEncode(bad);
     }
+    EXPECT_EQ(ToUtf8("a\xed\xb4\xb4"
+                     "ö\xc3"),
+        "a\ufffd\ufffd\ufffdö\ufffd");
 }
 
 RC_GTEST_PROP(EncodingTest, UrlSafeBase64ReadsBack, (const std::string &bytes))
