@@ -4,6 +4,7 @@
 #include "progress_bar.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ostream>
 #include <utility>
 
@@ -21,7 +22,7 @@ std::string TimeLeft(double seconds)
     if (seconds >= day) {
         return "more than a day";
     }
-    const auto whole = static_cast<unsigned>(seconds + 0.5);
+    const auto whole = std::lround(seconds);
     const std::string rest = std::to_string(whole % 60);
     return std::to_string(whole / 60) + (rest.size() < 2 ? ":0" : ":") + rest;
 }
