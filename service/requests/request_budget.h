@@ -29,8 +29,8 @@ struct RequestBudgetLimits {
     RequestLoad all{MAX_ALL_REQUESTS, MAX_ALL_BYTES, MAX_ALL_VALUES};
 };
 
-// Shares out what the service has for requests, so that one client's leave room for those of others. Never destroyed,
-// as requests may be under way when the process ends. Any thread may call.
+// Shares out what the service has for requests, so that one client's leave room for those of others. Outlives its
+// shares. Any thread may call.
 class RequestBudget {
 public:
     // A request's part; given back at its end.
@@ -54,15 +54,13 @@ public:
     RequestBudget(const RequestBudget &) = delete;
     RequestBudget &operator=(const RequestBudget &) = delete;
 
-    // The one of the process.
+    // The one of the process, never destroyed: requests may be under way when the process ends.
     static RequestBudget &Get();
 
     // The part of a request with this text from this process; null with a failure when there is none left.
     std::unique_ptr<Share> Take(int client, const std::string &text, std::optional<Failure> &failure);
 
 private:
-    ~RequestBudget() = default;
-
     void Change(int client, const RequestLoad &load, bool adds);
 
     const RequestBudgetLimits limits_;

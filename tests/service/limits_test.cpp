@@ -277,8 +277,8 @@ TEST_F(LimitsTest, ATextOfAParcel)
 
 TEST(RequestBudgetTest, AClientThatHasAllItMayLeavesTheOthersTheirs)
 {
-    // Never destroyed; of two clients each may have all of one kind.
-    static RequestBudget &budget = *new RequestBudget({{2, 100, 10}, {3, 150, 15}});
+    // Of two clients each may have all of one kind.
+    RequestBudget budget({{2, 100, 10}, {3, 150, 15}});
     std::optional<Failure> failure;
     const std::string small = "{}";
     {
