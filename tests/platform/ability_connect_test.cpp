@@ -152,7 +152,7 @@ TEST(AbilityConnectTest, ServiceThatEndsWhileItIsReachedIsReplaced)
 
 TEST(AbilityConnectTest, ConnectionsOfOneProcessShareOneSession)
 {
-    std::string starts = TestHost::Get().OfferService("test.shared", 50);
+    std::string starts = TestHost::Get().OfferService("test.shared", 1000);
     sptr<TestConnection> first = new TestConnection();
     sptr<TestConnection> second = new TestConnection();
     ASSERT_EQ(Connect(first, "test.shared"), 0);
