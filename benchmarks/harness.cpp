@@ -15,6 +15,7 @@
 #include <string_view>
 #include <sys/wait.h>
 #include <thread>
+#include <utility>
 
 #include <json/value.h>
 #include <json/writer.h>
@@ -51,6 +52,19 @@ Options ReadOptions(int argc, char **argv)
         }
     }
     return options;
+}
+
+Row NewRow(
+    std::string id, std::string name, double goal, std::string measuredName, std::string floorName, std::string unit)
+{
+    Row row;
+    row.id = std::move(id);
+    row.name = std::move(name);
+    row.goal = goal;
+    row.measuredName = std::move(measuredName);
+    row.floorName = std::move(floorName);
+    row.unit = std::move(unit);
+    return row;
 }
 
 double Median(std::vector<double> values)

@@ -51,6 +51,10 @@ struct Row {
     std::vector<std::pair<double, double>> rounds;
 };
 
+// A row that is to be at most the goal; nothing is measured yet.
+Row NewRow(
+    std::string id, std::string name, double goal, std::string measuredName, std::string floorName, std::string unit);
+
 double Median(std::vector<double> values);
 
 // Fills in the medians, and the value: the median of the rounds' own ratios, which bears a machine whose speed changes

@@ -135,13 +135,8 @@ void StayIdle(const Options &options)
 namespace {
 void MeasureStart(const Options &options)
 {
-    Row row;
-    row.id = "cold-start";
-    row.name = "first reply after a cold start";
-    row.goal = START_GOAL;
-    row.measuredName = "library";
-    row.floorName = "start the program, connect";
-    row.unit = "ms";
+    Row row = NewRow(
+        "cold-start", "first reply after a cold start", START_GOAL, "library", "start the program, connect", "ms");
     for (int round = -1; round < options.Pick(15, 1); ++round) {
         StopService();
         const double library = std::stod(RunChild("start-library", options)) * MILLI;
@@ -159,14 +154,7 @@ void MeasureStart(const Options &options)
 Row IdleRow(
     const std::string &id, const std::string &name, double goal, const std::string &floorName, const std::string &unit)
 {
-    Row row;
-    row.id = id;
-    row.name = name;
-    row.goal = goal;
-    row.measuredName = "measured";
-    row.floorName = floorName;
-    row.unit = unit;
-    return row;
+    return NewRow(id, name, goal, "measured", floorName, unit);
 }
 
 void MeasureIdle(const Options &options)

@@ -27,14 +27,9 @@ void MeasureSlowService(const Options &options)
     const Library library(SYNC_USER);
     const auto notes = MakeNotes(1);
     library.Transport().SetReply("fetchRecordWithId", FetchReply(notes[0]), SLOW_MS);
-    Row row;
-    row.id = "callers-64";
-    row.name = "64 callers, service answering after 10 ms";
-    row.goal = SLOW_GOAL;
+    Row row = NewRow("callers-64", "64 callers, service answering after 10 ms", SLOW_GOAL, "library",
+        "12 slots / 10 ms", "requests/s");
     row.isAtLeast = true;
-    row.measuredName = "library";
-    row.floorName = "12 slots / 10 ms";
-    row.unit = "requests/s";
     for (int round = 0; round < options.Pick(9, 1); ++round) {
         const double rate =
             CallsPerSecond(SLOW_CALLERS, options.isShort ? 0.1 : 1.0, [&](int) { library.Fetch(notes[0].id); });
@@ -49,14 +44,8 @@ void MeasureFastService(const Options &options)
     const Library library(SYNC_USER);
     const auto echo = [&](int) { library.Echo(); };
     const std::string request = library.RequestOf("echo", [&] { echo(0); });
-    Row row;
-    row.id = "callers-12";
-    row.name = "12 callers, echo service";
-    row.goal = LOAD_GOAL;
+    Row row = NewRow("callers-12", "12 callers, echo service", LOAD_GOAL, "library", "transport", "requests/s");
     row.isAtLeast = true;
-    row.measuredName = "library";
-    row.floorName = "transport";
-    row.unit = "requests/s";
     const double seconds = options.isShort ? 0.05 : 0.5;
     const auto floor = [&](int) { library.Transport().Exchange(request, false); };
     for (int round = -1; round < options.Pick(11, 1); ++round) {
@@ -121,13 +110,9 @@ void KeepPending(const Options &options)
 namespace {
 void MeasurePending(const Options &options)
 {
-    Row row;
-    row.id = "pending";
-    row.name = std::to_string(options.Pick(10000, 200)) + " pending saves: extra memory each; all complete";
-    row.goal = PENDING_GOAL;
-    row.measuredName = "library";
-    row.floorName = "-";
-    row.unit = "KB";
+    Row row =
+        NewRow("pending", std::to_string(options.Pick(10000, 200)) + " pending saves: extra memory each; all complete",
+            PENDING_GOAL, "library", "-", "KB");
     for (int round = 0; round < options.Pick(7, 1); ++round) {
         row.rounds.emplace_back(std::stod(RunChild("keep-pending", options)), 1.0);
     }

@@ -72,13 +72,9 @@ void MeasureMemory(const Options &options)
     if (!options.Wants("memory")) {
         return;
     }
-    Row row;
-    row.id = "memory";
-    row.name = "peak memory of a " + std::to_string(Count(options)) + "-record save above the caller's own records";
-    row.goal = MEMORY_GOAL;
-    row.measuredName = "library";
-    row.floorName = "value and text, sent and received";
-    row.unit = "MB";
+    Row row = NewRow("memory",
+        "peak memory of a " + std::to_string(Count(options)) + "-record save above the caller's own records",
+        MEMORY_GOAL, "library", "value and text, sent and received", "MB");
     for (int round = 0; round < options.Pick(7, 1); ++round) {
         const double peak = std::stod(RunChild("save-in-library", options));
         row.rounds.emplace_back(peak, std::stod(RunChild("save-in-parts", options)));

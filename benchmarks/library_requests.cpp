@@ -29,14 +29,7 @@ double Time(int calls, Call &&call)
 
 Row SingleRow(const std::string &id, const std::string &name)
 {
-    Row row;
-    row.id = id;
-    row.name = name;
-    row.goal = SINGLE_GOAL;
-    row.measuredName = "library";
-    row.floorName = "write, echo, parse";
-    row.unit = "us";
-    return row;
+    return NewRow(id, name, SINGLE_GOAL, "library", "write, echo, parse", "us");
 }
 
 // One caller, one call at a time.
@@ -110,14 +103,7 @@ double SaveFloor(const TransportClient &transport, const Json::Value &frame, con
 
 Row BatchRow(const std::string &id, const std::string &name, const std::string &floor)
 {
-    Row row;
-    row.id = id;
-    row.name = name;
-    row.goal = BATCH_GOAL;
-    row.measuredName = "library";
-    row.floorName = floor;
-    row.unit = "ms";
-    return row;
+    return NewRow(id, name, BATCH_GOAL, "library", floor, "ms");
 }
 
 Row MeasureSave(const Options &options, const Library &library, size_t count)
@@ -183,13 +169,9 @@ void MeasureBatches(const Options &options)
     if (!options.Wants("per-record")) {
         return;
     }
-    Row row;
-    row.id = "per-record";
-    row.name = "cost per record at " + std::to_string(large) + " against at " + std::to_string(small);
-    row.goal = PER_RECORD_GOAL;
-    row.measuredName = "library at " + std::to_string(large);
-    row.floorName = "library at " + std::to_string(small);
-    row.unit = "us";
+    Row row =
+        NewRow("per-record", "cost per record at " + std::to_string(large) + " against at " + std::to_string(small),
+            PER_RECORD_GOAL, "library at " + std::to_string(large), "library at " + std::to_string(small), "us");
     for (size_t i = 0; i < saves.front().rounds.size(); ++i) {
         row.rounds.emplace_back(saves.back().rounds[i].first * MILLI / static_cast<double>(large),
             saves.front().rounds[i].first * MILLI / static_cast<double>(small));

@@ -35,14 +35,7 @@ constexpr size_t NOTES_OF_CLIENT = 1000000;
 Row ServiceRow(
     const std::string &id, const std::string &name, double goal, const std::string &floorName, const std::string &unit)
 {
-    Row row;
-    row.id = id;
-    row.name = name;
-    row.goal = goal;
-    row.measuredName = "service";
-    row.floorName = floorName;
-    row.unit = unit;
-    return row;
+    return NewRow(id, name, goal, "service", floorName, unit);
 }
 } // namespace
 

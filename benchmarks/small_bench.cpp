@@ -89,14 +89,7 @@ struct Pair {
 
 Row SmallRow(const std::string &id, const std::string &name, double goal, const std::string &floorName)
 {
-    Row row;
-    row.id = id;
-    row.name = name;
-    row.goal = goal;
-    row.measuredName = "library";
-    row.floorName = floorName;
-    row.unit = "ns";
-    return row;
+    return NewRow(id, name, goal, "library", floorName, "ns");
 }
 
 std::vector<Pair> MakePairs()

@@ -110,8 +110,6 @@ TEST_F(FetchTest, RecordsAreFetchedByTheirIds)
     EXPECT_THAT(Fetch("none"), FailsWith(ErrorCode::RECORD_NOT_FOUND, "\"none\" does not exist", "recordId"));
     EXPECT_THAT(
         Fetch("a", "nobody"), FailsWith(ErrorCode::UNKNOWN_RECORD_TYPE, "has no record type \"nobody\"", "recordType"));
-    Json::Value many = Members({{"recordType", "person"}, {"records", List(std::vector<Json::Value>(1001))}});
-    EXPECT_THAT(Ask("fetchRecordWithIds", many), FailsWith(ErrorCode::BATCH_TOO_LARGE, "at most 1000", "records"));
 }
 
 TEST_F(FetchTest, ADamagedRecordIsTheServicesFailure)
