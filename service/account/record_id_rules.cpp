@@ -18,10 +18,12 @@ constexpr unsigned DEFAULT_RULE = 5;
 constexpr size_t HALF_BYTES = 8;
 constexpr size_t LONG_ID_BYTES = 32;
 
-uint64_t KeptUpid(Store &store, const std::string &place)
+// The place to keep things in is the store, or a session of it.
+template <typename Keeper>
+uint64_t KeptUpid(Keeper &keeper, const std::string &place)
 {
-    std::string account = AccountId(store);
-    std::string text = KeptSetting(store, "recordId/upid/" + place,
+    std::string account = AccountId(keeper);
+    std::string text = KeptSetting(keeper, "recordId/upid/" + place,
         [&] { return std::to_string(ReadBigEndian64(Sha256(account + "/" + place))); });
     uint64_t upid = 0;
     if (std::from_chars(text.data(), text.data() + text.size(), upid).ec != std::errc()) {
@@ -30,20 +32,31 @@ uint64_t KeptUpid(Store &store, const std::string &place)
     return upid;
 }
 
-} // namespace
-
-EffectiveIdRule FindIdRule(Store &store, const std::string &bundleName, const ContainerEntry &container)
+template <typename Keeper>
+EffectiveIdRule FindRule(Keeper &keeper, const std::string &bundleName, const ContainerEntry &container)
 {
     std::string place = bundleName + "/" + container.name;
     EffectiveIdRule rule;
     const RecordIdRule &written = container.recordIdRule;
     rule.ruleId = written.ruleId.value_or(DEFAULT_RULE);
     rule.localRule = written.localRule;
-    rule.upid = written.upid ? *written.upid : KeptUpid(store, place);
+    rule.upid = written.upid ? *written.upid : KeptUpid(keeper, place);
     rule.rootId = written.rootId
                       ? *written.rootId
-                      : KeptSetting(store, "recordId/rootId/" + place, [&rule] { return MakeRecordId(rule); });
+                      : KeptSetting(keeper, "recordId/rootId/" + place, [&rule] { return MakeRecordId(rule); });
     return rule;
+}
+
+} // namespace
+
+EffectiveIdRule FindIdRule(Store &store, const std::string &bundleName, const ContainerEntry &container)
+{
+    return FindRule(store, bundleName, container);
+}
+
+EffectiveIdRule FindIdRule(WriteSession &session, const std::string &bundleName, const ContainerEntry &container)
+{
+    return FindRule(session, bundleName, container);
 }
 
 std::string MakeRecordId(const EffectiveIdRule &rule)

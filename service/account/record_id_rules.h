@@ -20,8 +20,9 @@ struct EffectiveIdRule {
     std::string rootId;
 };
 
-// What the service has to make (partition and root id) it makes once and keeps.
+// What the service has to make (partition and root id) it makes once and keeps, with a session when that is committed.
 EffectiveIdRule FindIdRule(Store &store, const std::string &bundleName, const ContainerEntry &container);
+EffectiveIdRule FindIdRule(WriteSession &session, const std::string &bundleName, const ContainerEntry &container);
 
 // A new id by the rule. Rules without a form of their own get 32 random hexadecimal digits.
 //

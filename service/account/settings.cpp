@@ -7,31 +7,55 @@
 
 namespace DriveService {
 
-std::string KeptSetting(Store &store, const std::string &name, const std::function<std::string()> &make,
-    const std::function<bool(const std::string &)> &isCurrent)
+namespace {
+
+using Make = std::function<std::string()>;
+using IsCurrent = std::function<bool(const std::string &)>;
+
+std::optional<std::string> FindKept(ReadSession &view, const std::string &name, const IsCurrent &isCurrent)
 {
-    auto find = [&](ReadSession &view) {
-        std::optional<std::string> kept = view.Setting(name);
-        return kept && (isCurrent == nullptr || isCurrent(*kept)) ? kept : std::nullopt;
-    };
-    if (std::optional<std::string> kept = find(*store.BeginRead())) {
+    std::optional<std::string> kept = view.Setting(name);
+    return kept && (isCurrent == nullptr || isCurrent(*kept)) ? kept : std::nullopt;
+}
+
+std::string MakeAccountId()
+{
+    constexpr size_t ID_BYTES = 10;
+    return "local-" + HexEncode(RandomBytes(ID_BYTES));
+}
+
+} // namespace
+
+std::string KeptSetting(WriteSession &session, const std::string &name, const Make &make, const IsCurrent &isCurrent)
+{
+    if (std::optional<std::string> kept = FindKept(session.View(), name, isCurrent)) {
+        return *kept;
+    }
+    std::string made = make();
+    session.SetSetting(name, made);
+    return made;
+}
+
+std::string KeptSetting(Store &store, const std::string &name, const Make &make, const IsCurrent &isCurrent)
+{
+    if (std::optional<std::string> kept = FindKept(*store.BeginRead(), name, isCurrent)) {
         return *kept;
     }
     std::unique_ptr<WriteSession> session = store.BeginWrite();
     // Another thread may have made it meanwhile.
-    if (std::optional<std::string> kept = find(session->View())) {
-        return *kept;
-    }
-    std::string made = make();
-    session->SetSetting(name, made);
+    std::string kept = KeptSetting(*session, name, make, isCurrent);
     session->Commit();
-    return made;
+    return kept;
 }
 
 std::string AccountId(Store &store)
 {
-    constexpr size_t ID_BYTES = 10;
-    return KeptSetting(store, SETTING_ACCOUNT_ID, [] { return "local-" + HexEncode(RandomBytes(ID_BYTES)); });
+    return KeptSetting(store, SETTING_ACCOUNT_ID, MakeAccountId);
+}
+
+std::string AccountId(WriteSession &session)
+{
+    return KeptSetting(session, SETTING_ACCOUNT_ID, MakeAccountId);
 }
 
 } // namespace DriveService

@@ -28,8 +28,13 @@ constexpr const char *SETTINGS_SERVED_VERSIONS = "catalogue/";
 std::string KeptSetting(Store &store, const std::string &name, const std::function<std::string()> &make,
     const std::function<bool(const std::string &)> &isCurrent = nullptr);
 
+// The same within a session: what was made is kept when that is committed.
+std::string KeptSetting(WriteSession &session, const std::string &name, const std::function<std::string()> &make,
+    const std::function<bool(const std::string &)> &isCurrent = nullptr);
+
 // The cloud account's id of the store's user.
 std::string AccountId(Store &store);
+std::string AccountId(WriteSession &session);
 
 } // namespace DriveService
 

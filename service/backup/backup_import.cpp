@@ -150,6 +150,7 @@ void ImportBackup(ServiceContext &context, const std::string &folder, bool repla
     int64_t nowMs = context.nowMs();
     {
         std::unique_ptr<WriteSession> session = context.store.BeginWrite();
+        session->StandAlone();
         std::vector<WrittenType> before = session->View().WrittenTypes();
         if (!replace && !before.empty()) {
             RefuseToReplace("there are records already, for one in container \"" +

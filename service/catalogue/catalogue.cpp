@@ -188,8 +188,8 @@ std::shared_ptr<const AppEntry> Catalogue::MakeEntry(const std::string &bundleNa
     std::string remembered = WriteJson(RaiseVersions(*entry, served));
     if (remembered != last) {
         session->SetSetting(setting, remembered);
-        session->Commit();
     }
+    session->Commit();
     LogInfo("catalogue file " + PathOf(bundleName) + " read, schemaGroupVersion " +
             std::to_string(entry->schemaGroupVersion));
     return entry;

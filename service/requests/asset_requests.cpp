@@ -231,7 +231,7 @@ Json::Value FetchAssetStatusWithId(ServiceContext &context, const Request &reque
 Json::Value BatchCreateAsset(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
-    CheckBatch(request, target, {"records"});
+    uint64_t count = CountBatch(request, target, {"records"});
     constexpr auto ANY_VERSION = static_cast<int64_t>(SavePolicy::CHANGED_FIELDS);
     SavePolicy policy =
         request.IntegerOr("savePolicy", ANY_VERSION) == ANY_VERSION ? SavePolicy::CHANGED_FIELDS : PolicyOf(request);
@@ -240,10 +240,9 @@ Json::Value BatchCreateAsset(ServiceContext &context, const Request &request)
             "request member \"savePolicy\": expected 0 or 1, because 2 would empty the records of all else",
             "savePolicy");
     }
-    SaveContext save = MakeSaveContext(context, request, target, policy);
 
-    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target);
-    save.databaseId = session->EnsureDatabase(target.key).id;
+    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target, count);
+    SaveContext save = MakeSaveContext(context, *session, request, target, policy);
     AssetCreation creation(*session, target, save);
     std::vector<RecordOutcome> outcomes;
     std::vector<Json::Value> created;
@@ -275,10 +274,9 @@ Json::Value UpdateAssetRevision(ServiceContext &context, const Request &request)
                 std::to_string(MAX_CONFIRMED_ASSETS) + " are confirmed at once",
             "assets");
     }
-    SaveContext save = MakeSaveContext(context, request, target, SavePolicy::CHANGED_FIELDS);
 
-    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target);
-    save.databaseId = session->EnsureDatabase(target.key).id;
+    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target, 1);
+    SaveContext save = MakeSaveContext(context, *session, request, target, SavePolicy::CHANGED_FIELDS);
     StoredRecord record;
     if (std::optional<Failure> failure =
             FindLive(session->View(), save.databaseId, rule.recordType, recordId, record)) {

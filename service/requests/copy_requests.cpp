@@ -101,12 +101,11 @@ std::vector<RecordOutcome> CopyIn(WriteSession &session, const SaveContext &save
 Json::Value CopyRecords(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
-    CheckBatch(request, target, {"records"});
-    // A copy never goes over a record that is there.
-    SaveContext save = MakeSaveContext(context, request, target, SavePolicy::IF_UNCHANGED);
+    uint64_t count = CountBatch(request, target, {"records"});
 
-    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target);
-    save.databaseId = session->EnsureDatabase(target.key).id;
+    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target, count);
+    // A copy never goes over a record that is there.
+    SaveContext save = MakeSaveContext(context, *session, request, target, SavePolicy::IF_UNCHANGED);
     std::vector<RecordOutcome> outcomes = CopyIn(*session, save, request.Array("records"));
     session->Commit();
     session.reset();

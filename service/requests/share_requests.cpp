@@ -34,8 +34,8 @@ Json::Value SetPreShared(ServiceContext &context, const Request &request)
         std::vector<IndexedField> fields = IndexedFieldsOf(rule);
         session->EnsureIndexed(databaseId, rule.recordType, fields);
         session->Put(databaseId, record, MakeIndexRows(DataOf(record), fields));
-        session->Commit();
     }
+    session->Commit();
     session.reset();
     return RecordToJson(record);
 }

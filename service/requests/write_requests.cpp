@@ -38,11 +38,11 @@ void MarkNotApplied(std::vector<RecordOutcome> &outcomes)
 Json::Value SaveRecords(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
-    CheckBatch(request, target, {"records"});
-    SaveContext save = MakeSaveContext(context, request, target, PolicyOf(request));
+    uint64_t count = CountBatch(request, target, {"records"});
+    SavePolicy policy = PolicyOf(request);
 
-    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target);
-    save.databaseId = session->EnsureDatabase(target.key).id;
+    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target, count);
+    SaveContext save = MakeSaveContext(context, *session, request, target, policy);
     std::vector<RecordOutcome> outcomes = RecordSaver(*session, save).Save(request.Array("records"));
     session->Commit();
     session.reset();
@@ -56,11 +56,11 @@ Json::Value SaveRecords(ServiceContext &context, const Request &request)
 Json::Value DeleteRecords(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
-    CheckBatch(request, target, {"records"});
+    uint64_t count = CountBatch(request, target, {"records"});
     FindRecordType(target, request);
     DeleteContext deletion{request.Text("recordType"), 0, PolicyOf(request), StampOf(context, request, target)};
 
-    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target);
+    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target, count);
     deletion.databaseId = session->EnsureDatabase(target.key).id;
     std::vector<RecordOutcome> outcomes = DeleteRecordsIn(*session, deletion, request.Array("records"));
     session->Commit();
@@ -75,13 +75,13 @@ Json::Value DeleteRecords(ServiceContext &context, const Request &request)
 Json::Value ModifyRecords(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
-    CheckBatch(request, target, {"recordsToSave", "recordsToDelete"});
+    uint64_t count = CountBatch(request, target, {"recordsToSave", "recordsToDelete"});
     bool atomic = request.BooleanOr("atomic", false);
-    SaveContext save = MakeSaveContext(context, request, target, PolicyOf(request));
-    DeleteContext deletion{"", 0, save.policy, save.stamp};
+    SavePolicy policy = PolicyOf(request);
 
-    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target);
-    save.databaseId = deletion.databaseId = session->EnsureDatabase(target.key).id;
+    std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target, count);
+    SaveContext save = MakeSaveContext(context, *session, request, target, policy);
+    DeleteContext deletion{"", save.databaseId, policy, save.stamp};
     std::vector<RecordOutcome> deleted = DeleteRecordsIn(*session, deletion, request.Array("recordsToDelete"));
     std::vector<RecordOutcome> saved = RecordSaver(*session, save).Save(request.Array("recordsToSave"));
     if (atomic && (AnyRefused(deleted) || AnyRefused(saved))) {

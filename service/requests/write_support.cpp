@@ -3,6 +3,7 @@
 
 #include "requests/write_support.h"
 
+#include <optional>
 #include <utility>
 
 #include "account/container_lock.h"
@@ -13,7 +14,15 @@
 
 namespace DriveService {
 
-void CheckBatch(const Request &request, const Target &target, std::initializer_list<const char *> names)
+namespace {
+
+// Saving a few records takes less time than bringing them to disk; with more, those who share the transaction would
+// wait longer than by themselves.
+constexpr uint64_t MAX_SHARED_RECORDS = 16;
+
+} // namespace
+
+uint64_t CountBatch(const Request &request, const Target &target, std::initializer_list<const char *> names)
 {
     uint64_t count = 0;
     const char *largest = "";
@@ -32,6 +41,7 @@ void CheckBatch(const Request &request, const Target &target, std::initializer_l
                 "\" takes at most " + std::to_string(target.container->maxBatchNumber) + " at once",
             largest);
     }
+    return count;
 }
 
 SavePolicy PolicyOf(const Request &request)
@@ -45,24 +55,34 @@ ChangeStamp StampOf(const ServiceContext &context, const Request &request, const
     return {context.nowMs(), request.DeviceName(), target.app->appId};
 }
 
-SaveContext MakeSaveContext(ServiceContext &context, const Request &request, const Target &target, SavePolicy policy)
-{
-    SaveContext save{*target.app, *target.container, 0, policy, StampOf(context, request, target), "", {}};
-    save.ownerId = AccountId(context.store);
-    save.makeRecordId = [rule = FindIdRule(context.store, target.key.bundleName, *target.container)] {
-        return MakeRecordId(rule);
-    };
-    return save;
-}
-
-std::unique_ptr<WriteSession> BeginRecordWrite(ServiceContext &context, const Request &request, const Target &target)
+std::unique_ptr<WriteSession> BeginRecordWrite(
+    ServiceContext &context, const Request &request, const Target &target, uint64_t records)
 {
     std::string lockSessionId = request.TextOr("lockSessionId", "");
     std::string prepareTraceId = request.PrepareTraceId();
     std::unique_ptr<WriteSession> session = context.store.BeginWrite();
+    if (records > MAX_SHARED_RECORDS) {
+        session->StandAlone();
+    }
     session->SetPrepareTraceId(prepareTraceId);
     ContainerLock(*session, target.key, context.nowMs()).RequireFree(lockSessionId);
     return session;
+}
+
+SaveContext MakeSaveContext(const ServiceContext &context, WriteSession &session, const Request &request,
+    const Target &target, SavePolicy policy)
+{
+    SaveContext save{*target.app, *target.container, 0, policy, StampOf(context, request, target), "", {}};
+    save.databaseId = session.EnsureDatabase(target.key).id;
+    save.ownerId = AccountId(session);
+    // Most records come with an id.
+    save.makeRecordId = [&session, &target, rule = std::optional<EffectiveIdRule>()]() mutable {
+        if (!rule) {
+            rule = FindIdRule(session, target.key.bundleName, *target.container);
+        }
+        return MakeRecordId(*rule);
+    };
+    return save;
 }
 
 Json::Value OutcomesToJson(std::vector<RecordOutcome> &&outcomes)

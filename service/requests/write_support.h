@@ -16,9 +16,9 @@ namespace DriveService {
 
 // What the requests that write records do alike.
 
-// Throws RequestError (BATCH_TOO_LARGE) when these members, arrays all, hold more records than the container takes at
-// once.
-void CheckBatch(const Request &request, const Target &target, std::initializer_list<const char *> names);
+// How many records these members, arrays all, hold. Throws RequestError (BATCH_TOO_LARGE) when they are more than the
+// container takes at once.
+uint64_t CountBatch(const Request &request, const Target &target, std::initializer_list<const char *> names);
 
 // The request's "savePolicy".
 SavePolicy PolicyOf(const Request &request);
@@ -26,12 +26,14 @@ SavePolicy PolicyOf(const Request &request);
 // The stamp of what the request changes.
 ChangeStamp StampOf(const ServiceContext &context, const Request &request, const Target &target);
 
-// All but the database. May begin sessions of its own, so it comes before the write session.
-SaveContext MakeSaveContext(ServiceContext &context, const Request &request, const Target &target, SavePolicy policy);
+// A session in which the request may write so many records of the container: its "lockSessionId" is that of the
+// container's lock, if there is one. Throws RequestError (LOCK_HELD).
+std::unique_ptr<WriteSession> BeginRecordWrite(
+    ServiceContext &context, const Request &request, const Target &target, uint64_t records);
 
-// A session in which the request may write records of the container: its "lockSessionId" is that of the container's
-// lock, if there is one. Throws RequestError (LOCK_HELD).
-std::unique_ptr<WriteSession> BeginRecordWrite(ServiceContext &context, const Request &request, const Target &target);
+// For saving within the session, which must outlive it.
+SaveContext MakeSaveContext(const ServiceContext &context, WriteSession &session, const Request &request,
+    const Target &target, SavePolicy policy);
 
 // The elements of the reply, made of the outcomes' own data. Those that would make it too large come without their data.
 Json::Value OutcomesToJson(std::vector<RecordOutcome> &&outcomes);

@@ -76,23 +76,55 @@ void SqliteConnection::Execute(const std::string &sql)
     database_->exec(sql);
 }
 
+void SqliteConnection::Run(const std::string &sql)
+{
+    SQLite::Statement &statement = Prepare(sql);
+    statement.executeStep();
+    // One that stands on a row keeps the transaction from ending.
+    statement.reset();
+}
+
+void SqliteConnection::Rollback()
+{
+    try {
+        Run("ROLLBACK");
+    } catch (const std::exception &) {
+        // SQLite has rolled back by itself, which some failures make it do.
+    }
+}
+
 bool SqliteConnection::IsReadOnly() const
 {
     return sqlite3_db_readonly(database_->getHandle(), "main") != 0;
 }
 
+bool SqliteConnection::IsInTransaction() const
+{
+    return sqlite3_get_autocommit(database_->getHandle()) == 0;
+}
+
+int SqliteConnection::Changes() const
+{
+    return database_->getTotalChanges();
+}
+
+std::string SqliteConnection::LastError() const
+{
+    return database_->getErrorMsg();
+}
+
 SqliteTransaction::SqliteTransaction(SqliteConnection &connection, Mode mode) : connection_(connection)
 {
     if (mode == Mode::WRITE) {
-        connection_.Execute("BEGIN IMMEDIATE");
+        connection_.Run("BEGIN IMMEDIATE");
         return;
     }
-    connection_.Execute("BEGIN");
+    connection_.Run("BEGIN");
     try {
         // SQLite takes the view at the first read.
-        connection_.Execute("SELECT version FROM schema_info");
+        connection_.Run("SELECT version FROM schema_info");
     } catch (const std::exception &) {
-        Rollback();
+        connection_.Rollback();
         throw;
     }
 }
@@ -100,22 +132,13 @@ SqliteTransaction::SqliteTransaction(SqliteConnection &connection, Mode mode) : 
 SqliteTransaction::~SqliteTransaction()
 {
     if (open_) {
-        Rollback();
-    }
-}
-
-void SqliteTransaction::Rollback()
-{
-    try {
-        connection_.Execute("ROLLBACK");
-    } catch (const std::exception &) {
-        // SQLite has rolled back by itself, which some failures make it do.
+        connection_.Rollback();
     }
 }
 
 void SqliteTransaction::Commit()
 {
-    connection_.Execute("COMMIT");
+    connection_.Run("COMMIT");
     open_ = false;
 }
 

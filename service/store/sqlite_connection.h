@@ -29,6 +29,12 @@ public:
 
     void Execute(const std::string &sql);
 
+    // The same for a text that comes again: it is parsed once.
+    void Run(const std::string &sql);
+
+    // Undoes the open transaction, if there is one; fails at nothing.
+    void Rollback();
+
     const std::string &Path() const
     {
         return database_->getFilename();
@@ -36,6 +42,14 @@ public:
 
     // The file may not be written, or could not be when it was opened.
     bool IsReadOnly() const;
+
+    bool IsInTransaction() const;
+
+    // Differs whenever rows were written meanwhile.
+    int Changes() const;
+
+    // Of the last operation that failed.
+    std::string LastError() const;
 
 private:
     std::unique_ptr<SQLite::Database> database_;
@@ -58,8 +72,6 @@ public:
     void Commit();
 
 private:
-    void Rollback();
-
     SqliteConnection &connection_;
     bool open_ = true;
 };

@@ -57,8 +57,8 @@ public:
 SqliteStore::SqliteStore(std::string path) : path_(std::move(path))
 {
     try {
-        writer_ = std::make_unique<SqliteConnection>(path_);
-        MigrateSchema(*writer_);
+        writer_ = std::make_unique<GroupWriter>(path_);
+        MigrateSchema(writer_->Connection());
     } catch (const std::exception &failure) {
         throw StoreError("cannot use the database " + path_ + ": " + failure.what());
     }
@@ -72,20 +72,13 @@ std::unique_ptr<ReadSession> SqliteStore::BeginRead()
 
 std::unique_ptr<WriteSession> SqliteStore::BeginWrite()
 {
-    std::unique_lock<std::mutex> lock(writerMutex_);
-    return GuardStore(path_, [&]() -> std::unique_ptr<WriteSession> {
-        if (writer_->IsReadOnly()) {
-            // The file could not be written when it was opened; that may have been put right since.
-            writer_ = std::make_unique<SqliteConnection>(path_);
-        }
-        return std::make_unique<SqliteWrite>(std::move(lock), *writer_, onNotices_);
-    });
+    return GuardStore(
+        path_, [this]() -> std::unique_ptr<WriteSession> { return std::make_unique<SqliteWrite>(*writer_); });
 }
 
 void SqliteStore::SetNoticeListener(std::function<void()> listener)
 {
-    std::lock_guard<std::mutex> lock(writerMutex_);
-    onNotices_ = std::move(listener);
+    writer_->SetNoticeListener(std::move(listener));
 }
 
 std::unique_ptr<SqliteConnection> SqliteStore::TakeReader()

@@ -11,13 +11,14 @@
 #include <string>
 #include <vector>
 
+#include "store/commit_group.h"
 #include "store/sqlite_connection.h"
 #include "store/store.h"
 
 namespace DriveService {
 
 // The store in one SQLite file. Readers have connections of their own from a pool, so that none of them waits for the
-// writer; the one writing connection is handed from session to session.
+// writer; the one writing connection is handed from session to session, see GroupWriter.
 class SqliteStore : public Store {
 public:
     // Opens or makes the file; throws StoreError with the path and the cause.
@@ -34,9 +35,7 @@ private:
     void ReturnReader(std::unique_ptr<SqliteConnection> connection);
 
     const std::string path_;
-    std::mutex writerMutex_; // held by the write session
-    std::unique_ptr<SqliteConnection> writer_;
-    std::function<void()> onNotices_; // guarded by writerMutex_
+    std::unique_ptr<GroupWriter> writer_;
 
     std::mutex poolMutex_;
     std::condition_variable readerReturned_;

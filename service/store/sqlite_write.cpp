@@ -54,11 +54,13 @@ constexpr const char *PUT_RECORD =
 
 } // namespace
 
-SqliteWrite::SqliteWrite(
-    std::unique_lock<std::mutex> lock, SqliteConnection &connection, const std::function<void()> &onNotices)
-    : lock_(std::move(lock)), connection_(connection), transaction_(connection, SqliteTransaction::Mode::WRITE),
-      view_(connection), onNotices_(onNotices)
+SqliteWrite::SqliteWrite(GroupWriter &writer) : turn_(writer), connection_(turn_.Connection()), view_(connection_)
 {}
+
+void SqliteWrite::StandAlone()
+{
+    GuardStore(connection_.Path(), [&] { turn_.StandAlone(); });
+}
 
 ReadSession &SqliteWrite::View()
 {
@@ -152,6 +154,8 @@ void SqliteWrite::EnsureIndexed(
     if (view_.IsIndexed(databaseId, recordType, fields)) {
         return;
     }
+    // It may take long.
+    StandAlone();
     GuardStore(connection_.Path(), [&] {
         Reindex(databaseId, recordType, fields);
         SQLite::Statement &remember =
@@ -208,11 +212,8 @@ void SqliteWrite::Commit()
             statement.bind(2, databaseId);
             statement.exec();
         }
-        transaction_.Commit();
+        turn_.Commit(hasNotices_);
     });
-    if (hasNotices_ && onNotices_) {
-        onNotices_();
-    }
 }
 
 } // namespace DriveService

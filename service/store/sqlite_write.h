@@ -4,24 +4,22 @@
 #ifndef NUBIS_SERVICE_STORE_SQLITE_WRITE_H
 #define NUBIS_SERVICE_STORE_SQLITE_WRITE_H
 
-#include <functional>
 #include <map>
-#include <mutex>
 #include <set>
 #include <string>
 
+#include "store/commit_group.h"
 #include "store/sqlite_read.h"
 
 namespace DriveService {
 
-// Holds the writer's lock and a transaction on the writing connection for as long as it lives.
+// A session in its turn at the writing connection.
 class SqliteWrite : public WriteSession {
 public:
-    // onNotices, which must outlive the session, is called after a commit that added notices.
-    SqliteWrite(
-        std::unique_lock<std::mutex> lock, SqliteConnection &connection, const std::function<void()> &onNotices);
+    explicit SqliteWrite(GroupWriter &writer);
     ~SqliteWrite() override = default;
 
+    void StandAlone() override;
     ReadSession &View() override;
     DatabaseInfo EnsureDatabase(const DatabaseKey &key) override;
     void EnsureIndexed(
@@ -48,13 +46,10 @@ private:
     void ReplaceValues(int64_t databaseId, const StoredRecord &record, const std::vector<IndexRow> &values);
     void Reindex(int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields);
 
-    // The lock is released after the transaction has ended.
-    std::unique_lock<std::mutex> lock_;
+    WriteTurn turn_;
     SqliteConnection &connection_;
-    SqliteTransaction transaction_;
     SqliteRead view_;
-    std::map<int64_t, int64_t> lastSequences_; // by database; written down at the commit
-    const std::function<void()> &onNotices_;
+    std::map<int64_t, int64_t> lastSequences_;              // by database; written down at the commit
     std::map<int64_t, std::set<std::string>> changedTypes_; // by database
     std::string prepareTraceId_;
     bool hasNotices_ = false;

@@ -84,10 +84,15 @@ public:
     virtual StoreReport Check() = 0;
 };
 
-// The one writer. Sees what it has written itself. What was not committed when it ends is undone.
+// The one writer. Sees what it has written itself, and what sessions before it have that wait to be brought to disk
+// together with it. What was not committed when it ends is undone, without touching what those have written.
 class WriteSession {
 public:
+    // Waits until all that it has seen is on disk.
     virtual ~WriteSession() = default;
+
+    // For a session that takes long: nobody waits for it to be brought to disk with it. To be called before it writes.
+    virtual void StandAlone() = 0;
 
     // The view that includes the session's own writes; lives as long as the session.
     virtual ReadSession &View() = 0;
@@ -138,20 +143,23 @@ public:
     // What in the rows that were added contradicts itself, as a text for people; empty when nothing does.
     virtual std::string FindContradiction() = 0;
 
-    // Adds a notice about each database with changed records for each subscription of its container. On disk when it returns.
+    // Adds a notice about each database with changed records for each subscription of its container. When it returns, all
+    // that the session has written and seen is on disk. Throws StoreError when any of it was lost: then the disk has
+    // nothing of what the session wrote. The session is of no further use.
     virtual void Commit() = 0;
 };
 
-// All data of one user. Any thread may begin sessions; BeginWrite waits for the writer before, BeginRead only when
-// very many readers are busy. Sessions must end before the store does.
+// All data of one user. Any thread may begin sessions; BeginWrite waits for those before that have not called Commit,
+// in their order, BeginRead only when very many readers are busy. A thread must not begin a write session while it has
+// one. Sessions must end before the store does.
 class Store {
 public:
     virtual ~Store() = default;
     virtual std::unique_ptr<ReadSession> BeginRead() = 0;
     virtual std::unique_ptr<WriteSession> BeginWrite() = 0;
 
-    // Called after each commit that added notices, inside the write session: it must begin none. Empty: nobody is
-    // called.
+    // Called when notices have come to disk, once for all that came together, by one of the sessions that added them or
+    // a later one, while no other writes: it must begin none. Empty: nobody is called.
     virtual void SetNoticeListener(std::function<void()> listener) = 0;
 };
 

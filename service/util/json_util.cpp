@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <memory>
-#include <sstream>
+#include <ostream>
+#include <streambuf>
+#include <utility>
 
 #include "records/limits.h"
 #include "util/encoding.h"
@@ -16,28 +18,48 @@ namespace {
 
 constexpr size_t EXCERPT_BYTES = 80;
 
-const Json::CharReaderBuilder &ReaderBuilder()
+std::unique_ptr<Json::CharReader> NewReader()
 {
-    static const auto *builder = [] {
-        auto *made = new Json::CharReaderBuilder;
-        Json::CharReaderBuilder::strictMode(&made->settings_);
-        made->settings_["stackLimit"] = MAX_JSON_DEPTH;
-        return made;
-    }();
-    return *builder;
+    Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    builder.settings_["stackLimit"] = MAX_JSON_DEPTH;
+    return std::unique_ptr<Json::CharReader>(builder.newCharReader());
 }
 
 // Replies of up to 128 MiB are written; escaping every character outside ASCII would triple some of them.
-const Json::StreamWriterBuilder &WriterBuilder()
+std::unique_ptr<Json::StreamWriter> NewWriter()
 {
-    static const auto *builder = [] {
-        auto *made = new Json::StreamWriterBuilder;
-        made->settings_["indentation"] = "";
-        made->settings_["emitUTF8"] = true;
-        return made;
-    }();
-    return *builder;
+    Json::StreamWriterBuilder builder;
+    builder.settings_["indentation"] = "";
+    builder.settings_["emitUTF8"] = true;
+    return std::unique_ptr<Json::StreamWriter>(builder.newStreamWriter());
 }
+
+// Takes what a writer writes without the copies of a string stream.
+class TextBuffer : public std::streambuf {
+public:
+    std::string TakeText()
+    {
+        return std::move(text_);
+    }
+
+protected:
+    int_type overflow(int_type character) override
+    {
+        if (!traits_type::eq_int_type(character, traits_type::eof())) {
+            text_ += traits_type::to_char_type(character);
+        }
+        return traits_type::not_eof(character);
+    }
+    std::streamsize xsputn(const char *text, std::streamsize size) override
+    {
+        text_.append(text, static_cast<size_t>(size));
+        return size;
+    }
+
+private:
+    std::string text_;
+};
 
 } // namespace
 
@@ -75,7 +97,8 @@ bool ParseJson(const std::string &text, Json::Value &value, std::string &error)
         return false;
     }
     try {
-        std::unique_ptr<Json::CharReader> reader(ReaderBuilder().newCharReader());
+        // One for each thread: making one costs more than reading a small text.
+        static thread_local const std::unique_ptr<Json::CharReader> reader = NewReader();
         if (reader->parse(text.data(), text.data() + text.size(), &value, &error)) {
             return true;
         }
@@ -90,7 +113,11 @@ bool ParseJson(const std::string &text, Json::Value &value, std::string &error)
 
 std::string WriteJson(const Json::Value &value)
 {
-    return Json::writeString(WriterBuilder(), value);
+    static thread_local const std::unique_ptr<Json::StreamWriter> writer = NewWriter();
+    TextBuffer buffer;
+    std::ostream stream(&buffer);
+    writer->write(value, &stream);
+    return buffer.TakeText();
 }
 
 std::string DescribeJson(const Json::Value &value)

@@ -1,0 +1,223 @@
+// SPDX-FileCopyrightText: 2026 The libnubis_lite authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "store/commit_group.h"
+
+#include <utility>
+
+#include "store/store.h"
+
+namespace DriveService {
+
+namespace {
+
+// The first of a group waits for all others of it.
+constexpr size_t MAX_GROUP_SESSIONS = 32;
+
+} // namespace
+
+GroupWriter::GroupWriter(std::string path) : path_(std::move(path)), connection_(new SqliteConnection(path_))
+{}
+
+void GroupWriter::SetNoticeListener(std::function<void()> listener)
+{
+    std::lock_guard<std::mutex> lock(listenerMutex_);
+    onNotices_ = std::move(listener);
+}
+
+size_t GroupWriter::Waiting()
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return places_.size();
+}
+
+void GroupWriter::Take()
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (!isTaken_) {
+        isTaken_ = true;
+        return;
+    }
+    Place place;
+    places_.push_back(&place);
+    place.turn.wait(lock, [&place] { return place.isNext; });
+}
+
+void GroupWriter::PassOn()
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    LetNextOn();
+}
+
+// Notifies within the lock: the place is gone as soon as its session goes on.
+void GroupWriter::LetNextOn()
+{
+    if (places_.empty()) {
+        isTaken_ = false;
+        return;
+    }
+    Place *next = places_.front();
+    places_.pop_front();
+    next->isNext = true;
+    next->turn.notify_one();
+}
+
+bool GroupWriter::AwaitOthers(CommitGroup &group)
+{
+    if (group.isClosed || group.sessions >= MAX_GROUP_SESSIONS || !connection_->IsInTransaction()) {
+        return false;
+    }
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (places_.empty()) {
+        return false;
+    }
+    LetNextOn();
+    group.over.wait(lock, [&group] { return group.isOver; });
+    return true;
+}
+
+void GroupWriter::Settle()
+{
+    std::shared_ptr<CommitGroup> group = std::move(group_);
+    std::string failure;
+    if (connection_->IsInTransaction()) {
+        try {
+            connection_->Run("COMMIT");
+        } catch (const SQLite::Exception &cause) {
+            failure = cause.what();
+            connection_->Rollback();
+        }
+    } else {
+        // Some failures make SQLite undo the whole transaction by itself.
+        failure = connection_->LastError();
+    }
+    if (failure.empty() && group->hasNotices) {
+        TellListener();
+    }
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        group->isOver = true;
+        group->failure = std::move(failure);
+    }
+    group->over.notify_all();
+}
+
+void GroupWriter::TellListener()
+{
+    std::lock_guard<std::mutex> lock(listenerMutex_);
+    if (onNotices_) {
+        onNotices_();
+    }
+}
+
+WriteTurn::WriteTurn(GroupWriter &writer) : writer_(writer)
+{
+    writer_.Take();
+    group_ = writer_.group_;
+    if (group_ == nullptr) {
+        BeginGroup();
+        return;
+    }
+    ++group_->sessions;
+    try {
+        Connection().Run("SAVEPOINT session");
+    } catch (const SQLite::Exception &) {
+        End();
+        throw;
+    }
+    changesBefore_ = Connection().Changes();
+}
+
+WriteTurn::~WriteTurn()
+{
+    if (!isOpen_) {
+        return;
+    }
+    try {
+        Undo();
+    } catch (const std::exception &) {
+        // Those whose writes were lost are told by their own commits.
+    }
+}
+
+void WriteTurn::BeginGroup()
+{
+    try {
+        if (Connection().IsReadOnly()) {
+            // The file could not be written when it was opened; that may have been put right since.
+            writer_.connection_ = std::make_unique<SqliteConnection>(writer_.path_);
+        }
+        Connection().Run("BEGIN IMMEDIATE");
+    } catch (const std::exception &) {
+        isOpen_ = false;
+        writer_.PassOn();
+        throw;
+    }
+    writer_.group_ = group_ = std::make_shared<CommitGroup>();
+    group_->sessions = 1;
+    isFirst_ = true;
+}
+
+void WriteTurn::StandAlone()
+{
+    if (!isFirst_ && Connection().Changes() == changesBefore_) {
+        Connection().Run("RELEASE session");
+        writer_.Settle();
+        if (!group_->failure.empty()) {
+            isOpen_ = false;
+            writer_.PassOn();
+            ThrowIfLost();
+        }
+        BeginGroup();
+    }
+    group_->isClosed = true;
+}
+
+void WriteTurn::Commit(bool hasNotices)
+{
+    if (!isFirst_) {
+        Connection().Run("RELEASE session");
+    }
+    group_->hasNotices = group_->hasNotices || hasNotices;
+    End();
+}
+
+void WriteTurn::Undo()
+{
+    if (isFirst_) {
+        isOpen_ = false;
+        Connection().Rollback();
+        writer_.group_.reset();
+        writer_.PassOn();
+        return;
+    }
+    if (Connection().IsInTransaction()) {
+        try {
+            Connection().Run("ROLLBACK TO session");
+            Connection().Run("RELEASE session");
+        } catch (const SQLite::Exception &) {
+            // What is left of its writes must not be kept, nor what others wrote with it.
+            Connection().Rollback();
+        }
+    }
+    End();
+}
+
+void WriteTurn::End()
+{
+    isOpen_ = false;
+    if (!writer_.AwaitOthers(*group_)) {
+        writer_.Settle();
+        writer_.PassOn();
+    }
+    ThrowIfLost();
+}
+
+void WriteTurn::ThrowIfLost() const
+{
+    if (!group_->failure.empty()) {
+        throw StoreError("the database failed: " + writer_.path_ + ": " + group_->failure);
+    }
+}
+
+} // namespace DriveService
