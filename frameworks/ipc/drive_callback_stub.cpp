@@ -170,14 +170,19 @@ int32_t DriveCallbackStub::WaitRequestReply(const std::string &uuid, std::string
 
 void DriveCallbackStub::SetRequestReplyResult(const std::string &uuid, const std::string &text)
 {
-    std::lock_guard<ffrt::mutex> lock(requestMutex_);
-    const auto found = waitingRequests_.find(uuid);
-    if (found == waitingRequests_.end() || found->second.isEnded) {
-        NB_LOGE("set request result failed, can not find request uuid:%{public}s", uuid.c_str());
-        return;
+    std::shared_ptr<ffrt::promise<std::string>> waiting;
+    {
+        std::lock_guard<ffrt::mutex> lock(requestMutex_);
+        const auto found = waitingRequests_.find(uuid);
+        if (found == waitingRequests_.end() || found->second.isEnded) {
+            NB_LOGE("set request result failed, can not find request uuid:%{public}s", uuid.c_str());
+            return;
+        }
+        found->second.isReplied = true;
+        waiting = found->second.reply;
     }
-    found->second.isReplied = true;
-    found->second.reply->set_value(text);
+    // Without the mutex, or whoever is woken would wait for it at once.
+    waiting->set_value(text);
 }
 
 void DriveCallbackStub::NotifyAllWaitRequest(const std::string &text)

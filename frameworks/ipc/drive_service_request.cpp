@@ -177,9 +177,12 @@ void DriveServiceProxy::AwaitUrgentSlot(std::unique_lock<ffrt::mutex> &lock)
 
 void DriveServiceProxy::ReturnSlot()
 {
-    std::lock_guard<ffrt::mutex> lock(slotMutex_);
-    --requestsInFlight_;
-    ++slotsReturned_;
+    {
+        std::lock_guard<ffrt::mutex> lock(slotMutex_);
+        --requestsInFlight_;
+        ++slotsReturned_;
+    }
+    // Without the mutex, or whoever is woken would wait for it at once.
     slotFreed_.notify_one();
     urgentSlotFreed_.notify_one();
 }

@@ -22,6 +22,19 @@ constexpr std::chrono::milliseconds STANDSTILL(5);
 constexpr std::chrono::seconds IDLE_LIFE(10);
 constexpr int PATIENCE_IN_ALL = 10;
 
+// Longer than a caller takes from one call back to its next call, and nothing beside what a task costs.
+constexpr std::chrono::microseconds WATCH(100);
+
+// Lets the other thread of a shared core go ahead.
+void Relax()
+{
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#elif defined(__aarch64__)
+    __asm__ __volatile__("yield");
+#endif
+}
+
 thread_local Worker *g_current = nullptr;
 } // namespace
 
@@ -34,11 +47,16 @@ void Assignment::Give()
     given_.notify_one();
 }
 
+bool Assignment::Look()
+{
+    return isGiven_.load(std::memory_order_relaxed) && isGiven_.exchange(false);
+}
+
 bool Assignment::AwaitUntil(Moment end)
 {
     std::unique_lock<std::mutex> lock(mutex_);
-    given_.wait_until(lock, end, [this]() { return isGiven_; });
-    return std::exchange(isGiven_, false);
+    given_.wait_until(lock, end, [this]() { return isGiven_.load(); });
+    return isGiven_.exchange(false);
 }
 
 Worker *WorkerPool::Current()
@@ -170,8 +188,9 @@ bool WorkerPool::AwaitTask(CoreLock &lock, Worker &self)
     // The last one to become idle is the first one to work again, so that those not needed can end.
     idle_.push_back(&self);
     lock.unlock();
-    const Moment end = std::chrono::steady_clock::now() + IDLE_LIFE;
-    if (self.assigned.AwaitUntil(end)) {
+    const Moment now = std::chrono::steady_clock::now();
+    const Moment end = now + IDLE_LIFE;
+    if (WatchForTask(self, now + WATCH) || self.assigned.AwaitUntil(end)) {
         return true;
     }
     lock.lock();
@@ -183,6 +202,20 @@ bool WorkerPool::AwaitTask(CoreLock &lock, Worker &self)
     self.assigned.AwaitUntil(end);
     lock.unlock();
     return true;
+}
+
+// A caller that makes one call after the other has the next task soon. Going to sleep and being woken would take longer.
+// Only the one that became idle last watches, because it gets the next task.
+bool WorkerPool::WatchForTask(Worker &self, Moment end)
+{
+    watching_ = &self;
+    while (watching_ == &self && std::chrono::steady_clock::now() < end) {
+        if (self.assigned.Look()) {
+            return true;
+        }
+        Relax();
+    }
+    return false;
 }
 
 void WorkerPool::OnParked(Worker &worker)

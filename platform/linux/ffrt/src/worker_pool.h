@@ -4,6 +4,7 @@
 #ifndef HOST_FFRT_WORKER_POOL_H
 #define HOST_FFRT_WORKER_POOL_H
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -24,13 +25,14 @@ class Assignment {
 public:
     // With the core lock, which also keeps the worker from ending meanwhile.
     void Give();
-    // Without the core lock. False when nothing was given until `end`.
+    // Both without the core lock. Look does not block. False when nothing was given, to AwaitUntil until `end`.
+    bool Look();
     bool AwaitUntil(Moment end);
 
 private:
     std::mutex mutex_;
     std::condition_variable given_;
-    bool isGiven_ = false;
+    std::atomic<bool> isGiven_{false};
 };
 
 // One thread of the pool. Everything but the thread's own loop is under the core lock.
@@ -70,6 +72,7 @@ private:
     // Both give the lock back when there is a task to run, and keep it when the worker is to end.
     bool NextTask(CoreLock &lock, Worker &self);
     bool AwaitTask(CoreLock &lock, Worker &self);
+    bool WatchForTask(Worker &self, Moment end);
     void Staff();
     bool StartWorker();
     void OnProgress();
@@ -78,6 +81,7 @@ private:
 
     std::deque<Task *> ready_;
     std::vector<Worker *> idle_;
+    std::atomic<Worker *> watching_{nullptr}; // needs no lock
     std::unordered_set<Worker *> workers_;
     std::size_t busy_ = 0;
     std::size_t parked_ = 0;

@@ -31,9 +31,11 @@ struct shared_state {
     template <typename V>
     void set(V &&v)
     {
-        std::lock_guard<mutex> guard(lock);
-        value.reset();
-        value.emplace(std::forward<V>(v));
+        {
+            std::lock_guard<mutex> guard(lock);
+            value.reset();
+            value.emplace(std::forward<V>(v));
+        }
         changed.notify_all();
     }
 };
@@ -104,11 +106,14 @@ struct promise {
 
     void set_value(const R &value) noexcept
     {
-        state_->set(value);
+        // Held here: whoever is woken may destroy the promise at once.
+        const auto state = state_;
+        state->set(value);
     }
     void set_value(R &&value) noexcept
     {
-        state_->set(std::move(value));
+        const auto state = state_;
+        state->set(std::move(value));
     }
     future<R> get_future() noexcept
     {
