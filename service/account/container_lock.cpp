@@ -35,10 +35,11 @@ void Keep(WriteSession &session, const DatabaseKey &key, const LockHolder &holde
 
 std::optional<LockHolder> FindLockHolder(ReadSession &session, const DatabaseKey &key, int64_t nowMs)
 {
+    std::optional<std::string> text = session.Setting(SettingName(key));
     Json::Value kept;
     std::string error;
     // One that was damaged by hand counts as none.
-    if (!ParseJson(session.Setting(SettingName(key)).value_or(""), kept, error) || !kept.isObject() ||
+    if (!text || !ParseJson(*text, kept, error) || !kept.isObject() ||
         !kept["expiresMs"].isInt64()) {
         return std::nullopt;
     }

@@ -138,10 +138,11 @@ Json::Value NullOf(const FieldRule &rule)
 std::optional<Failure> ReadFields(const Json::Value &json, IncomingRecord &record)
 {
     std::vector<FailureDetail> problems;
-    for (const std::string &name : json.getMemberNames()) {
+    for (auto member = json.begin(); member != json.end(); ++member) {
         if (problems.size() >= MAX_FAILURE_DETAILS) {
             break;
         }
+        const std::string name = member.name();
         if (BookkeepingMembers().count(name) > 0) {
             continue;
         }
@@ -151,7 +152,7 @@ std::optional<Failure> ReadFields(const Json::Value &json, IncomingRecord &recor
                 {"record type \"" + record.recordType + "\" has no field \"" + Excerpt(name) + "\"", Excerpt(name)});
             continue;
         }
-        Json::Value value = json[name].isNull() ? NullOf(*rule) : json[name];
+        Json::Value value = member->isNull() ? NullOf(*rule) : *member;
         if (!value.isNull()) {
             UnwrapAttachments(record.recordType, name, value);
             CheckFieldValue(*rule, value, problems, record.fieldReferences);

@@ -31,35 +31,56 @@ size_t GroupWriter::Waiting()
     return places_.size();
 }
 
-void GroupWriter::Take()
+void GroupWriter::Place::Await()
 {
     std::unique_lock<std::mutex> lock(mutex_);
-    if (!isTaken_) {
-        isTaken_ = true;
-        return;
+    called_.wait(lock, [this] { return isNext_; });
+}
+
+void GroupWriter::Place::Call()
+{
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        isNext_ = true;
     }
-    Place place;
-    places_.push_back(&place);
-    place.turn.wait(lock, [&place] { return place.isNext; });
+    called_.notify_one();
+}
+
+void GroupWriter::Take()
+{
+    std::shared_ptr<Place> place;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (!isTaken_) {
+            isTaken_ = true;
+            return;
+        }
+        place = places_.emplace_back(std::make_shared<Place>());
+    }
+    place->Await();
+}
+
+std::shared_ptr<GroupWriter::Place> GroupWriter::TakeNext()
+{
+    if (places_.empty()) {
+        return nullptr;
+    }
+    std::shared_ptr<Place> next = std::move(places_.front());
+    places_.pop_front();
+    return next;
 }
 
 void GroupWriter::PassOn()
 {
-    std::lock_guard<std::mutex> lock(mutex_);
-    LetNextOn();
-}
-
-// Notifies within the lock: the place is gone as soon as its session goes on.
-void GroupWriter::LetNextOn()
-{
-    if (places_.empty()) {
-        isTaken_ = false;
-        return;
+    std::shared_ptr<Place> next;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        next = TakeNext();
+        isTaken_ = next != nullptr;
     }
-    Place *next = places_.front();
-    places_.pop_front();
-    next->isNext = true;
-    next->turn.notify_one();
+    if (next != nullptr) {
+        next->Call();
+    }
 }
 
 bool GroupWriter::AwaitOthers(CommitGroup &group)
@@ -68,10 +89,13 @@ bool GroupWriter::AwaitOthers(CommitGroup &group)
         return false;
     }
     std::unique_lock<std::mutex> lock(mutex_);
-    if (places_.empty()) {
+    std::shared_ptr<Place> next = TakeNext();
+    if (next == nullptr) {
         return false;
     }
-    LetNextOn();
+    lock.unlock();
+    next->Call();
+    lock.lock();
     group.over.wait(lock, [&group] { return group.isOver; });
     return true;
 }

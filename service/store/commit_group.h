@@ -50,15 +50,22 @@ public:
 
 private:
     friend class WriteTurn;
-    struct Place {
-        bool isNext = false;
-        std::condition_variable turn;
+    // Where a session waits for its turn, without the writer's mutex, so that it goes on as soon as it is called.
+    class Place {
+    public:
+        void Await();
+        void Call();
+
+    private:
+        std::mutex mutex_;
+        std::condition_variable called_;
+        bool isNext_ = false;
     };
 
     void Take();
     void PassOn();
-    // The caller must hold mutex_.
-    void LetNextOn();
+    // The one to be called next, which the writer then belongs to; null when nobody waits. The caller must hold mutex_.
+    std::shared_ptr<Place> TakeNext();
     // True when the next session has gone on with the group and the group is over; false when nobody is to join it.
     bool AwaitOthers(CommitGroup &group);
     // Brings the open group to disk, or says in it why not; the writer stays the caller's.
@@ -71,8 +78,8 @@ private:
     std::shared_ptr<CommitGroup> group_; // null when no transaction is open
 
     std::mutex mutex_;
-    bool isTaken_ = false;       // guarded by mutex_
-    std::deque<Place *> places_; // guarded by mutex_
+    bool isTaken_ = false;                      // guarded by mutex_
+    std::deque<std::shared_ptr<Place>> places_; // guarded by mutex_
 
     std::mutex listenerMutex_; // held while it is called
     std::function<void()> onNotices_;

@@ -210,7 +210,7 @@ void SqliteWrite::AddChangeNotices()
 {
     for (const auto &changed : changedTypes_) {
         std::vector<std::string> subscriptionIds;
-        NoticeContent content{"", ListText(changed.second), prepareTraceId_};
+        std::string scopes;
         GuardStore(connection_.Path(), [&] {
             SQLite::Statement &find = connection_.Prepare(
                 "SELECT s.subscription_id, d.database_type FROM subscription s JOIN cloud_database d"
@@ -220,11 +220,11 @@ void SqliteWrite::AddChangeNotices()
             find.bind(1, changed.first);
             while (find.executeStep()) {
                 subscriptionIds.push_back(find.getColumn(0).getString());
-                content.databaseScopes = ListText({ScopeName(find.getColumn(1).getInt64())});
+                scopes = ListText({ScopeName(find.getColumn(1).getInt64())});
             }
         });
         for (const std::string &subscriptionId : subscriptionIds) {
-            AddNotice(subscriptionId, content);
+            AddNotice(subscriptionId, {scopes, ListText(changed.second), prepareTraceId_});
         }
     }
 }
