@@ -14,6 +14,15 @@ namespace {
 // The first of a group waits for all others of it.
 constexpr size_t MAX_GROUP_SESSIONS = 32;
 
+void Release(CommitGroup &group)
+{
+    {
+        std::lock_guard<std::mutex> lock(group.mutex);
+        group.isOver = true;
+    }
+    group.over.notify_all();
+}
+
 } // namespace
 
 GroupWriter::GroupWriter(std::string path) : path_(std::move(path)), connection_(new SqliteConnection(path_))
@@ -88,22 +97,24 @@ bool GroupWriter::AwaitOthers(CommitGroup &group)
     if (group.isClosed || group.sessions >= MAX_GROUP_SESSIONS || !connection_->IsInTransaction()) {
         return false;
     }
-    std::unique_lock<std::mutex> lock(mutex_);
-    std::shared_ptr<Place> next = TakeNext();
+    std::shared_ptr<Place> next;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        next = TakeNext();
+    }
     if (next == nullptr) {
         return false;
     }
-    lock.unlock();
     next->Call();
-    lock.lock();
+    std::unique_lock<std::mutex> lock(group.mutex);
     group.over.wait(lock, [&group] { return group.isOver; });
     return true;
 }
 
-void GroupWriter::Settle()
+std::shared_ptr<CommitGroup> GroupWriter::Settle()
 {
     std::shared_ptr<CommitGroup> group = std::move(group_);
-    std::string failure;
+    std::string &failure = group->failure;
     if (connection_->IsInTransaction()) {
         try {
             connection_->Run("COMMIT");
@@ -118,12 +129,7 @@ void GroupWriter::Settle()
     if (failure.empty() && group->hasNotices) {
         TellListener();
     }
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        group->isOver = true;
-        group->failure = std::move(failure);
-    }
-    group->over.notify_all();
+    return group;
 }
 
 void GroupWriter::TellListener()
@@ -186,7 +192,7 @@ void WriteTurn::StandAlone()
 {
     if (!isFirst_ && Connection().Changes() == changesBefore_) {
         Connection().Run("RELEASE session");
-        writer_.Settle();
+        Release(*writer_.Settle());
         if (!group_->failure.empty()) {
             isOpen_ = false;
             writer_.PassOn();
@@ -231,8 +237,10 @@ void WriteTurn::End()
 {
     isOpen_ = false;
     if (!writer_.AwaitOthers(*group_)) {
-        writer_.Settle();
+        std::shared_ptr<CommitGroup> group = writer_.Settle();
+        // First the next group, which is what the others wait for.
         writer_.PassOn();
+        Release(*group);
     }
     ThrowIfLost();
 }

@@ -20,10 +20,10 @@ struct CommitGroup {
     size_t sessions = 0; // that have had their turn
     bool isClosed = false;
     bool hasNotices = false;
-    // The rest is guarded by the writer's mutex.
-    bool isOver = false;
     std::string failure; // why nothing of the group was kept; empty when it is on disk
+    std::mutex mutex;
     std::condition_variable over;
+    bool isOver = false; // guarded by the mutex; nothing changes afterwards
 };
 
 // The one writing connection, handed from session to session in the order in which they came. A session that commits
@@ -69,7 +69,7 @@ private:
     // True when the next session has gone on with the group and the group is over; false when nobody is to join it.
     bool AwaitOthers(CommitGroup &group);
     // Brings the open group to disk, or says in it why not; the writer stays the caller's.
-    void Settle();
+    std::shared_ptr<CommitGroup> Settle();
     void TellListener();
 
     const std::string path_;

@@ -23,6 +23,9 @@ constexpr size_t MAX_STATEMENTS = 128;
 
 constexpr int SYNCHRONOUS_FULL = 2;
 
+// 16 MiB.
+constexpr int LOG_PAGES = 4096;
+
 // SQLite gives its journal files the mode of the database file, so that one mode settles all three. A file that is
 // there must not even be opened: closing it would drop the locks that other connections of this process hold on it, and
 // the next program from outside would take the journal away from under them.
@@ -50,6 +53,8 @@ SqliteConnection::SqliteConnection(const std::string &path)
     }
     // With WAL, anything less may lose acknowledged transactions when the machine goes down.
     database_->exec("PRAGMA synchronous = FULL");
+    // A page that changes often is copied into the file the more rarely the longer the log may become.
+    database_->exec("PRAGMA wal_autocheckpoint = " + std::to_string(LOG_PAGES));
     SQLite::Statement level(*database_, "PRAGMA synchronous");
     if (!level.executeStep() || level.getColumn(0).getInt() != SYNCHRONOUS_FULL) {
         throw std::runtime_error("the database " + path + " would not be written safely");
