@@ -6,7 +6,9 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -58,6 +60,48 @@ using NBFieldMap = std::map<std::string, NBRecordField>;
 /// The index of each alternative is its NBRecordFieldType.
 using NBFieldValue = std::variant<std::monostate, int64_t, double, std::string, bool, std::vector<uint8_t>, NBFieldList,
     NBFieldMap, NBAsset, NBReference>;
+
+/// Not for callers.
+namespace Internal {
+/// A value on the heap that is copied like a plain one. After a move it may be read, too: as a default one.
+template <typename T>
+class Boxed {
+public:
+    ///@{
+    /// Holds a copy, or the value itself.
+    Boxed(const T &value) : value_(std::make_unique<T>(value))
+    {}
+    Boxed(T &&value) : value_(std::make_unique<T>(std::move(value)))
+    {}
+    Boxed(const Boxed &other) : value_(std::make_unique<T>(other.Get()))
+    {}
+    Boxed(Boxed &&) noexcept = default;
+    Boxed &operator=(const Boxed &other)
+    {
+        value_ = std::make_unique<T>(other.Get());
+        return *this;
+    }
+    Boxed &operator=(Boxed &&) noexcept = default;
+    ~Boxed() = default;
+    ///@}
+
+    /// Valid until the box is changed.
+    const T &Get() const
+    {
+        static const T none;
+        return value_ == nullptr ? none : *value_;
+    }
+    /// Leaves a default value.
+    T Take()
+    {
+        const std::unique_ptr<T> taken = std::move(value_);
+        return taken == nullptr ? T() : std::move(*taken);
+    }
+
+private:
+    std::unique_ptr<T> value_;
+};
+} // namespace Internal
 
 /// One typed value of a record: a type and the value of that type. Lists and maps own their elements.
 ///
@@ -165,13 +209,17 @@ public:
 private:
     friend NUBIS_EXPORT Json::Value AssetListToJsonValue(const NBRecordField &field);
 
+    /// As NBFieldValue. The large alternatives stand apart: a record has many fields, and most of them are small.
+    using Stored = std::variant<std::monostate, int64_t, double, std::string, bool, std::vector<uint8_t>, NBFieldList,
+        NBFieldMap, Internal::Boxed<NBAsset>, Internal::Boxed<NBReference>>;
+
     template <NBRecordFieldType Type, typename T>
     NBLocalErrorCode GetValue(T &value) const;
     template <NBRecordFieldType Type, typename T>
     bool SetValue(T &&value);
 
     NBRecordFieldType type_ = NB_FIELD_NULL;
-    NBFieldValue value_;
+    Stored value_;
 };
 
 /// The asset without its descriptor.

@@ -8,14 +8,83 @@
 #include <json/value.h>
 
 namespace Nubis {
+namespace {
+template <typename T>
+const T &Plain(const T &value)
+{
+    return value;
+}
+
+template <typename T>
+const T &Plain(const Internal::Boxed<T> &box)
+{
+    return box.Get();
+}
+
+template <typename T>
+T &&TakePlain(T &value)
+{
+    return std::move(value);
+}
+
+template <typename T>
+T TakePlain(Internal::Boxed<T> &box)
+{
+    return box.Take();
+}
+
+struct FailingAsset {
+    operator NBAsset() const
+    {
+        throw std::bad_variant_access();
+    }
+};
+
+// Leaves the variant without a value, the way in which one loses it: by making an alternative that fails.
+template <typename Variant>
+void DropValue(Variant &variant)
+{
+    try {
+        variant.template emplace<NB_FIELD_ASSET>(FailingAsset());
+    } catch (const std::bad_variant_access &) {
+        // It is done.
+    }
+}
+
+// The same alternative of another form of the variant, made by convert(held value); without a value, none.
+template <typename To, typename From, typename Convert>
+To Rebuild(From &&from, Convert &&convert)
+{
+    if (!from.valueless_by_exception()) {
+        return std::visit([&convert](auto &held) { return To(convert(held)); }, from);
+    }
+    To none;
+    DropValue(none);
+    return none;
+}
+
+template <typename To, typename From>
+To CopyOf(const From &from)
+{
+    return Rebuild<To>(
+        from, [](const auto &held) -> const auto & { return Plain(held); });
+}
+
+template <typename To, typename From>
+To MoveOf(From &from)
+{
+    return Rebuild<To>(from, [](auto &held) -> decltype(auto) { return TakePlain(held); });
+}
+} // namespace
+
 NBRecordField::NBRecordField() = default;
 
 NBRecordField::NBRecordField(const NBFieldValue &value)
-    : type_(static_cast<NBRecordFieldType>(value.index())), value_(value)
+    : type_(static_cast<NBRecordFieldType>(value.index())), value_(CopyOf<Stored>(value))
 {}
 
 NBRecordField::NBRecordField(NBFieldValue &&value)
-    : type_(static_cast<NBRecordFieldType>(value.index())), value_(std::move(value))
+    : type_(static_cast<NBRecordFieldType>(value.index())), value_(MoveOf<Stored>(value))
 {}
 
 NBRecordField::NBRecordField(int value) : NBRecordField(static_cast<int64_t>(value))
@@ -59,12 +128,12 @@ NBRecordFieldType NBRecordField::GetType() const
 
 NBFieldValue NBRecordField::GetFieldValue() const
 {
-    return value_;
+    return CopyOf<NBFieldValue>(value_);
 }
 
 void NBRecordField::StealDKFieldValue(NBFieldValue &value)
 {
-    value = std::move(value_);
+    value = MoveOf<NBFieldValue>(value_);
     type_ = NB_FIELD_NULL;
 }
 
@@ -76,7 +145,7 @@ NBLocalErrorCode NBRecordField::GetValue(T &value) const
     if (type_ != Type || held == nullptr) {
         return NB_LOCAL_BAD_DATA;
     }
-    value = *held;
+    value = Plain(*held);
     return NB_LOCAL_SUCCESS;
 }
 

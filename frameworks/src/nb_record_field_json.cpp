@@ -75,12 +75,12 @@ Json::Value NBRecordField::FieldMapToJsonValue() const
 
 Json::Value NBRecordField::FieldAssetToJsonValue() const
 {
-    return AssetToJsonValue(std::get<NB_FIELD_ASSET>(value_));
+    return AssetToJsonValue(std::get<NB_FIELD_ASSET>(value_).Get());
 }
 
 Json::Value NBRecordField::FieldReferenceToJsonValue() const
 {
-    const auto &reference = std::get<NB_FIELD_REFERENCE>(value_);
+    const NBReference &reference = std::get<NB_FIELD_REFERENCE>(value_).Get();
     Json::Value json;
     json["recordId"] = reference.recordId;
     json["recordType"] = reference.recordType;
