@@ -137,9 +137,41 @@ void Interleave(Row &row, int rounds, int slices, const std::function<double()> 
     Settle(row);
 }
 
-double OnOwnThread(const std::function<double()> &body)
+OwnThread::OwnThread() : thread_([this] { Work(); })
+{}
+
+OwnThread::~OwnThread()
 {
-    return std::async(std::launch::async, body).get();
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        isOver_ = true;
+    }
+    changed_.notify_one();
+    thread_.join();
+}
+
+double OwnThread::Run(const std::function<double()> &body)
+{
+    std::packaged_task<double()> task(body);
+    auto result = task.get_future();
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        next_ = std::move(task);
+    }
+    changed_.notify_one();
+    return result.get();
+}
+
+void OwnThread::Work()
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    while (true) {
+        changed_.wait(lock, [this] { return isOver_ || next_.valid(); });
+        if (isOver_) {
+            return;
+        }
+        std::exchange(next_, {})();
+    }
 }
 
 void Countdown::Done()

@@ -6,9 +6,12 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <future>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -68,8 +71,27 @@ void Print(const Row &row);
 void Interleave(Row &row, int rounds, int slices, const std::function<double()> &measured,
     const std::function<double()> &floor, double scale);
 
-// Runs it on a thread of its own, as the library's work runs: on that of the caller, the heap is full of what the caller has.
-double OnOwnThread(const std::function<double()> &body);
+// A thread on which one side of a comparison runs from round to round: each with a part of the heap of its own, or one
+// side would find what the other one has left there.
+class OwnThread {
+public:
+    OwnThread();
+    ~OwnThread();
+    OwnThread(const OwnThread &) = delete;
+    OwnThread &operator=(const OwnThread &) = delete;
+
+    // Runs it there and waits for its end.
+    double Run(const std::function<double()> &body);
+
+private:
+    void Work();
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::packaged_task<double()> next_;
+    bool isOver_ = false;
+    std::thread thread_;
+};
 
 class Stopwatch {
 public:

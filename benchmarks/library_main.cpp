@@ -8,10 +8,21 @@
 #include <iostream>
 #include <map>
 
+#include <malloc.h>
+
 #include "library_world.h"
 
 namespace {
 using namespace NubisBench;
+
+// Else what is measured is mostly whose turn it is to give memory back to the system and to get it again.
+void KeepMemory()
+{
+    constexpr int most = 1 << 30;
+    constexpr int largestMapped = 1 << 25;
+    mallopt(M_TRIM_THRESHOLD, most);
+    mallopt(M_MMAP_THRESHOLD, largestMapped);
+}
 
 void RunAsChild(const Options &options)
 {
@@ -28,6 +39,7 @@ void RunAsChild(const Options &options)
 
 void MeasureAll(const Options &options)
 {
+    KeepMemory();
     MeasureRequests(options);
     MeasureBatches(options);
     MeasureLoad(options);

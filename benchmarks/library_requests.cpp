@@ -111,14 +111,16 @@ Row MeasureSave(const Options &options, const Library &library, size_t count)
     const auto notes = MakeNotes(count);
     const auto prepared = ToRecords(notes);
     library.Transport().SetReply("saveRecords", SaveReply(notes));
-    const auto save = [&] { return library.Save(std::vector<Nubis::NBRecord>(prepared)); };
+    OwnThread caller;
+    OwnThread floorThread;
+    const auto save = [&] { return caller.Run([&] { return library.Save(std::vector<Nubis::NBRecord>(prepared)); }); };
     const Json::Value frame = FrameOf(library.RequestOf("saveRecords", save), notes);
     Row row = BatchRow(
         "save-" + std::to_string(count), std::to_string(count) + " records in one save", "build, write, echo, parse");
     const int slices = options.Pick(static_cast<int>(count < 10000 ? 3000 / count : 1), 1);
     Interleave(
         row, options.Pick(11, 1), slices, save,
-        [&] { return OnOwnThread([&] { return SaveFloor(library.Transport(), frame, notes); }); }, MILLI);
+        [&] { return floorThread.Run([&] { return SaveFloor(library.Transport(), frame, notes); }); }, MILLI);
     return row;
 }
 
@@ -126,7 +128,9 @@ void MeasureChanges(const Options &options, const Library &library, size_t count
 {
     const auto notes = MakeNotes(count);
     library.Transport().SetReply("fetchDatabaseChanges", ChangesReply(notes));
-    const auto fetch = [&] { return library.FetchChanges(count); };
+    OwnThread caller;
+    OwnThread floorThread;
+    const auto fetch = [&] { return caller.Run([&] { return library.FetchChanges(count); }); };
     const Json::Value json = ParseJson(library.RequestOf("fetchDatabaseChanges", fetch));
     const auto floor = [&] {
         const Stopwatch watch;
@@ -136,7 +140,7 @@ void MeasureChanges(const Options &options, const Library &library, size_t count
     Row row =
         BatchRow("changes-" + std::to_string(count), std::to_string(count) + " changes fetched", "write, echo, parse");
     Interleave(
-        row, options.Pick(11, 1), options.Pick(count < 10000 ? 4 : 1, 1), fetch, [&] { return OnOwnThread(floor); },
+        row, options.Pick(11, 1), options.Pick(count < 10000 ? 4 : 1, 1), fetch, [&] { return floorThread.Run(floor); },
         MILLI);
     Print(row);
 }
