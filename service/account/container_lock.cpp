@@ -39,8 +39,7 @@ std::optional<LockHolder> FindLockHolder(ReadSession &session, const DatabaseKey
     Json::Value kept;
     std::string error;
     // One that was damaged by hand counts as none.
-    if (!text || !ParseJson(*text, kept, error) || !kept.isObject() ||
-        !kept["expiresMs"].isInt64()) {
+    if (!text || !ParseJson(*text, kept, error) || !kept.isObject() || !kept["expiresMs"].isInt64()) {
         return std::nullopt;
     }
     LockHolder holder{TextMember(kept, "sessionId"), TextMember(kept, "deviceName"),

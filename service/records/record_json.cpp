@@ -14,6 +14,9 @@ namespace {
 
 constexpr size_t BOOKKEEPING_BYTES = 512;
 
+// A member's name that is not copied into each record.
+using Name = Json::StaticString;
+
 Json::Value Read(const std::string &text, const StoredRecord &record)
 {
     if (text == "[]") {
@@ -31,9 +34,9 @@ Json::Value Read(const std::string &text, const StoredRecord &record)
 Json::Value StampToJson(const ChangeStamp &stamp)
 {
     Json::Value json(Json::objectValue);
-    json["time"] = Json::Int64(stamp.time);
-    json["deviceName"] = stamp.deviceName;
-    json["appId"] = stamp.appId;
+    json[Name("time")] = Json::Int64(stamp.time);
+    json[Name("deviceName")] = stamp.deviceName;
+    json[Name("appId")] = stamp.appId;
     return json;
 }
 
@@ -63,22 +66,22 @@ Json::Value RecordToJson(const StoredRecord &record, const std::set<std::string>
 Json::Value RecordToJson(const StoredRecord &record, Json::Value &&data)
 {
     Json::Value json(Json::objectValue);
-    json["code"] = 0;
-    json["recordId"] = record.recordId;
-    json["recordType"] = record.recordType;
-    json["version"] = Json::Int64(record.version);
-    json["deleted"] = record.deleted;
-    json["createdTime"] = Json::Int64(record.createdTime);
-    json["editedTime"] = Json::Int64(record.editedTime);
-    json["createInfo"] = StampToJson(record.created);
-    json["modifiedInfo"] = StampToJson(record.modified);
-    json["ownerId"] = record.ownerId;
-    json["isShared"] = record.shared;
+    json[Name("code")] = 0;
+    json[Name("recordId")] = record.recordId;
+    json[Name("recordType")] = record.recordType;
+    json[Name("version")] = Json::Int64(record.version);
+    json[Name("deleted")] = record.deleted;
+    json[Name("createdTime")] = Json::Int64(record.createdTime);
+    json[Name("editedTime")] = Json::Int64(record.editedTime);
+    json[Name("createInfo")] = StampToJson(record.created);
+    json[Name("modifiedInfo")] = StampToJson(record.modified);
+    json[Name("ownerId")] = record.ownerId;
+    json[Name("isShared")] = record.shared;
     if (record.deleted) {
         return json;
     }
-    json["relations"] = Read(record.relations, record);
-    json["record"] = std::move(data);
+    json[Name("relations")] = Read(record.relations, record);
+    json[Name("record")] = std::move(data);
     return json;
 }
 

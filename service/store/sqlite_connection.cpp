@@ -43,6 +43,9 @@ void MakePrivateFile(const std::string &path)
 
 SqliteConnection::SqliteConnection(const std::string &path)
 {
+    // Nobody asks how much memory SQLite has, and counting it takes a lock for each allocation. Before it is used first.
+    static const int uncounted = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    static_cast<void>(uncounted);
     MakePrivateFile(path);
     database_ =
         std::make_unique<SQLite::Database>(path, SQLite::OPEN_READWRITE | SQLite::OPEN_NOMUTEX, BUSY_TIMEOUT_MS);

@@ -86,7 +86,7 @@ void Append(std::string &text, const Json::Value &value);
 void AppendArray(std::string &text, const Json::Value &array)
 {
     char separator = '[';
-    // By number, because an array may have gaps.
+    // NOLINTNEXTLINE(modernize-loop-convert): an array may have gaps, which its iterators leave out
     for (Json::ArrayIndex i = 0; i < array.size(); ++i) {
         text += separator;
         Append(text, array[i]);
