@@ -25,6 +25,31 @@ bool IsLive(const std::optional<StoredRecord> &record)
     return record && !record->deleted;
 }
 
+// Nulls take fields away.
+void LayOver(Json::Value &data, Json::Value &&fields)
+{
+    for (auto field = fields.begin(); field != fields.end(); ++field) {
+        if (field->isNull()) {
+            data.removeMember(field.name());
+        } else {
+            data[field.name()] = std::move(*field);
+        }
+    }
+}
+
+void DropNulls(Json::Value &data)
+{
+    std::vector<std::string> names;
+    for (auto field = data.begin(); field != data.end(); ++field) {
+        if (field->isNull()) {
+            names.push_back(field.name());
+        }
+    }
+    for (const std::string &name : names) {
+        data.removeMember(name);
+    }
+}
+
 } // namespace
 
 RecordSaver::RecordSaver(WriteSession &session, SaveContext context) : session_(session), context_(std::move(context))
@@ -138,16 +163,13 @@ std::optional<Failure> RecordSaver::Judge(Candidate &candidate, const std::optio
 
 std::optional<Failure> RecordSaver::Merge(Candidate &candidate, const std::optional<StoredRecord> &existing)
 {
-    bool keeps = IsLive(existing) && context_.policy != SavePolicy::OVERWRITE;
-    candidate.data = keeps ? DataOf(*existing) : Json::Value(Json::objectValue);
     // What was sent is not looked at again.
-    Json::Value &fields = candidate.incoming.fields;
-    for (auto field = fields.begin(); field != fields.end(); ++field) {
-        if (field->isNull()) {
-            candidate.data.removeMember(field.name());
-        } else {
-            candidate.data[field.name()] = std::move(*field);
-        }
+    if (IsLive(existing) && context_.policy != SavePolicy::OVERWRITE) {
+        candidate.data = DataOf(*existing);
+        LayOver(candidate.data, std::move(candidate.incoming.fields));
+    } else {
+        candidate.data = std::move(candidate.incoming.fields);
+        DropNulls(candidate.data);
     }
     std::vector<FailureDetail> problems;
     for (const auto &[name, rule] : candidate.incoming.rule->fields) {
