@@ -164,7 +164,7 @@ TEST(IpcProcessDeathTest, OneBrokenLaneEndsTheSession)
         ASSERT_EQ(Host::ConnectToService(BUNDLE, ABILITY, 100, link, error), 0) << error;
         sptr<TestRecipient> recipient = new TestRecipient();
         EXPECT_TRUE(link.ability->AddDeathRecipient(recipient));
-        std::static_pointer_cast<Host::Ipc::WireSession>(link.session)->GetLane(kind)->Close();
+        std::static_pointer_cast<Host::Ipc::WireSession>(link.session)->AwaitLane(kind)->Close();
         EXPECT_EQ(recipient->AwaitDeaths(), 1U);
         EXPECT_EQ(Call(link.ability, RESULT), OHOS::ERR_DEAD_OBJECT);
     }

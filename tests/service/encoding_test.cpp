@@ -3,14 +3,9 @@
 
 #include "util/encoding.h"
 
-#include <limits>
-
 #include <gtest/gtest.h>
 
-#include <json/json.h>
 #include <rapidcheck/gtest.h>
-
-#include "util/json_util.h"
 
 namespace DriveService {
 
@@ -57,24 +52,6 @@ RC_GTEST_PROP(EncodingTest, UrlSafeBase64ReadsBack, (const std::string &bytes))
 {
     RC_ASSERT(Base64UrlDecode(Base64UrlEncode(bytes)) == bytes);
     RC_ASSERT(IsBase64(Base64Encode(bytes)));
-}
-
-RC_GTEST_PROP(EncodingTest, JsonIsWrittenAsItsLibraryDoes,
-    (const std::string &text, int64_t integer, uint64_t natural, double real, bool isOn))
-{
-    Json::Value value(Json::objectValue);
-    value[text] = text;
-    value["numbers"][3] = Json::Int64(integer); // after gaps
-    value["numbers"].append(Json::UInt64(natural));
-    value["numbers"].append(real);
-    value["numbers"].append(std::numeric_limits<double>::infinity());
-    value["empty"].append(Json::Value(Json::arrayValue));
-    value["empty"].append(Json::Value(Json::objectValue));
-    value["empty"].append(isOn);
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["emitUTF8"] = true;
-    RC_ASSERT(WriteJson(value) == Json::writeString(builder, value));
 }
 
 } // namespace

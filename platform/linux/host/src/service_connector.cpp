@@ -13,6 +13,7 @@
 #include "errors.h"
 #include "file_lock.h"
 #include "host/paths.h"
+#include "lane.h"
 #include "manifest.h"
 #include "service_launcher.h"
 #include "wire_session.h"
@@ -26,7 +27,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds START_TIME(4000);
 // The pauses between looks grow with the time waited, so that a fast start is seen at once and a slow one costs little.
-constexpr int PAUSES_PER_WAIT = 16;
+constexpr int PAUSES_PER_WAIT = 32;
 constexpr std::chrono::microseconds SHORTEST_PAUSE(200);
 constexpr std::chrono::microseconds LONGEST_PAUSE(5000);
 constexpr int MAX_ATTEMPTS = 3;
@@ -114,6 +115,8 @@ private:
         }
         link.session = session;
         link.ability = session->GetAbility(bundleName_, abilityName_, userId_, error_);
+        // Not before, because what opens it would hold up the answer.
+        session->OpenBigLane(path_);
         return link.ability != nullptr;
     }
 
@@ -154,6 +157,8 @@ private:
         if (!service.Start(manifest, *ability, bundleName_, userId_, error_)) {
             return ABILITY_NOT_STARTED;
         }
+        // The service takes longer to start.
+        Ipc::Lane::WarmUp();
         while (true) {
             // Asked before reaching out: a program may end because another one serves already.
             std::string how;

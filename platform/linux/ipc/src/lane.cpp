@@ -5,6 +5,7 @@
 
 #include <exception>
 #include <sys/eventfd.h>
+#include <sys/socket.h>
 #include <utility>
 
 #include "ipc_log.h"
@@ -28,6 +29,17 @@ std::shared_ptr<Lane> Lane::Start(
         return nullptr;
     }
     return lane;
+}
+
+void Lane::WarmUp()
+{
+    int ends[2] = {-1, -1};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+        return;
+    }
+    // The other end is closed at once, and with it the lane.
+    const UniqueFd other(ends[1]);
+    static_cast<void>(Start(UniqueFd(ends[0]), LaneKind::SMALL, {}, nullptr));
 }
 
 Lane::Lane(LaneKind kind, std::weak_ptr<WireSession> session, std::shared_ptr<LaneHost> host, UniqueFd wake)

@@ -52,6 +52,10 @@ public:
     static std::shared_ptr<Lane> Start(
         UniqueFd socket, LaneKind kind, std::weak_ptr<WireSession> session, std::shared_ptr<LaneHost> host);
 
+    // Starts a lane that ends by itself: the first one of a process takes longer than all others, because the code that
+    // it needs is loaded and bound meanwhile.
+    static void WarmUp();
+
     // Use Start.
     Lane(LaneKind kind, std::weak_ptr<WireSession> session, std::shared_ptr<LaneHost> host, UniqueFd wake);
 

@@ -11,9 +11,11 @@
 #include "driver_result.h"
 #include "host/paths.h"
 #include "ipc_limits.h"
+#include "ipc_log.h"
 #include "ipc_types.h"
 #include "lane_loop.h"
 #include "unix_socket.h"
+#include "worker_pool.h"
 
 namespace Host::Ipc {
 
@@ -75,28 +77,17 @@ std::shared_ptr<WireSession> WireSession::Connect(
     }
     peer.deviceName = DeviceName();
     auto session = std::make_shared<WireSession>(peer, true);
-    std::string key = RandomKey();
-    // Both at once, so that the threads of both ends start beside each other; joining has its order.
-    bool refused = false;
-    bool joined = true;
-    for (LaneKind kind : LANES) {
-        // NOLINTNEXTLINE(bugprone-use-after-move): moved in one round only
-        UniqueFd socket = kind == LaneKind::SMALL ? std::move(first) : ConnectSocket(path, error, refused);
-        joined = joined && socket && session->StartLane(kind, std::move(socket), error);
-    }
-    for (LaneKind kind : LANES) {
-        joined = joined && session->JoinLane(kind, key, error);
-    }
-    if (joined) {
+    session->key_ = RandomKey();
+    if (session->JoinLane(LaneKind::SMALL, std::move(first), error)) {
         return session;
     }
     // A service that ends just now takes its clients with it; the next attempt finds it gone.
-    nobody = refused || session->IsDead();
+    nobody = session->IsDead();
     session->Die();
     return nullptr;
 }
 
-bool WireSession::StartLane(LaneKind kind, UniqueFd socket, std::string &error)
+bool WireSession::JoinLane(LaneKind kind, UniqueFd socket, std::string &error)
 {
     int pid = -1;
     int uid = -1;
@@ -111,22 +102,57 @@ bool WireSession::StartLane(LaneKind kind, UniqueFd socket, std::string &error)
     if (lane == nullptr) {
         return false;
     }
-    SetLane(kind, lane);
-    return true;
-}
-
-bool WireSession::JoinLane(LaneKind kind, const std::string &key, std::string &error)
-{
-    error = "process " + std::to_string(Peer().pid) + " does not answer";
-    auto lane = GetLane(kind);
     auto call = std::make_shared<PendingCall>();
+    bool joining = Track(call);
+    {
+        // In one step: what others send by the lane must come after the joining, and what the far end sends, too.
+        std::lock_guard<std::mutex> lock(mutex_);
+        joining = joining && lane->Post([key = key_, device = DeviceName(), call](
+                                            LaneLoop &loop) { loop.Join(key, device, call); });
+        lanes_[static_cast<size_t>(kind)] = lane;
+    }
+    laneSet_.notify_all();
+    if (IsDead()) {
+        // It may have closed its lanes before it had this one.
+        lane->Close();
+    }
     int status = BR_FAILED_REPLY;
     WireParcel reply;
-    std::string device = DeviceName();
-    bool joined = Track(call) && lane->Post([key, device, call](LaneLoop &loop) { loop.Join(key, device, call); }) &&
-                  call->WaitFor(ANSWER_TIME, status, reply) && status == OHOS::ERR_NONE;
+    bool joined = joining && call->WaitFor(ANSWER_TIME, status, reply) && status == OHOS::ERR_NONE;
     Untrack(call);
     return joined;
+}
+
+void WireSession::OpenBigLane(const std::string &path)
+{
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (isBigLaneAsked_) {
+            return;
+        }
+        isBigLaneAsked_ = true;
+        isBigLaneDue_ = true;
+    }
+    auto self = std::static_pointer_cast<WireSession>(shared_from_this());
+    WorkerPool::Get().Post([self, path] { self->JoinBigLane(path); });
+}
+
+void WireSession::JoinBigLane(const std::string &path)
+{
+    std::string error;
+    bool nobody = false;
+    UniqueFd socket = ConnectSocket(path, error, nobody);
+    const bool joined = socket && JoinLane(LaneKind::BIG, std::move(socket), error);
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        isBigLaneDue_ = false;
+    }
+    laneSet_.notify_all();
+    if (!joined && !IsDead()) {
+        IPC_LOGE("the connection to process %{public}d stays without its second half: %{public}s", Peer().pid,
+            error.c_str());
+        Die();
+    }
 }
 
 WireSession::WireSession(CallingPeer peer, bool closeUnused) : Session(std::move(peer), closeUnused)
@@ -169,6 +195,14 @@ std::shared_ptr<Lane> WireSession::GetLane(LaneKind kind) const
     return lanes_[static_cast<size_t>(kind)];
 }
 
+std::shared_ptr<Lane> WireSession::AwaitLane(LaneKind kind)
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    const auto &lane = lanes_[static_cast<size_t>(kind)];
+    laneSet_.wait(lock, [&] { return lane != nullptr || !isBigLaneDue_; });
+    return lane;
+}
+
 uint64_t WireSession::Defer(WireParcel &&reply)
 {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -207,7 +241,7 @@ void WireSession::Send(
         call->Complete(BR_FAILED_REPLY);
         return;
     }
-    auto lane = GetLane(data.Weight() > BIG_PARCEL ? LaneKind::BIG : LaneKind::SMALL);
+    auto lane = AwaitLane(data.Weight() > BIG_PARCEL ? LaneKind::BIG : LaneKind::SMALL);
     if (lane == nullptr) {
         lane = GetLane(LaneKind::SMALL);
     }

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -49,8 +50,9 @@ public:
     // Parcels above this many bytes take the lane for large ones.
     static constexpr size_t BIG_PARCEL = size_t{64} * 1024;
 
-    // Connects to the ability that listens at `path`, which a process of `expectedUid` must serve. Waits for the answer, a
-    // few seconds at most. On failure null with a text; `nobody` tells that no process serves there (any more).
+    // Connects to the ability that listens at `path`, which a process of `expectedUid` must serve, with the lane for small
+    // parcels. Waits for the answer, a few seconds at most. On failure null with a text; `nobody` tells that no process
+    // serves there (any more).
     static std::shared_ptr<WireSession> Connect(
         const std::string &path, int expectedUid, std::string &error, bool &nobody);
 
@@ -61,9 +63,15 @@ public:
     OHOS::sptr<OHOS::IRemoteObject> GetAbility(
         const std::string &bundleName, const std::string &abilityName, int32_t userId, std::string &error);
 
+    // Opens the lane for large parcels beside what the caller does next; once, later calls do nothing. A session that does
+    // not get one is dead.
+    void OpenBigLane(const std::string &path);
+
     void SetLane(LaneKind kind, const std::shared_ptr<Lane> &lane);
     // Null when it has not joined yet.
     std::shared_ptr<Lane> GetLane(LaneKind kind) const;
+    // Waits for a lane that is being opened.
+    std::shared_ptr<Lane> AwaitLane(LaneKind kind);
     // Keeps a large reply until the far end fetches it from the other lane. 0, with nothing kept, when the far end leaves
     // MAX_UNREAD_BYTES of them.
     uint64_t Defer(WireParcel &&reply);
@@ -77,12 +85,16 @@ protected:
     void CloseTransport() override;
 
 private:
-    bool StartLane(LaneKind kind, UniqueFd socket, std::string &error);
-    bool JoinLane(LaneKind kind, const std::string &key, std::string &error);
+    bool JoinLane(LaneKind kind, UniqueFd socket, std::string &error);
+    void JoinBigLane(const std::string &path);
 
+    std::string key_; // of a session that connected; constant from then on
     mutable std::mutex mutex_;
+    std::condition_variable laneSet_;
     // Guarded by mutex_.
     std::shared_ptr<Lane> lanes_[2];
+    bool isBigLaneAsked_ = false;
+    bool isBigLaneDue_ = false;
     std::unordered_map<uint64_t, WireParcel> deferred_;
     size_t deferredBytes_ = 0;
     uint64_t nextTicket_ = 1;
