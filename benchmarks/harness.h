@@ -71,8 +71,8 @@ void Print(const Row &row);
 void Interleave(Row &row, int rounds, int slices, const std::function<double()> &measured,
     const std::function<double()> &floor, double scale);
 
-// A thread on which one side of a comparison runs from round to round: each with a part of the heap of its own, or one
-// side would find what the other one has left there.
+// A thread on which a floor runs from round to round, with a part of the heap of its own: on the main thread it would find
+// what the library's callers have left there, on a new one each time what its workers have.
 class OwnThread {
 public:
     OwnThread();

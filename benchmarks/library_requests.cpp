@@ -111,9 +111,8 @@ Row MeasureSave(const Options &options, const Library &library, size_t count)
     const auto notes = MakeNotes(count);
     const auto prepared = ToRecords(notes);
     library.Transport().SetReply("saveRecords", SaveReply(notes));
-    OwnThread caller;
     OwnThread floorThread;
-    const auto save = [&] { return caller.Run([&] { return library.Save(std::vector<Nubis::NBRecord>(prepared)); }); };
+    const auto save = [&] { return library.Save(std::vector<Nubis::NBRecord>(prepared)); };
     const Json::Value frame = FrameOf(library.RequestOf("saveRecords", save), notes);
     Row row = BatchRow(
         "save-" + std::to_string(count), std::to_string(count) + " records in one save", "build, write, echo, parse");
@@ -128,9 +127,8 @@ void MeasureChanges(const Options &options, const Library &library, size_t count
 {
     const auto notes = MakeNotes(count);
     library.Transport().SetReply("fetchDatabaseChanges", ChangesReply(notes));
-    OwnThread caller;
     OwnThread floorThread;
-    const auto fetch = [&] { return caller.Run([&] { return library.FetchChanges(count); }); };
+    const auto fetch = [&] { return library.FetchChanges(count); };
     const Json::Value json = ParseJson(library.RequestOf("fetchDatabaseChanges", fetch));
     const auto floor = [&] {
         const Stopwatch watch;
