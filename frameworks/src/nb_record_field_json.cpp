@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The JSON forms of field values.
+// The JSON forms of field values. Names of members that stand in the code need no copies in the JSON.
 
 #include "nb_record_field.h"
 
@@ -82,8 +82,8 @@ Json::Value NBRecordField::FieldReferenceToJsonValue() const
 {
     const NBReference &reference = std::get<NB_FIELD_REFERENCE>(value_).Get();
     Json::Value json;
-    json["recordId"] = reference.recordId;
-    json["recordType"] = reference.recordType;
+    json[Json::StaticString("recordId")] = reference.recordId;
+    json[Json::StaticString("recordType")] = reference.recordType;
     return json;
 }
 
@@ -225,15 +225,15 @@ bool NBRecordField::ParseReferenceFromJson(const Json::Value &json)
 Json::Value AssetToJsonValue(const NBAsset &asset)
 {
     Json::Value json;
-    json["uri"] = asset.uri;
-    json["assetName"] = asset.assetName;
-    json["assetOperType"] = asset.assetOperType;
-    json["sha256"] = asset.sha256;
-    json["version"] = static_cast<Json::UInt64>(asset.version);
-    json["assetId"] = asset.assetId;
-    json["subPath"] = asset.subPath;
-    json["exCheckInfo"] = asset.exCheckInfo;
-    json["size"] = static_cast<Json::UInt64>(asset.size);
+    json[Json::StaticString("uri")] = asset.uri;
+    json[Json::StaticString("assetName")] = asset.assetName;
+    json[Json::StaticString("assetOperType")] = asset.assetOperType;
+    json[Json::StaticString("sha256")] = asset.sha256;
+    json[Json::StaticString("version")] = static_cast<Json::UInt64>(asset.version);
+    json[Json::StaticString("assetId")] = asset.assetId;
+    json[Json::StaticString("subPath")] = asset.subPath;
+    json[Json::StaticString("exCheckInfo")] = asset.exCheckInfo;
+    json[Json::StaticString("size")] = static_cast<Json::UInt64>(asset.size);
     return json;
 }
 
@@ -265,7 +265,7 @@ Json::Value AssetListToJsonValue(const NBRecordField &field)
     }
     for (const NBRecordField &element : *elements) {
         Json::Value wrapper;
-        wrapper["asset"] = element.ToJsonValue();
+        wrapper[Json::StaticString("asset")] = element.ToJsonValue();
         json.append(std::move(wrapper));
     }
     return json;

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // The JSON forms of records. The form that is sent holds the fields beside the record's own members and the version as
-// "baseVersion"; the form that is received holds them under "record" and the version as "version".
+// "baseVersion"; the form that is received holds them under "record" and the version as "version". Names of members that
+// stand in the code need no copies in the JSON.
 
 #include "nb_record.h"
 
@@ -30,9 +31,9 @@ Json::Value RelationsToJsonValue(const std::vector<NBRelation> &relations)
     Json::Value json(Json::arrayValue);
     for (const NBRelation &relation : relations) {
         Json::Value relationJson;
-        relationJson["relationName"] = relation.relationName;
-        relationJson["recordType"] = relation.recordType;
-        relationJson["recordId"] = relation.recordId;
+        relationJson[Json::StaticString("relationName")] = relation.relationName;
+        relationJson[Json::StaticString("recordType")] = relation.recordType;
+        relationJson[Json::StaticString("recordId")] = relation.recordId;
         json.append(std::move(relationJson));
     }
     return json;
@@ -105,32 +106,32 @@ void ParseFields(const Json::Value &fieldsJson, const NBSchemaNode &node, NBFiel
 Json::Value NBRecord::ToJsonValue() const
 {
     Json::Value json;
-    json["recordId"] = recordId_;
-    json["recordType"] = recordType_;
-    json["deleted"] = isDelete_;
-    json["isNew"] = isNew_;
+    json[Json::StaticString("recordId")] = recordId_;
+    json[Json::StaticString("recordType")] = recordType_;
+    json[Json::StaticString("deleted")] = isDelete_;
+    json[Json::StaticString("isNew")] = isNew_;
     if (!baseCursor_.empty()) {
-        json["baseCursor"] = baseCursor_;
+        json[Json::StaticString("baseCursor")] = baseCursor_;
     }
-    json["baseVersion"] = static_cast<Json::UInt64>(version_);
+    json[Json::StaticString("baseVersion")] = static_cast<Json::UInt64>(version_);
     // From here on a field may replace a member above, and a member below may replace a field.
     for (const auto &[name, field] : recordData_) {
         json[name] = IsWrappedAssetList(recordType_, name, field) ? AssetListToJsonValue(field) : field.ToJsonValue();
     }
     if (createTime_ != 0) {
-        json["createdTime"] = static_cast<Json::UInt64>(createTime_);
+        json[Json::StaticString("createdTime")] = static_cast<Json::UInt64>(createTime_);
     }
     if (editedTime_ != 0) {
-        json["editedTime"] = static_cast<Json::UInt64>(editedTime_);
+        json[Json::StaticString("editedTime")] = static_cast<Json::UInt64>(editedTime_);
     }
     if (!relations_.empty()) {
-        json["relations"] = RelationsToJsonValue(relations_);
+        json[Json::StaticString("relations")] = RelationsToJsonValue(relations_);
     }
     if (!ownerId_.empty()) {
-        json["ownerId"] = ownerId_;
+        json[Json::StaticString("ownerId")] = ownerId_;
     }
     if (isShared_) {
-        json["isShared"] = true;
+        json[Json::StaticString("isShared")] = true;
     }
     return json;
 }
