@@ -190,12 +190,18 @@ TEST(IpcHostileTest, AProcessHasSoManySessionsAndRequestsUnderWay)
     std::vector<std::shared_ptr<WireSession>> sessions;
     std::string error;
     bool nobody = false;
+    std::vector<sptr<OHOS::IRemoteObject>> abilities;
+    const auto hasRoom = [&] {
+        sessions.push_back(WireSession::Connect(path, own, error, nobody));
+        abilities.push_back(sessions.back()->GetAbility("test.many", ABILITY, 100, error));
+        return abilities.back() != nullptr;
+    };
     // The connection above has one already.
     for (size_t i = 1; i < Host::Ipc::MAX_SESSIONS_OF_PROCESS; ++i) {
-        sessions.push_back(WireSession::Connect(path, own, error, nobody));
-        ASSERT_NE(sessions.back(), nullptr) << i << error;
+        ASSERT_TRUE(hasRoom()) << i << error;
     }
-    EXPECT_EQ(WireSession::Connect(path, own, error, nobody), nullptr);
+    EXPECT_FALSE(hasRoom());
+    EXPECT_THAT(error, testing::HasSubstr("does not answer"));
     for (auto &session : sessions) {
         session->Die();
     }

@@ -115,9 +115,12 @@ private:
         }
         link.session = session;
         link.ability = session->GetAbility(bundleName_, abilityName_, userId_, error_);
+        if (link.ability == nullptr) {
+            return false;
+        }
         // Not before, because what opens it would hold up the answer.
         session->OpenBigLane(path_);
-        return link.ability != nullptr;
+        return true;
     }
 
     int StartAndReach(std::shared_ptr<WireSession> &session)

@@ -78,29 +78,35 @@ std::shared_ptr<WireSession> WireSession::Connect(
     peer.deviceName = DeviceName();
     auto session = std::make_shared<WireSession>(peer, true);
     session->key_ = RandomKey();
-    if (session->JoinLane(LaneKind::SMALL, std::move(first), error)) {
+    session->joining_ = session->StartJoining(LaneKind::SMALL, std::move(first));
+    if (session->joining_ != nullptr) {
         return session;
     }
+    error = session->NoAnswer();
     // A service that ends just now takes its clients with it; the next attempt finds it gone.
     nobody = session->IsDead();
     session->Die();
     return nullptr;
 }
 
-bool WireSession::JoinLane(LaneKind kind, UniqueFd socket, std::string &error)
+std::string WireSession::NoAnswer() const
+{
+    return "process " + std::to_string(Peer().pid) + " does not answer";
+}
+
+std::shared_ptr<PendingCall> WireSession::StartJoining(LaneKind kind, UniqueFd socket)
 {
     int pid = -1;
     int uid = -1;
-    error = "process " + std::to_string(Peer().pid) + " does not answer";
     if (!GetPeer(socket.Get(), pid, uid) || pid != Peer().pid || uid != Peer().uid) {
         // Another process has taken the place of the first one.
         Die();
-        return false;
+        return nullptr;
     }
     auto self = std::static_pointer_cast<WireSession>(shared_from_this());
     auto lane = Lane::Start(std::move(socket), kind, self, nullptr);
     if (lane == nullptr) {
-        return false;
+        return nullptr;
     }
     auto call = std::make_shared<PendingCall>();
     bool joining = Track(call);
@@ -116,10 +122,19 @@ bool WireSession::JoinLane(LaneKind kind, UniqueFd socket, std::string &error)
         // It may have closed its lanes before it had this one.
         lane->Close();
     }
+    if (joining) {
+        return call;
+    }
+    Untrack(call);
+    return nullptr;
+}
+
+bool WireSession::AwaitJoined(const std::shared_ptr<PendingCall> &joining)
+{
     int status = BR_FAILED_REPLY;
     WireParcel reply;
-    bool joined = joining && call->WaitFor(ANSWER_TIME, status, reply) && status == OHOS::ERR_NONE;
-    Untrack(call);
+    const bool joined = joining->WaitFor(ANSWER_TIME, status, reply) && status == OHOS::ERR_NONE;
+    Untrack(joining);
     return joined;
 }
 
@@ -142,15 +157,16 @@ void WireSession::JoinBigLane(const std::string &path)
     std::string error;
     bool nobody = false;
     UniqueFd socket = ConnectSocket(path, error, nobody);
-    const bool joined = socket && JoinLane(LaneKind::BIG, std::move(socket), error);
+    const auto joining = socket ? StartJoining(LaneKind::BIG, std::move(socket)) : nullptr;
+    const bool joined = joining != nullptr && AwaitJoined(joining);
     {
         std::lock_guard<std::mutex> lock(mutex_);
         isBigLaneDue_ = false;
     }
     laneSet_.notify_all();
     if (!joined && !IsDead()) {
-        IPC_LOGE("the connection to process %{public}d stays without its second half: %{public}s", Peer().pid,
-            error.c_str());
+        IPC_LOGE(
+            "the connection to process %{public}d stays without its second half %{public}s", Peer().pid, error.c_str());
         Die();
     }
 }
@@ -171,9 +187,15 @@ OHOS::sptr<OHOS::IRemoteObject> WireSession::GetAbility(
     int status = BR_FAILED_REPLY;
     WireParcel reply;
     OHOS::sptr<OHOS::IRemoteObject> ability;
-    if (lane != nullptr && Track(call) &&
-        lane->Post([=](LaneLoop &loop) { loop.GetAbility(bundleName, abilityName, userId, call); }) &&
-        call->WaitFor(ANSWER_TIME, status, reply) && status == OHOS::ERR_NONE && reply.objects.size() == 1) {
+    const bool isAsked = lane != nullptr && Track(call) &&
+                         lane->Post([=](LaneLoop &loop) { loop.GetAbility(bundleName, abilityName, userId, call); });
+    // The answer comes with the one to the joining, if there is still one to wait for.
+    if (const auto joining = std::exchange(joining_, nullptr); joining != nullptr && !AwaitJoined(joining)) {
+        Untrack(call);
+        error = NoAnswer();
+        return nullptr;
+    }
+    if (isAsked && call->WaitFor(ANSWER_TIME, status, reply) && status == OHOS::ERR_NONE && reply.objects.size() == 1) {
         ability = Import(reply.objects.front());
     }
     Untrack(call);

@@ -51,7 +51,7 @@ public:
     static constexpr size_t BIG_PARCEL = size_t{64} * 1024;
 
     // Connects to the ability that listens at `path`, which a process of `expectedUid` must serve, with the lane for small
-    // parcels. Waits for the answer, a few seconds at most. On failure null with a text; `nobody` tells that no process
+    // parcels. GetAbility tells whether the process answers. On failure null with a text; `nobody` tells that no process
     // serves there (any more).
     static std::shared_ptr<WireSession> Connect(
         const std::string &path, int expectedUid, std::string &error, bool &nobody);
@@ -59,7 +59,8 @@ public:
     WireSession(CallingPeer peer, bool closeUnused);
     ~WireSession() override;
 
-    // The ability that the far end offers; null with a text when there is none.
+    // The ability that the far end offers; null with a text when there is none, or the far end does not answer in a few
+    // seconds. One thread at a time.
     OHOS::sptr<OHOS::IRemoteObject> GetAbility(
         const std::string &bundleName, const std::string &abilityName, int32_t userId, std::string &error);
 
@@ -85,10 +86,15 @@ protected:
     void CloseTransport() override;
 
 private:
-    bool JoinLane(LaneKind kind, UniqueFd socket, std::string &error);
+    // Null when the lane cannot join. The far end answers in the order of what a lane sends, so that only who wants to know
+    // has to wait.
+    std::shared_ptr<PendingCall> StartJoining(LaneKind kind, UniqueFd socket);
+    bool AwaitJoined(const std::shared_ptr<PendingCall> &joining);
+    std::string NoAnswer() const;
     void JoinBigLane(const std::string &path);
 
-    std::string key_; // of a session that connected; constant from then on
+    std::string key_;                      // of a session that connected; constant from then on
+    std::shared_ptr<PendingCall> joining_; // the first one, until somebody has waited for it
     mutable std::mutex mutex_;
     std::condition_variable laneSet_;
     // Guarded by mutex_.
