@@ -17,6 +17,8 @@ std::unique_ptr<SQLite::Database> OpenDurably(const std::filesystem::path &path)
     auto database = std::make_unique<SQLite::Database>(path.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
     database->exec("PRAGMA journal_mode = WAL");
     database->exec("PRAGMA synchronous = FULL");
+    // As the service has it.
+    database->exec("PRAGMA wal_autocheckpoint = 4096");
     return database;
 }
 

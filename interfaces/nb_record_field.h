@@ -88,8 +88,9 @@ public:
     /// Valid until the box is changed.
     const T &Get() const
     {
-        static const T none;
-        return value_ == nullptr ? none : *value_;
+        // Never destroyed: threads may be under way when the process ends.
+        static const T *const none = new T;
+        return value_ == nullptr ? *none : *value_;
     }
     /// Leaves a default value.
     T Take()

@@ -87,6 +87,7 @@ Json::Value ModifyRecords(ServiceContext &context, const Request &request)
     if (atomic && (AnyRefused(deleted) || AnyRefused(saved))) {
         MarkNotApplied(deleted);
         MarkNotApplied(saved);
+        session->Undo();
     } else {
         session->Commit();
     }

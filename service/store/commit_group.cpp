@@ -3,6 +3,7 @@
 
 #include "store/commit_group.h"
 
+#include <new>
 #include <utility>
 
 #include "store/store.h"
@@ -13,6 +14,16 @@ namespace {
 
 // The first of a group waits for all others of it.
 constexpr size_t MAX_GROUP_SESSIONS = 32;
+
+void Remember(std::string &failure, const char *text)
+{
+    try {
+        failure = text;
+    } catch (const std::bad_alloc &) {
+        // So short that it needs none.
+        failure = "out of memory";
+    }
+}
 
 void Release(CommitGroup &group)
 {
@@ -115,16 +126,16 @@ std::shared_ptr<CommitGroup> GroupWriter::Settle()
 {
     std::shared_ptr<CommitGroup> group = std::move(group_);
     std::string &failure = group->failure;
-    if (connection_->IsInTransaction()) {
-        try {
+    try {
+        if (connection_->IsInTransaction()) {
             connection_->Run("COMMIT");
-        } catch (const SQLite::Exception &cause) {
-            failure = cause.what();
-            connection_->Rollback();
+        } else {
+            // Some failures make SQLite undo the whole transaction by itself.
+            failure = connection_->LastError();
         }
-    } else {
-        // Some failures make SQLite undo the whole transaction by itself.
-        failure = connection_->LastError();
+    } catch (const std::exception &cause) {
+        connection_->Rollback();
+        Remember(failure, cause.what());
     }
     if (failure.empty() && group->hasNotices) {
         TellListener();
@@ -151,7 +162,7 @@ WriteTurn::WriteTurn(GroupWriter &writer) : writer_(writer)
     ++group_->sessions;
     try {
         Connection().Run("SAVEPOINT session");
-    } catch (const SQLite::Exception &) {
+    } catch (const std::exception &) {
         End();
         throw;
     }
@@ -177,13 +188,18 @@ void WriteTurn::BeginGroup()
             // The file could not be written when it was opened; that may have been put right since.
             writer_.connection_ = std::make_unique<SqliteConnection>(writer_.path_);
         }
+        group_ = std::make_shared<CommitGroup>();
+        if (Connection().IsInTransaction()) {
+            // There was no memory to undo it.
+            Connection().Rollback();
+        }
         Connection().Run("BEGIN IMMEDIATE");
     } catch (const std::exception &) {
         isOpen_ = false;
         writer_.PassOn();
         throw;
     }
-    writer_.group_ = group_ = std::make_shared<CommitGroup>();
+    writer_.group_ = group_;
     group_->sessions = 1;
     isFirst_ = true;
 }
@@ -225,7 +241,7 @@ void WriteTurn::Undo()
         try {
             Connection().Run("ROLLBACK TO session");
             Connection().Run("RELEASE session");
-        } catch (const SQLite::Exception &) {
+        } catch (const std::exception &) {
             // What is left of its writes must not be kept, nor what others wrote with it.
             Connection().Rollback();
         }

@@ -90,7 +90,7 @@ private:
 class WriteTurn {
 public:
     explicit WriteTurn(GroupWriter &writer);
-    // Waits, too, until what others had written before is on disk: what the session has told may rest on it.
+    // Waits, too, until what others had written before is on disk, or lost: what the session has told may rest on it.
     ~WriteTurn();
     WriteTurn(const WriteTurn &) = delete;
     WriteTurn &operator=(const WriteTurn &) = delete;
@@ -107,9 +107,11 @@ public:
     // Returns when all that was written is on disk.
     void Commit(bool hasNotices);
 
+    // Ends the turn with nothing of its own kept. Returns when what it has seen of others is on disk.
+    void Undo();
+
 private:
     void BeginGroup();
-    void Undo();
     void End();
     void ThrowIfLost() const;
 

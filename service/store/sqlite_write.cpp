@@ -216,4 +216,9 @@ void SqliteWrite::Commit()
     });
 }
 
+void SqliteWrite::Undo()
+{
+    GuardStore(connection_.Path(), [&] { turn_.Undo(); });
+}
+
 } // namespace DriveService

@@ -38,6 +38,7 @@ public:
     void AddRow(BackupTable table, const Json::Value &row) override;
     std::string FindContradiction() override;
     void Commit() override;
+    void Undo() override;
 
 private:
     int64_t NextSequence(int64_t databaseId);

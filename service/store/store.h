@@ -88,7 +88,7 @@ public:
 // together with it. What was not committed when it ends is undone, without touching what those have written.
 class WriteSession {
 public:
-    // Waits until all that it has seen is on disk.
+    // Waits until all that it has seen is on disk, or lost.
     virtual ~WriteSession() = default;
 
     // For a session that takes long: nobody waits for it to be brought to disk with it. To be called before it writes.
@@ -147,6 +147,10 @@ public:
     // that the session has written and seen is on disk. Throws StoreError when any of it was lost: then the disk has
     // nothing of what the session wrote. The session is of no further use.
     virtual void Commit() = 0;
+
+    // Undoes what the session has written. Throws StoreError when what it has seen of others was lost: then nobody may be
+    // told of it. The session is of no further use.
+    virtual void Undo() = 0;
 };
 
 // All data of one user. Any thread may begin sessions; BeginWrite waits for those before that have not called Commit,

@@ -78,7 +78,8 @@ public:
     void Forget(uint64_t id, const OHOS::IPCObjectProxy *proxy);
 
 protected:
-    // Sends a request and completes `call` when its reply has come or cannot come. Must not block.
+    // Sends a request and completes `call` when its reply has come or cannot come. Waits for no
+    // far end's handler.
     virtual void Send(const ProxyTarget &target, uint32_t code, int flags, WireParcel &&data,
         const std::shared_ptr<PendingCall> &call) = 0;
     // The session is dead: let the far end know. Called once.

@@ -158,17 +158,23 @@ void WireSession::JoinBigLane(const std::string &path)
     bool nobody = false;
     UniqueFd socket = ConnectSocket(path, error, nobody);
     const auto joining = socket ? StartJoining(LaneKind::BIG, std::move(socket)) : nullptr;
-    const bool joined = joining != nullptr && AwaitJoined(joining);
     {
         std::lock_guard<std::mutex> lock(mutex_);
         isBigLaneDue_ = false;
     }
     laneSet_.notify_all();
-    if (!joined && !IsDead()) {
-        IPC_LOGE(
-            "the connection to process %{public}d stays without its second half %{public}s", Peer().pid, error.c_str());
+    if (joining == nullptr) {
+        IPC_LOGW("large parcels to process %{public}d have no connection of their own: %{public}s", Peer().pid,
+            error.c_str());
+        return;
+    }
+    int status = BR_FAILED_REPLY;
+    WireParcel reply;
+    // A far end that takes long may yet answer; until then what is sent by the lane waits in it.
+    if (joining->WaitFor(ANSWER_TIME, status, reply) && status != OHOS::ERR_NONE) {
         Die();
     }
+    Untrack(joining);
 }
 
 WireSession::WireSession(CallingPeer peer, bool closeUnused) : Session(std::move(peer), closeUnused)
@@ -278,6 +284,13 @@ void WireSession::Send(
 
 void WireSession::CloseTransport()
 {
+    {
+        // Nobody is to wait for a lane any more, nor to open one.
+        std::lock_guard<std::mutex> lock(mutex_);
+        isBigLaneAsked_ = true;
+        isBigLaneDue_ = false;
+    }
+    laneSet_.notify_all();
     for (LaneKind kind : LANES) {
         if (auto lane = GetLane(kind)) {
             lane->Close();

@@ -64,14 +64,14 @@ public:
     OHOS::sptr<OHOS::IRemoteObject> GetAbility(
         const std::string &bundleName, const std::string &abilityName, int32_t userId, std::string &error);
 
-    // Opens the lane for large parcels beside what the caller does next; once, later calls do nothing. A session that does
-    // not get one is dead.
+    // Opens the lane for large parcels beside what the caller does next; once, later calls do nothing. Without it they take
+    // the other one.
     void OpenBigLane(const std::string &path);
 
     void SetLane(LaneKind kind, const std::shared_ptr<Lane> &lane);
     // Null when it has not joined yet.
     std::shared_ptr<Lane> GetLane(LaneKind kind) const;
-    // Waits for a lane that is being opened.
+    // Waits for a lane that is being opened, until the session is dead at the latest.
     std::shared_ptr<Lane> AwaitLane(LaneKind kind);
     // Keeps a large reply until the far end fetches it from the other lane. 0, with nothing kept, when the far end leaves
     // MAX_UNREAD_BYTES of them.

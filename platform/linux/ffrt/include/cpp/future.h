@@ -31,11 +31,9 @@ struct shared_state {
     template <typename V>
     void set(V &&v)
     {
-        {
-            std::lock_guard<mutex> guard(lock);
-            value.reset();
-            value.emplace(std::forward<V>(v));
-        }
+        std::lock_guard<mutex> guard(lock);
+        value.reset();
+        value.emplace(std::forward<V>(v));
         changed.notify_all();
     }
 };
@@ -106,14 +104,11 @@ struct promise {
 
     void set_value(const R &value) noexcept
     {
-        // Held here: whoever is woken may destroy the promise at once.
-        const auto state = state_;
-        state->set(value);
+        state_->set(value);
     }
     void set_value(R &&value) noexcept
     {
-        const auto state = state_;
-        state->set(std::move(value));
+        state_->set(std::move(value));
     }
     future<R> get_future() noexcept
     {
