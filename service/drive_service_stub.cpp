@@ -35,9 +35,10 @@ struct PendingRequest {
     std::unique_ptr<RequestBudget::Share> share;
 };
 
-void AnswerPending(RequestRouter &router, const PendingRequest &request)
+void AnswerPending(RequestRouter &router, PendingRequest &request)
 {
-    std::string answer = router.AnswerWithUuid(request.json, request.uuid, request.deviceName, &request.callback);
+    std::string answer =
+        router.AnswerWithUuid(std::move(request.json), request.uuid, request.deviceName, &request.callback);
     // It waits for as long as its client does not take it.
     request.share->AddBytes(answer.size());
     if (!request.callback.Call(answer)) {
@@ -108,7 +109,7 @@ int DriveServiceStub::AnswerLater(OHOS::MessageParcel &data)
         LogError("the asynchronous request " + Excerpt(uuid) + " has no object to be answered by");
         return OHOS::ERR_NULL_OBJECT;
     }
-    auto request = std::make_shared<const PendingRequest>(
+    auto request = std::make_shared<PendingRequest>(
         PendingRequest{std::move(json), std::move(uuid), peer.deviceName, *std::move(callback), std::move(share)});
     if (!pool_.Post([&router = router_, request] { AnswerPending(router, *request); })) {
         LogError("the asynchronous request " + Excerpt(request->uuid) + " came when no more could be taken");

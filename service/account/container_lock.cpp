@@ -7,6 +7,7 @@
 #include "util/encoding.h"
 #include "util/failure.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

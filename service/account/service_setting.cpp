@@ -7,6 +7,7 @@
 
 #include "records/limits.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

@@ -16,6 +16,7 @@
 #include "records/record_json.h"
 #include "requests/client_callback.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 #include "util/log.h"
 
 namespace DriveService {

@@ -16,6 +16,7 @@
 #include "backup/backup_reader.h"
 #include "util/failure.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 #include "util/log.h"
 
 namespace DriveService {

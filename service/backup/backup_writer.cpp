@@ -17,7 +17,7 @@
 #include "backup/backup_reader.h"
 #include "util/failure.h"
 #include "util/file_util.h"
-#include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

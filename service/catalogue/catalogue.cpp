@@ -14,6 +14,7 @@
 #include "records/limits.h"
 #include "util/encoding.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 #include "util/log.h"
 
 namespace DriveService {

@@ -8,6 +8,7 @@
 
 #include "util/encoding.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

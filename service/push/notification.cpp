@@ -7,7 +7,7 @@
 
 #include <json/json.h>
 
-#include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

@@ -119,7 +119,7 @@ void UnwrapAttachments(const std::string &recordType, const std::string &field, 
     }
     for (Json::Value &element : value) {
         if (element.isObject() && element.size() == 1 && element.isMember("asset")) {
-            Json::Value asset = element["asset"];
+            Json::Value asset = std::move(element["asset"]);
             element = std::move(asset);
         }
     }
@@ -135,7 +135,8 @@ Json::Value NullOf(const FieldRule &rule)
     return Json::Value(rule.type == FieldType::LIST ? Json::arrayValue : Json::objectValue);
 }
 
-std::optional<Failure> ReadFields(const Json::Value &json, IncomingRecord &record)
+// The fields are checked where they are.
+std::optional<Failure> ReadFields(Json::Value &json, IncomingRecord &record)
 {
     std::vector<FailureDetail> problems;
     for (auto member = json.begin(); member != json.end(); ++member) {
@@ -152,12 +153,13 @@ std::optional<Failure> ReadFields(const Json::Value &json, IncomingRecord &recor
                 {"record type \"" + record.recordType + "\" has no field \"" + Excerpt(name) + "\"", Excerpt(name)});
             continue;
         }
-        Json::Value value = member->isNull() ? NullOf(*rule) : *member;
-        if (!value.isNull()) {
-            UnwrapAttachments(record.recordType, name, value);
-            CheckFieldValue(*rule, value, problems, record.fieldReferences);
+        if (member->isNull()) {
+            *member = NullOf(*rule);
         }
-        record.fields[name] = std::move(value);
+        if (!member->isNull()) {
+            UnwrapAttachments(record.recordType, name, *member);
+            CheckFieldValue(*rule, *member, problems, record.fieldReferences);
+        }
     }
     if (!problems.empty()) {
         return Failure(ErrorCode::INVALID_FIELD, std::move(problems));
@@ -208,8 +210,7 @@ std::optional<Failure> ReadRelations(const Json::Value &json, IncomingRecord &re
 
 } // namespace
 
-std::optional<Failure> ReadIncomingRecord(
-    const Json::Value &json, const ContainerEntry &container, IncomingRecord &record)
+std::optional<Failure> ReadIncomingRecord(Json::Value &&json, const ContainerEntry &container, IncomingRecord &record)
 {
     std::optional<Failure> failure = ReadIdentity(json, container, record);
     if (!failure) {
@@ -217,6 +218,12 @@ std::optional<Failure> ReadIncomingRecord(
     }
     if (!failure) {
         failure = ReadRelations(json, record);
+    }
+    if (!failure) {
+        for (const std::string &name : BookkeepingMembers()) {
+            json.removeMember(name);
+        }
+        record.fields = std::move(json);
     }
     return failure;
 }

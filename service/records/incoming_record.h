@@ -35,8 +35,7 @@ struct IncomingRecord {
 
 // Reads and checks one record against the container's schema. What can be told before anything else (id and type) is
 // filled in even when the result is a failure.
-std::optional<Failure> ReadIncomingRecord(
-    const Json::Value &json, const ContainerEntry &container, IncomingRecord &record);
+std::optional<Failure> ReadIncomingRecord(Json::Value &&json, const ContainerEntry &container, IncomingRecord &record);
 
 } // namespace DriveService
 

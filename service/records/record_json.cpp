@@ -47,23 +47,7 @@ Json::Value DataOf(const StoredRecord &record)
     return Read(record.data, record);
 }
 
-Json::Value RecordToJson(const StoredRecord &record, const std::set<std::string> &fields)
-{
-    if (record.deleted) {
-        return RecordToJson(record, Json::Value());
-    }
-    Json::Value data = DataOf(record);
-    if (!fields.empty()) {
-        for (const std::string &name : data.getMemberNames()) {
-            if (fields.count(name) == 0) {
-                data.removeMember(name);
-            }
-        }
-    }
-    return RecordToJson(record, std::move(data));
-}
-
-Json::Value RecordToJson(const StoredRecord &record, Json::Value &&data)
+Json::Value BookkeepingToJson(const StoredRecord &record)
 {
     Json::Value json(Json::objectValue);
     json[Name("code")] = 0;
@@ -77,11 +61,26 @@ Json::Value RecordToJson(const StoredRecord &record, Json::Value &&data)
     json[Name("modifiedInfo")] = StampToJson(record.modified);
     json[Name("ownerId")] = record.ownerId;
     json[Name("isShared")] = record.shared;
+    if (!record.deleted) {
+        json[Name("relations")] = Read(record.relations, record);
+    }
+    return json;
+}
+
+Json::Value RecordToJson(const StoredRecord &record, const std::set<std::string> &fields)
+{
+    Json::Value json = BookkeepingToJson(record);
     if (record.deleted) {
         return json;
     }
-    json[Name("relations")] = Read(record.relations, record);
-    json[Name("record")] = std::move(data);
+    Json::Value &data = json[Name("record")] = DataOf(record);
+    if (!fields.empty()) {
+        for (const std::string &name : data.getMemberNames()) {
+            if (fields.count(name) == 0) {
+                data.removeMember(name);
+            }
+        }
+    }
     return json;
 }
 

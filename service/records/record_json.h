@@ -18,8 +18,8 @@ namespace DriveService {
 // "editedTime", "deleted", "createInfo", "modifiedInfo", "relations", "ownerId", "isShared"}. A deleted record has no
 // fields and no relations. `fields` are the wanted ones, none: all.
 Json::Value RecordToJson(const StoredRecord &record, const std::set<std::string> &fields = {});
-// The same where the fields are at hand, as record.data says them; not looked at for a deleted record.
-Json::Value RecordToJson(const StoredRecord &record, Json::Value &&data);
+// The same without "record".
+Json::Value BookkeepingToJson(const StoredRecord &record);
 
 // The record's data; throws StoreError when it is damaged.
 Json::Value DataOf(const StoredRecord &record);

@@ -10,6 +10,7 @@
 #include "records/limits.h"
 #include "records/record_json.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 
@@ -55,7 +56,7 @@ void DropNulls(Json::Value &data)
 RecordSaver::RecordSaver(WriteSession &session, SaveContext context) : session_(session), context_(std::move(context))
 {}
 
-std::vector<RecordOutcome> RecordSaver::Save(const Json::Value &records)
+std::vector<RecordOutcome> RecordSaver::Save(Json::Value &&records)
 {
     std::vector<RecordOutcome> outcomes(records.size());
     std::vector<Candidate> candidates(records.size());
@@ -66,8 +67,8 @@ std::vector<RecordOutcome> RecordSaver::Save(const Json::Value &records)
         Candidate &candidate = candidates[i];
         RecordOutcome &outcome = outcomes[i];
         candidate.outcome = &outcome;
-        outcome.failure = ReadIncomingRecord(records[i], context_.container, candidate.incoming);
         outcome.localRecordId = TextMember(records[i], "recordId");
+        outcome.failure = ReadIncomingRecord(std::move(records[i]), context_.container, candidate.incoming);
         outcome.recordType = candidate.incoming.recordType;
         if (!outcome.failure && candidate.incoming.recordId.empty()) {
             if (candidate.incoming.isNew) {
@@ -353,7 +354,6 @@ void RecordSaver::Write(Candidate &candidate)
         MakeIndexRows(candidate.data, indexedFields_[candidate.incoming.recordType]));
     KeepAssets(session_, context_.databaseId, *candidate.incoming.rule, candidate.incoming.recordId, candidate.data);
     candidate.outcome->record = std::move(candidate.next);
-    candidate.outcome->data = std::move(candidate.data);
 }
 
 } // namespace DriveService

@@ -29,7 +29,6 @@ struct RecordOutcome {
     std::string recordType;
     std::optional<Failure> failure;
     std::optional<StoredRecord> record; // as it is now; with a failure: the record that is in the way
-    Json::Value data;                   // what record->data says, of one that was saved
 };
 
 struct SaveContext {
@@ -49,8 +48,8 @@ class RecordSaver {
 public:
     RecordSaver(WriteSession &session, SaveContext context);
 
-    // In the order of the records.
-    std::vector<RecordOutcome> Save(const Json::Value &records);
+    // In the order of the records, an array.
+    std::vector<RecordOutcome> Save(Json::Value &&records);
 
 private:
     // A record on its way: what was sent and what it would become.

@@ -12,6 +12,7 @@
 #include "account/service_setting.h"
 #include "account/settings.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

@@ -63,7 +63,7 @@ public:
         }
         Json::Value records(Json::arrayValue);
         records.append(std::move(change));
-        return RecordSaver(session_, context_).Save(records)[0];
+        return RecordSaver(session_, context_).Save(std::move(records))[0];
     }
 
 private:
@@ -228,7 +228,7 @@ Json::Value FetchAssetStatusWithId(ServiceContext &context, const Request &reque
     return AssetsReply(*wanted.session, wanted.databaseId, wanted.rule, wanted.record, wanted.fields);
 }
 
-Json::Value BatchCreateAsset(ServiceContext &context, const Request &request)
+Reply BatchCreateAsset(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
     uint64_t count = CountBatch(request, target, {"records"});
@@ -252,13 +252,8 @@ Json::Value BatchCreateAsset(ServiceContext &context, const Request &request)
     session->Commit();
     session.reset();
 
-    Json::Value reply = Success();
-    Json::Value &list = reply["records"] = OutcomesToJson(std::move(outcomes));
-    for (Json::ArrayIndex i = 0; i < list.size(); ++i) {
-        if (list[i]["code"] == 0) {
-            list[i]["assets"] = std::move(created[i]);
-        }
-    }
+    Reply reply = Success();
+    reply.Add("records", ListOutcomes(outcomes, created));
     return reply;
 }
 
@@ -296,7 +291,7 @@ Json::Value UpdateAssetRevision(ServiceContext &context, const Request &request)
     change["recordType"] = rule.recordType;
     Json::Value records(Json::arrayValue);
     records.append(std::move(change));
-    RecordOutcome outcome = std::move(RecordSaver(*session, save).Save(records)[0]);
+    RecordOutcome outcome = std::move(RecordSaver(*session, save).Save(std::move(records))[0]);
     if (outcome.failure) {
         throw RequestError(std::move(*outcome.failure));
     }

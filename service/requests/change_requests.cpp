@@ -6,6 +6,7 @@
 #include "query/cursor.h"
 #include "query/query_parser.h"
 #include "records/record_json.h"
+#include "util/json_writer.h"
 #include "requests/fetch_fields.h"
 #include "util/failure.h"
 
@@ -39,7 +40,7 @@ const RecordTypeRule *OptionalRecordType(const Target &target, const Request &re
 
 } // namespace
 
-Json::Value FetchDatabaseChanges(ServiceContext &context, const Request &request)
+Reply FetchDatabaseChanges(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
     const RecordTypeRule *rule = OptionalRecordType(target, request);
@@ -61,11 +62,12 @@ Json::Value FetchDatabaseChanges(ServiceContext &context, const Request &request
     ChangesPage page = session->Changes(query);
     session.reset();
 
-    Json::Value reply = Success();
-    Json::Value &list = reply["changes"] = Json::Value(Json::arrayValue);
+    JsonList list;
     for (const StoredRecord &record : page.records) {
-        list.append(RecordToJson(record, fields));
+        list.Append(WriteJson(RecordToJson(record, fields)));
     }
+    Reply reply = Success();
+    reply.Add("changes", std::move(list));
     reply["nextCursor"] = page.more ? WriteChangeCursor(database, page.records.back().sequence) : "";
     reply["newStartCursor"] = page.more ? "" : WriteChangeCursor(database, database.lastSequence);
     return reply;

@@ -9,6 +9,7 @@
 #include "account/settings.h"
 #include "util/encoding.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

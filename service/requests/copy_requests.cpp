@@ -89,7 +89,7 @@ std::vector<RecordOutcome> CopyIn(WriteSession &session, const SaveContext &save
             copies.append(std::move(copy));
         }
     }
-    std::vector<RecordOutcome> saved = RecordSaver(session, save).Save(copies);
+    std::vector<RecordOutcome> saved = RecordSaver(session, save).Save(std::move(copies));
     for (size_t i = 0; i < made.size(); ++i) {
         outcomes[made[i]] = std::move(saved[i]);
     }
@@ -98,7 +98,7 @@ std::vector<RecordOutcome> CopyIn(WriteSession &session, const SaveContext &save
 
 } // namespace
 
-Json::Value CopyRecords(ServiceContext &context, const Request &request)
+Reply CopyRecords(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
     uint64_t count = CountBatch(request, target, {"records"});
@@ -110,8 +110,8 @@ Json::Value CopyRecords(ServiceContext &context, const Request &request)
     session->Commit();
     session.reset();
 
-    Json::Value reply = Success();
-    reply["records"] = OutcomesToJson(std::move(outcomes));
+    Reply reply = Success();
+    reply.Add("records", ListOutcomes(outcomes));
     return reply;
 }
 

@@ -10,6 +10,7 @@
 #include "records/record_json.h"
 #include "requests/fetch_fields.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 
@@ -17,8 +18,7 @@ namespace {
 
 // The records that the request names, one element for each, in its order. With a rule they are all of its type, without
 // one each element names its type.
-Json::Value FetchNamed(
-    ServiceContext &context, const Request &request, const Target &target, const RecordTypeRule *rule)
+Reply FetchNamed(ServiceContext &context, const Request &request, const Target &target, const RecordTypeRule *rule)
 {
     std::set<std::string> fields = WantedFields(request, target, rule);
     const Json::Value &wanted = request.Array("records");
@@ -31,8 +31,7 @@ Json::Value FetchNamed(
     DatabaseInfo database = FindDatabase(context, target);
     std::unique_ptr<ReadSession> session = context.store.BeginRead();
     RequireSameDatabase(*session, target, database);
-    Json::Value reply = Success();
-    Json::Value &list = reply["records"] = Json::Value(Json::arrayValue);
+    JsonList list;
     size_t bytes = 0;
     for (const Json::Value &item : wanted) {
         std::string recordId = TextMember(item, "recordId");
@@ -53,18 +52,20 @@ Json::Value FetchNamed(
                 "records");
         }
         if (failure) {
-            list.append(RecordFailureToJson(*failure, recordId, recordId, recordType));
+            list.Append(WriteJson(RecordFailureToJson(*failure, recordId, recordId, recordType)));
         } else {
             bytes += ReplyBytesOf(record);
-            list.append(RecordToJson(record, fields));
+            list.Append(WriteJson(RecordToJson(record, fields)));
         }
     }
+    Reply reply = Success();
+    reply.Add("records", std::move(list));
     return reply;
 }
 
 } // namespace
 
-Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &request)
+Reply FetchRecordsWithQuery(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
     const RecordTypeRule &rule = FindRecordType(target, request);
@@ -86,11 +87,12 @@ Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &reques
     QueryPage page = session->Query(query);
     session.reset();
 
-    Json::Value reply = Success();
-    Json::Value &list = reply["records"] = Json::Value(Json::arrayValue);
+    JsonList list;
     for (const StoredRecord &record : page.records) {
-        list.append(RecordToJson(record, fields));
+        list.Append(WriteJson(RecordToJson(record, fields)));
     }
+    Reply reply = Success();
+    reply.Add("records", std::move(list));
     reply["nextCursor"] = page.next ? WriteQueryCursor(database, identity, *page.next) : "";
     return reply;
 }
@@ -102,13 +104,13 @@ Json::Value FetchRecordWithId(ServiceContext &context, const Request &request)
     return RecordToJson(wanted.record, wanted.fields);
 }
 
-Json::Value FetchRecordWithIds(ServiceContext &context, const Request &request)
+Reply FetchRecordWithIds(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
     return FetchNamed(context, request, target, &FindRecordType(target, request));
 }
 
-Json::Value BatchDownloadRecords(ServiceContext &context, const Request &request)
+Reply BatchDownloadRecords(ServiceContext &context, const Request &request)
 {
     return FetchNamed(context, request, FindTarget(context, request), nullptr);
 }

@@ -6,6 +6,7 @@
 
 #include <json/json.h>
 
+#include "requests/reply.h"
 #include "requests/request.h"
 
 namespace DriveService {
@@ -41,12 +42,12 @@ Json::Value GetRecordIdRules(ServiceContext &context, const Request &request);
 Json::Value GetServiceKey(ServiceContext &context, const Request &request);
 
 // write_requests.cpp
-Json::Value SaveRecords(ServiceContext &context, const Request &request);
-Json::Value DeleteRecords(ServiceContext &context, const Request &request);
-Json::Value ModifyRecords(ServiceContext &context, const Request &request);
+Reply SaveRecords(ServiceContext &context, Request &request);
+Reply DeleteRecords(ServiceContext &context, const Request &request);
+Reply ModifyRecords(ServiceContext &context, Request &request);
 
 // copy_requests.cpp
-Json::Value CopyRecords(ServiceContext &context, const Request &request);
+Reply CopyRecords(ServiceContext &context, const Request &request);
 
 // share_requests.cpp
 Json::Value SetPreShared(ServiceContext &context, const Request &request);
@@ -61,14 +62,14 @@ Json::Value DeleteLock(ServiceContext &context, const Request &request);
 Json::Value GetLockState(ServiceContext &context, const Request &request);
 
 // fetch_requests.cpp
-Json::Value FetchRecordsWithQuery(ServiceContext &context, const Request &request);
+Reply FetchRecordsWithQuery(ServiceContext &context, const Request &request);
 Json::Value FetchRecordWithId(ServiceContext &context, const Request &request);
-Json::Value FetchRecordWithIds(ServiceContext &context, const Request &request);
-Json::Value BatchDownloadRecords(ServiceContext &context, const Request &request);
+Reply FetchRecordWithIds(ServiceContext &context, const Request &request);
+Reply BatchDownloadRecords(ServiceContext &context, const Request &request);
 
 // asset_requests.cpp
 Json::Value FetchAssetStatusWithId(ServiceContext &context, const Request &request);
-Json::Value BatchCreateAsset(ServiceContext &context, const Request &request);
+Reply BatchCreateAsset(ServiceContext &context, const Request &request);
 Json::Value UpdateAssetRevision(ServiceContext &context, const Request &request);
 
 // subscription_requests.cpp
@@ -80,7 +81,7 @@ Json::Value BatchDeleteSubscription(ServiceContext &context, const Request &requ
 Json::Value GetSubscriptions(ServiceContext &context, const Request &request);
 
 // change_requests.cpp
-Json::Value FetchDatabaseChanges(ServiceContext &context, const Request &request);
+Reply FetchDatabaseChanges(ServiceContext &context, const Request &request);
 Json::Value GetStartCursor(ServiceContext &context, const Request &request);
 
 } // namespace DriveService

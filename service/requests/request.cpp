@@ -4,6 +4,7 @@
 #include "requests/request.h"
 
 #include <limits>
+#include <utility>
 
 #include "records/limits.h"
 #include "util/failure.h"
@@ -85,6 +86,12 @@ const Json::Value &Request::Array(const char *name) const
         Refuse(name, "an array", value);
     }
     return value;
+}
+
+Json::Value Request::TakeArray(const char *name)
+{
+    Array(name);
+    return std::exchange(json_[name], Json::Value(Json::arrayValue));
 }
 
 const Json::Value *Request::Find(const char *name) const

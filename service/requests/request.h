@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <json/json.h>
@@ -33,11 +34,11 @@ struct ServiceContext {
 };
 
 // One request while it is answered. Its readers throw RequestError (INVALID_ARGUMENT) that names the member when one
-// is missing or of the wrong type. The JSON and the callback must outlive it.
+// is missing or of the wrong type. The callback must outlive it.
 class Request {
 public:
-    Request(const Json::Value &json, std::string deviceName, const ClientCallback *callback)
-        : json_(json), deviceName_(std::move(deviceName)), callback_(callback)
+    Request(Json::Value json, std::string deviceName, const ClientCallback *callback)
+        : json_(std::move(json)), deviceName_(std::move(deviceName)), callback_(callback)
     {}
 
     std::string Text(const char *name) const;                             // required, may be empty
@@ -47,6 +48,7 @@ public:
     int64_t IntegerOr(const char *name, int64_t other) const;
     bool BooleanOr(const char *name, bool other) const;
     const Json::Value &Array(const char *name) const; // required
+    Json::Value TakeArray(const char *name);          // the same; the request is left with an empty one
     const Json::Value *Find(const char *name) const;  // of any type; null when it is absent
     std::vector<std::string> Texts(const char *name, size_t most) const;
 
@@ -67,7 +69,7 @@ public:
     }
 
 private:
-    const Json::Value &json_;
+    Json::Value json_;
     std::string deviceName_;
     const ClientCallback *callback_;
 };

@@ -3,7 +3,9 @@
 
 #include "requests/request_router.h"
 
+#include <functional>
 #include <map>
+#include <utility>
 
 #include "records/limits.h"
 #include "requests/handlers.h"
@@ -16,7 +18,7 @@ namespace DriveService {
 
 namespace {
 
-using Handler = Json::Value (*)(ServiceContext &, const Request &);
+using Handler = std::function<Reply(ServiceContext &, Request &)>;
 
 // The mixed case is the protocol's.
 const std::map<std::string, Handler> &Handlers()
@@ -66,12 +68,12 @@ const std::map<std::string, Handler> &Handlers()
     return *handlers;
 }
 
-std::string WriteReply(Json::Value reply, const std::string &uuid)
+std::string WriteReply(Reply reply, const std::string &uuid)
 {
     if (!uuid.empty()) {
         reply["uuid"] = uuid;
     }
-    return WriteJson(reply);
+    return reply.Write();
 }
 
 std::string FailureReply(const Failure &failure, const std::string &uuid)
@@ -110,14 +112,13 @@ std::string ReplyOf(const Answer &answer, const std::string &uuid) noexcept
 RequestRouter::RequestRouter(ServiceContext context) : context_(std::move(context))
 {}
 
-Json::Value RequestRouter::Dispatch(
-    const Json::Value &json, const std::string &deviceName, const ClientCallback *callback)
+Reply RequestRouter::Dispatch(Json::Value &&json, const std::string &deviceName, const ClientCallback *callback)
 {
     if (!json.isObject()) {
         throw RequestError(ErrorCode::MALFORMED_REQUEST, "a request is an object, came " + DescribeJson(json));
     }
     // It is the peer's word, and stands in every record of its.
-    Request request(json, IsUtf8(deviceName) ? Excerpt(deviceName) : "", callback);
+    Request request(std::move(json), IsUtf8(deviceName) ? Excerpt(deviceName) : "", callback);
     std::string function = request.NonEmptyText("function");
     auto handler = Handlers().find(function);
     if (handler == Handlers().end()) {
@@ -136,20 +137,20 @@ std::string RequestRouter::Answer(
         if (!ParseForeignJson(text, json, error)) {
             throw RequestError(ErrorCode::MALFORMED_REQUEST, "the request is no JSON: " + error);
         }
-        return Dispatch(json, deviceName, callback);
+        return Dispatch(std::move(json), deviceName, callback);
     };
     return ReplyOf(answer, "");
 }
 
 std::string RequestRouter::Refuse(const Failure &failure) noexcept
 {
-    return ReplyOf([&failure]() -> Json::Value { throw RequestError(failure); }, "");
+    return ReplyOf([&failure]() -> Reply { throw RequestError(failure); }, "");
 }
 
-std::string RequestRouter::AnswerWithUuid(const Json::Value &json, const std::string &uuid,
-    const std::string &deviceName, const ClientCallback *callback) noexcept
+std::string RequestRouter::AnswerWithUuid(
+    Json::Value &&json, const std::string &uuid, const std::string &deviceName, const ClientCallback *callback) noexcept
 {
-    return ReplyOf([&] { return Dispatch(json, deviceName, callback); }, uuid);
+    return ReplyOf([&] { return Dispatch(std::move(json), deviceName, callback); }, uuid);
 }
 
 } // namespace DriveService

@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "requests/reply.h"
 #include "requests/request.h"
 
 namespace DriveService {
@@ -24,11 +25,11 @@ public:
     static std::string Refuse(const Failure &failure) noexcept;
 
     // For a request that has been read already; every answer gets its "uuid".
-    std::string AnswerWithUuid(const Json::Value &json, const std::string &uuid, const std::string &deviceName,
+    std::string AnswerWithUuid(Json::Value &&json, const std::string &uuid, const std::string &deviceName,
         const ClientCallback *callback) noexcept;
 
 private:
-    Json::Value Dispatch(const Json::Value &json, const std::string &deviceName, const ClientCallback *callback);
+    Reply Dispatch(Json::Value &&json, const std::string &deviceName, const ClientCallback *callback);
 
     ServiceContext context_;
 };

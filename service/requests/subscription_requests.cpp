@@ -11,6 +11,7 @@
 #include "records/limits.h"
 #include "util/encoding.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

@@ -35,7 +35,7 @@ void MarkNotApplied(std::vector<RecordOutcome> &outcomes)
 
 } // namespace
 
-Json::Value SaveRecords(ServiceContext &context, const Request &request)
+Reply SaveRecords(ServiceContext &context, Request &request)
 {
     Target target = FindTarget(context, request);
     uint64_t count = CountBatch(request, target, {"records"});
@@ -43,17 +43,17 @@ Json::Value SaveRecords(ServiceContext &context, const Request &request)
 
     std::unique_ptr<WriteSession> session = BeginRecordWrite(context, request, target, count);
     SaveContext save = MakeSaveContext(context, *session, request, target, policy);
-    std::vector<RecordOutcome> outcomes = RecordSaver(*session, save).Save(request.Array("records"));
+    std::vector<RecordOutcome> outcomes = RecordSaver(*session, save).Save(request.TakeArray("records"));
     session->Commit();
     session.reset();
     AskForUploads(context, request, target, save.databaseId, outcomes);
 
-    Json::Value reply = Success();
-    reply["records"] = OutcomesToJson(std::move(outcomes));
+    Reply reply = Success();
+    reply.Add("records", ListOutcomes(outcomes));
     return reply;
 }
 
-Json::Value DeleteRecords(ServiceContext &context, const Request &request)
+Reply DeleteRecords(ServiceContext &context, const Request &request)
 {
     Target target = FindTarget(context, request);
     uint64_t count = CountBatch(request, target, {"records"});
@@ -66,13 +66,13 @@ Json::Value DeleteRecords(ServiceContext &context, const Request &request)
     session->Commit();
     session.reset();
 
-    Json::Value reply = Success();
-    reply["records"] = OutcomesToJson(std::move(outcomes));
+    Reply reply = Success();
+    reply.Add("records", ListOutcomes(outcomes));
     return reply;
 }
 
 // Deletions come first, so that a record may take over what a deleted one had to itself.
-Json::Value ModifyRecords(ServiceContext &context, const Request &request)
+Reply ModifyRecords(ServiceContext &context, Request &request)
 {
     Target target = FindTarget(context, request);
     uint64_t count = CountBatch(request, target, {"recordsToSave", "recordsToDelete"});
@@ -83,7 +83,7 @@ Json::Value ModifyRecords(ServiceContext &context, const Request &request)
     SaveContext save = MakeSaveContext(context, *session, request, target, policy);
     DeleteContext deletion{"", save.databaseId, policy, save.stamp};
     std::vector<RecordOutcome> deleted = DeleteRecordsIn(*session, deletion, request.Array("recordsToDelete"));
-    std::vector<RecordOutcome> saved = RecordSaver(*session, save).Save(request.Array("recordsToSave"));
+    std::vector<RecordOutcome> saved = RecordSaver(*session, save).Save(request.TakeArray("recordsToSave"));
     if (atomic && (AnyRefused(deleted) || AnyRefused(saved))) {
         MarkNotApplied(deleted);
         MarkNotApplied(saved);
@@ -94,9 +94,9 @@ Json::Value ModifyRecords(ServiceContext &context, const Request &request)
     session.reset();
     AskForUploads(context, request, target, save.databaseId, saved);
 
-    Json::Value reply = Success();
-    reply["recordsToSave"] = OutcomesToJson(std::move(saved));
-    reply["recordsToDelete"] = OutcomesToJson(std::move(deleted));
+    Reply reply = Success();
+    reply.Add("recordsToSave", ListOutcomes(saved));
+    reply.Add("recordsToDelete", ListOutcomes(deleted));
     return reply;
 }
 

@@ -85,32 +85,39 @@ SaveContext MakeSaveContext(const ServiceContext &context, WriteSession &session
     return save;
 }
 
-Json::Value OutcomesToJson(std::vector<RecordOutcome> &&outcomes)
+JsonList ListOutcomes(const std::vector<RecordOutcome> &outcomes, const std::vector<Json::Value> &assets)
 {
-    Json::Value list(Json::arrayValue);
+    JsonList list;
     size_t bytes = 0;
-    for (RecordOutcome &outcome : outcomes) {
+    for (size_t i = 0; i < outcomes.size(); ++i) {
+        const RecordOutcome &outcome = outcomes[i];
         bool echoes = false;
         if (outcome.record) {
             bytes += ReplyBytesOf(*outcome.record);
             echoes = bytes <= MAX_ECHOED_BYTES;
         }
-        Json::Value json;
         if (outcome.failure) {
-            json = RecordFailureToJson(*outcome.failure, outcome.recordId, outcome.localRecordId, outcome.recordType);
+            Json::Value json =
+                RecordFailureToJson(*outcome.failure, outcome.recordId, outcome.localRecordId, outcome.recordType);
             if (outcome.record && echoes) {
                 json["currentRecord"] = RecordToJson(*outcome.record);
             }
-        } else {
-            json = outcome.data.isNull() ? RecordToJson(*outcome.record)
-                                         : RecordToJson(*outcome.record, std::move(outcome.data));
-            json["localRecordId"] = outcome.localRecordId;
-            if (!echoes) {
-                json.removeMember("record");
-                json.removeMember("relations");
-            }
+            list.Append(WriteJson(json));
+            continue;
         }
-        list.append(std::move(json));
+        Json::Value json = BookkeepingToJson(*outcome.record);
+        json["localRecordId"] = outcome.localRecordId;
+        if (!assets.empty()) {
+            json["assets"] = assets[i];
+        }
+        std::vector<WrittenMember> data;
+        if (!echoes) {
+            json.removeMember("relations");
+        } else if (!outcome.record->deleted) {
+            // What this request has written itself needs no look at whether it is damaged.
+            data.push_back({"record", outcome.record->data});
+        }
+        list.Append(WriteJson(json, data));
     }
     return list;
 }

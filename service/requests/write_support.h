@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "records/record_saver.h"
+#include "util/json_writer.h"
 #include "requests/request.h"
 #include "store/store.h"
 
@@ -35,8 +36,9 @@ std::unique_ptr<WriteSession> BeginRecordWrite(
 SaveContext MakeSaveContext(const ServiceContext &context, WriteSession &session, const Request &request,
     const Target &target, SavePolicy policy);
 
-// The elements of the reply, made of the outcomes' own data. Those that would make it too large come without their data.
-Json::Value OutcomesToJson(std::vector<RecordOutcome> &&outcomes);
+// The reply's list of what this request has done. Records that would make it too large come without their data.
+// `assets`: what is said of each saved record's; empty: nothing.
+JsonList ListOutcomes(const std::vector<RecordOutcome> &outcomes, const std::vector<Json::Value> &assets = {});
 
 } // namespace DriveService
 

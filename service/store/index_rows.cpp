@@ -4,7 +4,7 @@
 #include "store/store.h"
 
 #include "util/encoding.h"
-#include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

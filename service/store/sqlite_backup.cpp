@@ -8,6 +8,7 @@
 #include "store/sqlite_write.h"
 #include "util/encoding.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 // The rows of a backup: what leaves the database and comes back. Indexes are not among them, they are made anew.
 namespace DriveService {

@@ -76,10 +76,12 @@ StoredRecord ReadRecord(SQLite::Statement &row)
 
 std::string IndexedFieldsText(const std::vector<IndexedField> &fields)
 {
+    // Keys are indexed by texts; the number changes with their form, so that older ones are made anew.
+    constexpr const char *keyForm = ")2,";
     std::string text;
     for (const IndexedField &field : fields) {
         text += field.name + ":" + std::to_string(static_cast<int>(field.kind)) + (field.list ? "[]" : "") +
-                (field.parts.empty() ? "," : "(" + IndexedFieldsText(field.parts) + "),");
+                (field.parts.empty() ? "," : "(" + IndexedFieldsText(field.parts) + keyForm);
     }
     return text;
 }

@@ -5,7 +5,7 @@
 
 #include "store/sqlite_write.h"
 #include "util/encoding.h"
-#include "util/json_util.h"
+#include "util/json_writer.h"
 
 // Subscriptions, and the notices that wait to be sent.
 namespace DriveService {

@@ -11,6 +11,7 @@ namespace DriveService {
 namespace {
 
 constexpr size_t DATABASE_UID_BYTES = 8;
+constexpr int64_t FIRST_VERSION = 1;
 
 // Records are read in blocks when a type is indexed anew, so that memory stays bounded however many there are.
 constexpr int64_t REINDEX_RECORDS = 1000;
@@ -117,19 +118,26 @@ void SqliteWrite::Put(int64_t databaseId, StoredRecord &record, const std::vecto
         SQLite::Statement &put = connection_.Prepare(PUT_RECORD);
         BindRecord(put, databaseId, record);
         put.exec();
-        ReplaceValues(databaseId, record, values);
+        if (record.version != FIRST_VERSION) {
+            RemoveValues(databaseId, record);
+        }
+        AddValues(databaseId, record, values);
         if (record.deleted) {
             ReplaceAssets(databaseId, record.recordId, {});
         }
     });
 }
 
-void SqliteWrite::ReplaceValues(int64_t databaseId, const StoredRecord &record, const std::vector<IndexRow> &values)
+void SqliteWrite::RemoveValues(int64_t databaseId, const StoredRecord &record)
 {
     SQLite::Statement &remove = connection_.Prepare("DELETE FROM record_value WHERE database_id = ? AND record_id = ?");
     remove.bind(1, databaseId);
     remove.bind(2, record.recordId);
     remove.exec();
+}
+
+void SqliteWrite::AddValues(int64_t databaseId, const StoredRecord &record, const std::vector<IndexRow> &values)
+{
     if (record.deleted) {
         return;
     }
@@ -182,7 +190,8 @@ void SqliteWrite::Reindex(int64_t databaseId, const std::string &recordType, con
             if (!ParseJson(record.data, data, error)) {
                 throw StoreError("the data of record " + record.recordId + " is damaged: " + error);
             }
-            ReplaceValues(databaseId, record, MakeIndexRows(data, fields));
+            RemoveValues(databaseId, record);
+            AddValues(databaseId, record, MakeIndexRows(data, fields));
             query.after = record.sequence;
         }
         more = page.more;

@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <ostream>
-#include <streambuf>
 #include <utility>
 
 #include "records/limits.h"
@@ -25,41 +23,6 @@ std::unique_ptr<Json::CharReader> NewReader()
     builder.settings_["stackLimit"] = MAX_JSON_DEPTH;
     return std::unique_ptr<Json::CharReader>(builder.newCharReader());
 }
-
-// Replies of up to 128 MiB are written; escaping every character outside ASCII would triple some of them.
-std::unique_ptr<Json::StreamWriter> NewWriter()
-{
-    Json::StreamWriterBuilder builder;
-    builder.settings_["indentation"] = "";
-    builder.settings_["emitUTF8"] = true;
-    return std::unique_ptr<Json::StreamWriter>(builder.newStreamWriter());
-}
-
-// Takes what a writer writes without the copies of a string stream.
-class TextBuffer : public std::streambuf {
-public:
-    std::string TakeText()
-    {
-        return std::move(text_);
-    }
-
-protected:
-    int_type overflow(int_type character) override
-    {
-        if (!traits_type::eq_int_type(character, traits_type::eof())) {
-            text_ += traits_type::to_char_type(character);
-        }
-        return traits_type::not_eof(character);
-    }
-    std::streamsize xsputn(const char *text, std::streamsize size) override
-    {
-        text_.append(text, static_cast<size_t>(size));
-        return size;
-    }
-
-private:
-    std::string text_;
-};
 
 } // namespace
 
@@ -110,15 +73,6 @@ bool ParseJson(const std::string &text, Json::Value &value, std::string &error)
     error.erase(error.find_last_not_of(' ') + 1);
     value = Json::Value();
     return false;
-}
-
-std::string WriteJson(const Json::Value &value)
-{
-    static thread_local const std::unique_ptr<Json::StreamWriter> writer = NewWriter();
-    TextBuffer buffer;
-    std::ostream stream(&buffer);
-    writer->write(value, &stream);
-    return buffer.TakeText();
 }
 
 std::string DescribeJson(const Json::Value &value)

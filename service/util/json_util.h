@@ -21,9 +21,6 @@ size_t CountJsonValues(const std::string &text);
 // The same for a text from outside, which is refused before it is read when it has more than MAX_JSON_VALUES values.
 [[nodiscard]] bool ParseForeignJson(const std::string &text, Json::Value &value, std::string &error);
 
-// Compact text in one line, UTF-8 as it is.
-std::string WriteJson(const Json::Value &value);
-
 // What a value is, in the words of error messages: "text \"abc\"", "integer 5", "an object" ...; long texts are cut.
 std::string DescribeJson(const Json::Value &value);
 

@@ -12,6 +12,7 @@
 #include "service_fixture.h"
 #include "util/encoding.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace {
 using namespace DriveService;

@@ -13,6 +13,7 @@
 #include "requests/client_callback.h"
 #include "service_fixture.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 #include "util/parcel_text.h"
 
 namespace {

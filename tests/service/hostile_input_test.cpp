@@ -3,6 +3,7 @@
 
 #include "service_fixture.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 #include <rapidcheck/gtest.h>
 

@@ -14,6 +14,7 @@
 #include "requests/client_callback.h"
 #include "service_fixture.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

@@ -11,6 +11,7 @@
 #include <stdexcept>
 
 #include "util/json_util.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

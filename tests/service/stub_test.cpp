@@ -18,6 +18,7 @@
 #include "message_parcel.h"
 #include "service_fixture.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 #include "util/parcel_text.h"
 
 namespace DriveService {

@@ -15,6 +15,7 @@
 #include "inspection.h"
 #include "nubis_kit.h"
 #include "util/json_util.h"
+#include "util/json_writer.h"
 #include "wall_clock.h"
 
 namespace Simulation {
