@@ -76,6 +76,7 @@ std::vector<SqliteMirror::Row> SqliteMirror::NewRows(Table &table)
 
 void SqliteMirror::Watch(size_t transactions)
 {
+    inserted_.clear();
     std::vector<std::vector<TableRows>> added(transactions);
     for (size_t i = 0; i < tables_.size(); ++i) {
         std::vector<Row> rows = NewRows(tables_[i]);
@@ -110,6 +111,6 @@ void SqliteMirror::Insert()
         }
     }
     copy_->exec("COMMIT");
-    watched_.pop_front();
+    inserted_.splice(inserted_.end(), watched_, watched_.begin());
 }
 } // namespace NubisBench

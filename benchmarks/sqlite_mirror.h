@@ -5,7 +5,7 @@
 #define NUBIS_BENCH_SQLITE_MIRROR_H
 
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -56,7 +56,8 @@ private:
     SQLite::Database original_;
     std::unique_ptr<SQLite::Database> copy_;
     std::vector<Table> tables_;
-    std::deque<std::vector<TableRows>> watched_;
+    std::list<std::vector<TableRows>> watched_;
+    std::list<std::vector<TableRows>> inserted_; // until the next watch, so that freeing them is not measured
 };
 } // namespace NubisBench
 
