@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <map>
 #include <mutex>
 #include <stdexcept>
@@ -70,6 +71,15 @@ public:
     {
         std::lock_guard<std::mutex> lock(mutex_);
         answerers_[function] = std::move(answerer);
+    }
+
+    // The function's requests are answered once the gate is open.
+    void AnswerBehind(const std::string &function, std::promise<void> &gate)
+    {
+        AnswerWith(function, [opened = gate.get_future().share()](const Json::Value &) {
+            opened.wait();
+            return std::string("{}");
+        });
     }
 
     // Asynchronous requests of the function are answered through their callback object within the transaction; those of

@@ -129,6 +129,14 @@ protected:
         connect_->OnAbilityConnectDone(element_, remote, code);
     }
 
+    int32_t Send() const
+    {
+        OHOS::MessageParcel data;
+        OHOS::MessageParcel reply;
+        OHOS::MessageOption option;
+        return connect_->SendData(3, data, reply, option);
+    }
+
     const OHOS::AppExecFwk::ElementName element_{"", "bundle", "TheAbility"};
     const OHOS::sptr<DriveIpcConnect> connect_ = new DriveIpcConnect(std::make_shared<ProxyLink>(nullptr));
     const OHOS::sptr<OHOS::IRemoteObject> first_ = new Remote;
@@ -143,10 +151,7 @@ TEST_F(IpcConnectTest, ARefusedConnectionIsNone)
     EXPECT_THAT(log.TakeErrors(), ElementsAre("ability connect failed, error code:5"));
     ConnectTo(nullptr);
     EXPECT_FALSE(connect_->IsConnected());
-    OHOS::MessageParcel data;
-    OHOS::MessageParcel reply;
-    OHOS::MessageOption option;
-    EXPECT_EQ(connect_->SendData(3, data, reply, option), 19);
+    EXPECT_EQ(Send(), 19);
     ConnectTo(first_);
     EXPECT_TRUE(connect_->IsConnected());
     EXPECT_THAT(log.Take(LOG_INFO), Contains("ability connect success, ability name:TheAbility"));
@@ -195,12 +200,8 @@ TEST_F(ConnectionTest, AnotherObjectEndsTheWaitsForTheOneBefore)
 
 TEST_F(IpcConnectTest, AnObjectThatWasDeadWhenItCameIsDroppedByTheFirstRequest)
 {
-    const OHOS::sptr<OHOS::IRemoteObject> dead = new OHOS::IPCObjectProxy(1);
-    ConnectTo(dead);
-    OHOS::MessageParcel data;
-    OHOS::MessageParcel reply;
-    OHOS::MessageOption option;
-    EXPECT_EQ(connect_->SendData(3, data, reply, option), OHOS::ERR_DEAD_OBJECT);
+    ConnectTo(new OHOS::IPCObjectProxy(1));
+    EXPECT_EQ(Send(), OHOS::ERR_DEAD_OBJECT);
     EXPECT_FALSE(connect_->IsConnected());
 }
 

@@ -52,26 +52,6 @@ TEST_F(RequestTest, OnlySavesAndModifiesBringTheCallbackObject)
     EXPECT_EQ(NubisTest::FakeDriveService::CallBack(callback, R"({"function": "unknown"})"), "");
 }
 
-TEST_F(RequestTest, TheVersionAndTheSwitchDecideWhoGoesAsynchronously)
-{
-    const auto asyncOnes = [](DriveServiceProxy &proxy) {
-        std::vector<std::string> functions;
-        for (const char *function : {"fetchRecordWithId", "GetCloudUserInfo", "batchDownloadRecords", "saveRecords",
-                 "modifyRecords", "fetchAssetStatusWithId", "batchCreateAsset", "updateAssetRevision", "getLock"}) {
-            if (proxy.IsSupportAsync(function)) {
-                functions.emplace_back(function);
-            }
-        }
-        return functions.size();
-    };
-    EXPECT_EQ(asyncOnes(*Connect({{"abilityVersion", "1"}}, true)), 0U);
-    EXPECT_EQ(asyncOnes(*Connect({{"abilityVersion", "2"}}, true)), 3U);
-    EXPECT_EQ(asyncOnes(*Connect({{"abilityVersion", "3"}}, true)), 8U);
-    EXPECT_EQ(asyncOnes(*Connect({{"abilityVersion", "3"}}, false)), 0U);
-    // Unless the service says otherwise the switch is on.
-    EXPECT_EQ(asyncOnes(*Connect({{"abilityVersion", "3"}})), 8U);
-}
-
 TEST_F(RequestTest, AsynchronousRequestsAreAnsweredThroughTheCallbackObject)
 {
     const auto proxy = Connect({{"abilityVersion", "2"}}, true);
@@ -174,11 +154,7 @@ TEST_F(RequestTest, TheThirteenthRequestWaitsForASlot)
 {
     const auto proxy = Connect();
     std::promise<void> gate;
-    std::shared_future<void> opened = gate.get_future().share();
-    service_->AnswerWith("getLock", [opened](const Json::Value &) {
-        opened.wait();
-        return std::string("{}");
-    });
+    service_->AnswerBehind("getLock", gate);
     std::vector<std::future<NubisTest::SendOutcome>> sent;
     for (int i = 0; i < 12; ++i) {
         sent.push_back(SendAside(*proxy, "getLock"));
@@ -201,11 +177,7 @@ TEST_F(RequestTest, UrgentRequestsBeyond64WaitButNotForThoseThatStandStill)
     Host::ManualClock clock;
     const auto proxy = Connect();
     std::promise<void> gate;
-    std::shared_future<void> opened = gate.get_future().share();
-    service_->AnswerWith("getLock", [opened](const Json::Value &) {
-        opened.wait();
-        return std::string("{}");
-    });
+    service_->AnswerBehind("getLock", gate);
     std::vector<std::future<int32_t>> sent;
     for (int i = 0; i < 64; ++i) {
         sent.push_back(std::async(std::launch::async, [&proxy]() {

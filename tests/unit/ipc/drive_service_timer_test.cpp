@@ -50,10 +50,7 @@ protected:
     // A request that stays in flight until the future of the result is let go by Open.
     std::future<NubisTest::SendOutcome> HoldRequest(DriveServiceProxy &proxy, int timeout)
     {
-        service_->AnswerWith("getLock", [opened = gate_.get_future().share()](const Json::Value &) {
-            opened.wait();
-            return std::string("{}");
-        });
+        service_->AnswerBehind("getLock", gate_);
         auto sent = SendAside(proxy, "getLock", timeout);
         service_->WaitFor("getLock", 1);
         return sent;

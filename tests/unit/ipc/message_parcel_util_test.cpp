@@ -31,14 +31,6 @@ TEST(MessageParcelUtilTest, LengthStandsBeforeTheRawData)
     EXPECT_EQ(std::string(static_cast<const char *>(raw), 3), "abc");
 }
 
-TEST(MessageParcelUtilTest, LongTextsFit)
-{
-    const std::string text(3 * 1024 * 1024, 'x');
-    OHOS::MessageParcel parcel;
-    MessageParcelUtil::WriteStringToMessage(parcel, text);
-    EXPECT_TRUE(MessageParcelUtil::ReadStringFromMessage(parcel) == text);
-}
-
 TEST(MessageParcelUtilTest, EmptyTextIsRefusedOnBothSides)
 {
     NubisTest::LogCapture log;

@@ -22,10 +22,7 @@ class FullKitTest : public NubisTest::KitTest {
 protected:
     FullKitTest() : KitTest({{"abilityVersion", "3"}})
     {
-        service_->AnswerWith("getLock", [opened = gate_.get_future().share()](const Json::Value &) {
-            opened.wait();
-            return std::string("{}");
-        });
+        service_->AnswerBehind("getLock", gate_);
         service_->AnswerAsyncAtOnce("saveRecords", "{}");
     }
 

@@ -123,10 +123,7 @@ protected:
 TEST_F(SaveProgressTest, ASaveIsATaskUntilItHasEnded)
 {
     std::promise<void> gate;
-    service_->AnswerWith("saveRecords", [opened = gate.get_future().share()](const Json::Value &) {
-        opened.wait();
-        return std::string("{}");
-    });
+    service_->AnswerBehind("saveRecords", gate);
     std::promise<bool> saved;
     EXPECT_EQ(database_->SaveRecords(
                   NubisTest::ContextOf("t", "p"), {Existing("r1")}, NB_SAVE_OVERWRITE,

@@ -6,11 +6,7 @@
 
 #include "blocking_calls.h"
 #include "event_lines.h"
-#include "fake_drive_service.h"
-#include "nb_container.h"
-#include "nb_database.h"
-#include "nubis_kit.h"
-#include "record_builder.h"
+#include "kit_fixture.h"
 
 namespace {
 using namespace Nubis;
@@ -19,30 +15,20 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Texts = std::map<std::string, std::string>;
 
-constexpr const char *CATALOGUE = R"({"code": 0, "appInfo": [{"bundleName": "com.ohos.contactsdataability",
-    "defaultContainer": {"name": "main", "schema": {"version": 1, "recordTypes": [{"recordType": "contact"}]}}}]})";
-
 std::string UserReply(const std::string &cloudUserId)
 {
     return R"({"code": 0, "userInfo": {"userId": ")" + cloudUserId + R"(", "cloudStatus": 1}})";
 }
 
 // What the library reports of its own accord, and in whose name.
-class OmReportTest : public testing::Test {
+class OmReportTest : public NubisTest::DatabaseTest {
 protected:
-    OmReportTest() : userId_(NextUser()), service_(NubisTest::FakeDriveService::Offer(userId_))
+    OmReportTest()
     {
         service_->Answer("getReportInfo", R"({"reportUrl": "https://report.example", "reportParam": {}})");
-        service_->Answer("GetCloudAppInfo", CATALOGUE);
         service_->Answer("GetCloudUserInfo", UserReply("ann"));
-        kit_ = NubisNative::GetInstance(userId_, NB_SYNC_DEMON_DATA);
-        database_ = kit_->GetDefaultContainer("com.ohos.contactsdataability")->GetPrivateDatabase();
-    }
-
-    static int NextUser()
-    {
-        static int lastUser = 400;
-        return ++lastUser;
+        // The kit alone keeps the container.
+        container_ = nullptr;
     }
 
     NBError SignIn()
@@ -54,11 +40,8 @@ protected:
     NBError FailRequest()
     {
         service_->Answer("getStartCursor", R"({"code": 7, "error": {"code": 2001, "description": "broken"}})");
-        auto context = std::make_shared<NBContext>();
-        context->SetRequestTraceId("20000_01_7_7");
-        context->SetPrepareTarceId("20000_01_6_6");
         std::string cursor;
-        return database_->GetStartCursor(context, "contact", cursor);
+        return database_->GetStartCursor(NubisTest::ContextOf("20000_01_7_7", "20000_01_6_6"), "note", cursor);
     }
 
     std::vector<Json::Value> Events() const
@@ -76,10 +59,6 @@ protected:
     }
 
     NubisTest::EventState state_;
-    const int userId_;
-    OHOS::sptr<NubisTest::FakeDriveService> service_;
-    std::shared_ptr<NubisNative> kit_;
-    std::shared_ptr<NBDatabase> database_;
 };
 
 TEST_F(OmReportTest, FailedRequestOfADatabaseTellsWhatFailed)
@@ -94,15 +73,15 @@ TEST_F(OmReportTest, FailedRequestOfADatabaseTellsWhatFailed)
     EXPECT_EQ(reply["error"]["description"], "broken");
     EXPECT_EQ(reply["traceId"], "20000_01_7_7");
     fields.erase("extraInfo");
-    const Texts expected{{"pn", "sync_contact"}, {"operationType", "20000"}, {"business_id", "getStartCursor"},
-        {"traceID", "20000_01_7_7"}, {"prepareTraceId", "20000_01_6_6"}, {"userID", "ann"}, {"returnCode", "2001"},
-        {"errorReason", "broken"}};
+    const Texts expected{{"pn", "sync_com.example.notes"}, {"operationType", "20000"},
+        {"business_id", "getStartCursor"}, {"traceID", "20000_01_7_7"}, {"prepareTraceId", "20000_01_6_6"},
+        {"userID", "ann"}, {"returnCode", "2001"}, {"errorReason", "broken"}};
     EXPECT_EQ(fields, expected);
 
     // Without a reply there is no trace id, and without a context no prepare trace id.
     service_->Answer("getStartCursor", "");
     std::string cursor;
-    ASSERT_EQ(database_->GetStartCursor("contact", cursor).GetLocalErrorCode(), NB_LOCAL_EMPTY_REPLY);
+    ASSERT_EQ(database_->GetStartCursor("note", cursor).GetLocalErrorCode(), NB_LOCAL_EMPTY_REPLY);
     fields = TextsOf(Events().back()["fields"]);
     EXPECT_EQ(fields["traceID"] + fields["prepareTraceId"] + fields["operationType"], "");
     EXPECT_EQ(fields["returnCode"] + fields["extraInfo"], "11null");
@@ -113,9 +92,9 @@ TEST_F(OmReportTest, AFailureAfterTheReleaseOfTheContainerIsReported)
     ASSERT_FALSE(SignIn().HasError());
     size_t reported = 0;
     for (const char *reply : {R"({"code": 7})", R"({"records": [{"code": 7, "recordId": "bad"}]})"}) {
-        database_ = kit_->GetDefaultContainer("com.ohos.contactsdataability")->GetPrivateDatabase();
+        database_ = kit_->GetDefaultContainer(NubisTest::BUNDLE)->GetPrivateDatabase();
         service_->AnswerWith("copyRecords", [this, reply](const Json::Value &) {
-            kit_->ReleaseDefaultContainer("com.ohos.contactsdataability");
+            kit_->ReleaseDefaultContainer(NubisTest::BUNDLE);
             return std::string(reply);
         });
         NubisTest::Copy(database_, {{}});
@@ -127,12 +106,11 @@ TEST_F(OmReportTest, EveryFailedRecordOfASuccessfulSaveIsReported)
 {
     ASSERT_FALSE(SignIn().HasError());
     service_->Answer("saveRecords", R"({"code": 0, "records": [
-        {"code": 0, "recordId": "good", "recordType": "contact"},
+        {"code": 0, "recordId": "good", "recordType": "note"},
         {"code": 3001, "recordId": "bad", "error": {"code": 3001, "description": "conflict"}},
         {"code": 5, "localRecordId": "worse"},
         {"code": 5, "recordId": "unknown"}]})");
-    const auto contact = [](const char *recordId) { return NubisTest::RecordBuilder("contact", recordId).Build(); };
-    ASSERT_FALSE(NubisTest::Save(database_, {contact("good"), contact("bad"), contact("worse")}).error.HasError());
+    ASSERT_FALSE(NubisTest::Save(database_, {Existing("good"), Existing("bad"), Existing("worse")}).error.HasError());
 
     std::vector<Texts> reported;
     for (const auto &event : Events()) {
@@ -157,7 +135,7 @@ TEST_F(OmReportTest, FailedRequestsOfTheKitAreNotReported)
     ASSERT_FALSE(SignIn().HasError());
     service_->Answer("GetCloudAppSwitches", R"({"code": 7, "error": {"code": 2001, "description": "broken"}})");
     std::map<std::string, NBAppSwitchStatus> switches;
-    EXPECT_TRUE(kit_->GetCloudAppSwitches({"com.ohos.contactsdataability"}, switches).HasError());
+    EXPECT_TRUE(kit_->GetCloudAppSwitches({NubisTest::BUNDLE}, switches).HasError());
     EXPECT_THAT(Events(), IsEmpty());
 }
 
@@ -183,7 +161,7 @@ TEST_F(OmReportTest, EventsAreReportedInTheNameOfWhoeverIsSignedIn)
     EXPECT_THAT(EventUsers(), ElementsAre("ann", "ann", "bob"));
 
     // The container must outlive its release here: a database without one cannot send at all.
-    const auto container = kit_->GetDefaultContainer("com.ohos.contactsdataability");
+    const auto container = kit_->GetDefaultContainer(NubisTest::BUNDLE);
     kit_->ReleaseCloudUserInfo();
     EXPECT_TRUE(FailRequest().IsServerError());
     EXPECT_THAT(EventUsers(), ElementsAre("ann", "ann", "bob"));

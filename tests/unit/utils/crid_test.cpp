@@ -39,14 +39,6 @@ const std::string UPID_HEX = "0123456789abcdef";
 const std::string ID_HEX = "00112233445566778899aabbccddeeff";
 } // namespace
 
-TEST(Crid, Version0OfNothingIsAllZero)
-{
-    auto crid = CridV0::Encode(0, 0);
-    ASSERT_NE(crid, nullptr);
-    EXPECT_EQ(crid->GetCrid(), "A" + std::string(32, 'A'));
-    EXPECT_EQ(crid->GetRid(), "A" + std::string(32, '0'));
-}
-
 TEST(Crid, Version0LaysOutTheWordsMostSignificantFirst)
 {
     auto crid = CridV0::Encode(UPID, 1);

@@ -8,9 +8,8 @@
 
 #include "ev_utils.h"
 #include "event_lines.h"
-#include "fake_drive_service.h"
+#include "kit_fixture.h"
 #include "log_capture.h"
-#include "nubis_kit.h"
 
 namespace {
 using namespace Nubis;
@@ -23,19 +22,12 @@ using Texts = std::map<std::string, std::string>;
 constexpr const char *REPORT_INFO =
     R"({"code": 0, "reportUrl": "https://report.example", "reportParam": {"region": "eu", "userId": "x", "n": 1}})";
 
-// Instances live as long as the process, so every fixture has a user of its own.
-class EvUtilsTest : public testing::Test {
+class EvUtilsTest : public NubisTest::KitTest {
 protected:
-    EvUtilsTest() : userId_(NextUser()), service_(NubisTest::FakeDriveService::Offer(userId_))
+    EvUtilsTest()
     {
         service_->Answer("getReportInfo", REPORT_INFO);
         NubisNative::GetInstance(userId_, NB_SYNC_DEMON_DATA);
-    }
-
-    static int NextUser()
-    {
-        static int lastUser = 200;
-        return ++lastUser;
     }
 
     EvUtils &Reporter() const
@@ -61,8 +53,6 @@ protected:
     }
 
     NubisTest::EventState state_;
-    const int userId_;
-    OHOS::sptr<NubisTest::FakeDriveService> service_;
 };
 
 TEST_F(EvUtilsTest, OmEventNamesItsOutcomeByProduct)

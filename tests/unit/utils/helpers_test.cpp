@@ -9,12 +9,10 @@
 
 #include "log.h"
 #include "log_capture.h"
-#include "process_helper.h"
 #include "uuid_helper.h"
 #include "wall_clock.h"
 
 using namespace Nubis;
-using testing::ElementsAre;
 using testing::StartsWith;
 
 namespace {
@@ -37,14 +35,6 @@ void KeepLine(const LogType type, const LogLevel level, const unsigned int domai
         std::to_string(type) + " " + std::to_string(level) + " " + std::to_string(domain) + " " + tag + " " + message;
 }
 } // namespace
-
-TEST_F(FixedClock, ReadsItsSourceAndCutsToWholeSeconds)
-{
-    EXPECT_EQ(WallClock::NowMillis(), 1700000000999);
-    EXPECT_EQ(WallClock::NowSeconds(), 1700000000);
-    WallClock::SetSource(nullptr);
-    EXPECT_GT(WallClock::NowSeconds(), 1700000000);
-}
 
 TEST_F(FixedClock, TraceIdsNameTheDemonAndTheSecond)
 {
@@ -73,11 +63,6 @@ TEST(UuidHelper, MakesRandomUuidsThatDiffer)
         uuids.insert(withoutDelim);
     }
     EXPECT_EQ(uuids.size(), 200U);
-}
-
-TEST(ProcessHelper, NamesTheProcessWithoutFolders)
-{
-    EXPECT_EQ(ProcessHelper::GetCurProcessName(), "nubis_utils_test");
 }
 
 TEST(Log, GivesPlaceDomainAndTagWithEachText)
