@@ -12,6 +12,7 @@ namespace NubisTool {
 namespace {
 using testing::HasSubstr;
 
+constexpr const char *BUNDLE = " --bundle com.example.notes ";
 constexpr const char *DATABASE = " --bundle com.example.notes --type note ";
 
 TEST_F(EndToEndTest, WhatIsImportedIsWhatIsReadBack)
@@ -258,6 +259,53 @@ TEST_F(EndToEndTest, ABackupBringsBackWhatWasThere)
     ASSERT_EQ(Out().size(), 1U);
     EXPECT_EQ(Out()[0]["fields"]["title"].asString(), "kept");
     EXPECT_THAT(Errors(), HasSubstr("--replace"));
+}
+
+TEST_F(EndToEndTest, SecretsAreWrittenOnlyOnRequest)
+{
+    for (const char *secret : {"key common --data-type 1 --key-type 2", "token"}) {
+        const std::string command = std::string("nubis ") + secret + BUNDLE;
+        ASSERT_EQ(
+            RunLines("secret=$(" + command + "--show) || exit 98\n" + command +
+                     "--json >shown; grep -q \"$secret\" shown && exit 97\n"
+                     "grep -q $(printf %s \"$secret\" | sha256sum | cut -c1-64) shown && printf %s $secret | wc -c"),
+            0)
+            << Errors();
+        EXPECT_THAT(out_, testing::AnyOf("64\n", "43\n")) << secret;
+    }
+    ASSERT_EQ(RunLines(std::string("nubis key service --show --json >one") + BUNDLE +
+                       "&& nubis key user --show --json >two" + BUNDLE + "&& cmp one two && cat one"),
+        0)
+        << Errors();
+    Json::Value keys = Out();
+    ASSERT_EQ(keys.size(), 2U);
+    EXPECT_EQ(keys[0]["secret"].asString().size(), 34U);
+    EXPECT_EQ(keys[1]["secret"].asString().size(), 66U);
+    EXPECT_EQ(keys[1]["id"].asString().size(), 32U);
+}
+
+TEST_F(EndToEndTest, MilestonesAreKeptAndListedNewestLast)
+{
+    const std::string send = "nubis report send --bundle com.example.notes ";
+    ASSERT_EQ(RunLines(send + "prepare >/dev/null && " + send +
+                       "end --trace run_1 --error-code 7 --error-message full records=12 pn=mine &&"
+                       "echo broken >>$NUBIS_STATE_DIR/events/NubisSDK_100.jsonl && nubis report list &&"
+                       "nubis report list --limit 1 --json >last && nubis report list --json --trace run_1 >run_1 &&"
+                       "grep -c traceID last run_1"),
+        0)
+        << Errors();
+    EXPECT_THAT(out_, testing::StartsWith("reported cloudsync_sync_end, trace run_1\n"));
+    EXPECT_THAT(out_, testing::ContainsRegex("sync_prepare(.|\n)*O&M .*sync_end .* run_1 +7 +full +records=12\n"
+                                             ".* operation .*sync_end .*\nlast:1\nrun_1:2\n$"));
+    EXPECT_THAT(Errors(), HasSubstr("a field \"pn\" of its own; yours was left out"));
+    EXPECT_THAT(Errors(), HasSubstr("left out what is no event: 1 line"));
+    EXPECT_THAT(Errors(), HasSubstr("there are 3 older ones"));
+
+    // The library says nothing of events that cannot be kept.
+    EXPECT_EQ(RunLines("mkdir $NUBIS_STATE_DIR/events; ln -s nowhere $NUBIS_STATE_DIR/events/NubisSDK_100.jsonl; " +
+                       send + "start"),
+        1);
+    EXPECT_THAT(Errors(), HasSubstr("the event client did not keep the report"));
 }
 
 TEST_F(EndToEndTest, TheDemoHolds)
