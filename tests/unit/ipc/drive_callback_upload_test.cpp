@@ -81,6 +81,7 @@ TEST_F(CallbackUploadTest, AnotherProcessIsServedByTheFileContainer)
     EXPECT_EQ(Ask(UploadRequest()), Outcome(0, "null"));
     EXPECT_EQ(LastRequest("GetCloudAppInfo")["syncDemon"], "1");
     EXPECT_EQ(Ask(UploadRequest(R"({"records": []})")), Outcome(0, ""));
+    EXPECT_EQ(Ask(UploadRequest(R"({"records": {}})")), Outcome(0, "null"));
 
     NubisTest::LogCapture log;
     EXPECT_EQ(Ask(UploadRequest("{}", "unknown")), Outcome(-1, ""));

@@ -32,6 +32,8 @@ TEST(JsonHelper, ReadsMembersOfTheRightKindOnly)
     EXPECT_EQ(JsonHelper::GetUInt64FromJson(json, "i", 1), 1U);
     EXPECT_TRUE(JsonHelper::GetBoolFromJson(json, "b"));
     EXPECT_TRUE(JsonHelper::GetBoolFromJson(json, "i", true));
+    EXPECT_TRUE(JsonHelper::HasMember(json, "n"));
+    EXPECT_FALSE(JsonHelper::HasMember(json, "none"));
 }
 
 TEST(JsonHelper, GivesTheDefaultForEveryValueThatIsNoObject)
