@@ -73,6 +73,43 @@ TEST_F(DatabaseWriteTest, RepliesAreMatchedByTheLocalId)
                                       "reply records error, unknown record id:stranger"}));
 }
 
+TEST_F(DatabaseWriteTest, AResultIsJudgedByItsCodeAndItsError)
+{
+    struct Case {
+        const char *members;
+        int localCode;
+        int serverCode;
+        const char *recordId;
+    };
+    const auto saveOne = [this](Json::Value answer) {
+        answer["localRecordId"] = "r1";
+        Json::Value reply;
+        reply["records"].append(std::move(answer));
+        service_->Answer("saveRecords", NubisTest::JsonText(reply));
+        return Save(database_, {Existing("r1", 3)}).results.at("r1");
+    };
+    // "error" counts by being there, whatever it is.
+    const Case cases[] = {{R"({"code": 0, "recordId": "s1", "recordType": "cat"})", 3, 0, "s1"},
+        {R"({"recordId": "s1"})", 24, 0, "s1"}, {R"({"code": "0", "recordType": "note"})", 24, 0, "r1"},
+        {R"({"code": 7, "recordId": ""})", 24, 0, "r1"}, {R"({"code": 7, "recordId": "s1", "error": {}})", 0, 7, "s1"},
+        {R"({"code": 7, "error": null})", 0, 7, "r1"}, {R"({"code": 7, "error": "text"})", 0, 7, "r1"}};
+    for (const Case &one : cases) {
+        const auto result = saveOne(ParseJson(one.members));
+        EXPECT_EQ(result.GetLocalErrorCode(), one.localCode) << one.members;
+        EXPECT_EQ(result.GetServerErrorCode(), one.serverCode) << one.members;
+        EXPECT_EQ(result.GetRecord().GetRecordId(), one.recordId) << one.members;
+        EXPECT_EQ(result.GetRecord().GetVersion(), 3U) << one.members;
+    }
+    for (const Json::Value &spoilt : NubisTest::SpoilEachMember(
+             ParseJson(R"({"code": 7, "recordId": "r", "recordType": "note", "error": {}, "record": {"stars": 1}})"))) {
+        NBRecord record;
+        auto result = saveOne(spoilt);
+        result.StealRecord(record);
+        EXPECT_TRUE(result.HasError() || record.GetRecordType() == "note");
+        EXPECT_EQ(result.GetRecord().GetRecordId() + result.GetRecord().GetRecordType(), "");
+    }
+}
+
 TEST_F(DatabaseWriteTest, AFailureIsTheResultOfEveryRecord)
 {
     service_->Answer("saveRecords", R"({"code": 5, "error": {"description": "full"}})");
