@@ -72,7 +72,7 @@ void MeasureSave(const Options &options, const fs::path &folder)
         // Freed before the watch is read, as the service frees what it parsed.
         ParseJson(text);
         mirror.Insert();
-        WriteJson(reply);
+        const std::string answer = WriteJson(reply);
         return watch.Seconds();
     };
     Row row = ServiceRow("service-save", std::to_string(count) + " records saved in one request", SAVE_GOAL,

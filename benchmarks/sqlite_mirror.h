@@ -5,8 +5,8 @@
 #define NUBIS_BENCH_SQLITE_MIRROR_H
 
 #include <cstdint>
-#include <list>
 #include <filesystem>
+#include <list>
 #include <memory>
 #include <string>
 #include <vector>

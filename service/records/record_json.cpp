@@ -47,6 +47,11 @@ Json::Value DataOf(const StoredRecord &record)
     return Read(record.data, record);
 }
 
+Json::Value RelationsOf(const StoredRecord &record)
+{
+    return Read(record.relations, record);
+}
+
 Json::Value BookkeepingToJson(const StoredRecord &record)
 {
     Json::Value json(Json::objectValue);
@@ -61,9 +66,6 @@ Json::Value BookkeepingToJson(const StoredRecord &record)
     json[Name("modifiedInfo")] = StampToJson(record.modified);
     json[Name("ownerId")] = record.ownerId;
     json[Name("isShared")] = record.shared;
-    if (!record.deleted) {
-        json[Name("relations")] = Read(record.relations, record);
-    }
     return json;
 }
 
@@ -73,6 +75,7 @@ Json::Value RecordToJson(const StoredRecord &record, const std::set<std::string>
     if (record.deleted) {
         return json;
     }
+    json[Name("relations")] = RelationsOf(record);
     Json::Value &data = json[Name("record")] = DataOf(record);
     if (!fields.empty()) {
         for (const std::string &name : data.getMemberNames()) {

@@ -18,11 +18,14 @@ namespace DriveService {
 // "editedTime", "deleted", "createInfo", "modifiedInfo", "relations", "ownerId", "isShared"}. A deleted record has no
 // fields and no relations. `fields` are the wanted ones, none: all.
 Json::Value RecordToJson(const StoredRecord &record, const std::set<std::string> &fields = {});
-// The same without "record".
+// The same without "record" and "relations".
 Json::Value BookkeepingToJson(const StoredRecord &record);
 
 // The record's data; throws StoreError when it is damaged.
 Json::Value DataOf(const StoredRecord &record);
+
+// The record's relations; throws StoreError when they are damaged.
+Json::Value RelationsOf(const StoredRecord &record);
 
 // {"code", "recordId", "localRecordId", "recordType", "error"}
 Json::Value RecordFailureToJson(const Failure &failure, const std::string &recordId, const std::string &localRecordId,

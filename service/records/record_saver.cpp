@@ -217,6 +217,9 @@ void RecordSaver::FillNext(Candidate &candidate, const std::optional<StoredRecor
         next.relations = WriteJson(*incoming.relations);
     } else if (context_.policy == SavePolicy::OVERWRITE) {
         next.relations = "[]";
+    } else {
+        // What is damaged is found before anything is saved, not when it is on disk and to be answered.
+        RelationsOf(next);
     }
     AssignAssetIds(*incoming.rule, candidate.data);
     next.data = WriteJson(candidate.data);

@@ -6,9 +6,9 @@
 #include "query/cursor.h"
 #include "query/query_parser.h"
 #include "records/record_json.h"
-#include "util/json_writer.h"
 #include "requests/fetch_fields.h"
 #include "util/failure.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

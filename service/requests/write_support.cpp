@@ -11,6 +11,7 @@
 #include "account/settings.h"
 #include "records/limits.h"
 #include "records/record_json.h"
+#include "util/log.h"
 
 namespace DriveService {
 
@@ -19,6 +20,16 @@ namespace {
 // Saving a few records takes less time than bringing them to disk; with more, those who share the transaction would
 // wait longer than by themselves.
 constexpr uint64_t MAX_SHARED_RECORDS = 16;
+
+// One that cannot be read is left out: what became of the request's records is on disk and must be told.
+void AddCurrentRecord(Json::Value &json, const StoredRecord &record)
+{
+    try {
+        json["currentRecord"] = RecordToJson(record);
+    } catch (const StoreError &failure) {
+        LogError(failure.what());
+    }
+}
 
 } // namespace
 
@@ -100,7 +111,7 @@ JsonList ListOutcomes(const std::vector<RecordOutcome> &outcomes, const std::vec
             Json::Value json =
                 RecordFailureToJson(*outcome.failure, outcome.recordId, outcome.localRecordId, outcome.recordType);
             if (outcome.record && echoes) {
-                json["currentRecord"] = RecordToJson(*outcome.record);
+                AddCurrentRecord(json, *outcome.record);
             }
             list.Append(WriteJson(json));
             continue;
@@ -110,14 +121,12 @@ JsonList ListOutcomes(const std::vector<RecordOutcome> &outcomes, const std::vec
         if (!assets.empty()) {
             json["assets"] = assets[i];
         }
-        std::vector<WrittenMember> data;
-        if (!echoes) {
-            json.removeMember("relations");
-        } else if (!outcome.record->deleted) {
-            // What this request has written itself needs no look at whether it is damaged.
-            data.push_back({"record", outcome.record->data});
+        std::vector<WrittenMember> written;
+        if (echoes && !outcome.record->deleted) {
+            // This request has written or read them itself: they are not damaged.
+            written = {{"relations", outcome.record->relations}, {"record", outcome.record->data}};
         }
-        list.Append(WriteJson(json, data));
+        list.Append(WriteJson(json, written));
     }
     return list;
 }

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "records/record_saver.h"
-#include "util/json_writer.h"
 #include "requests/request.h"
 #include "store/store.h"
+#include "util/json_writer.h"
 
 namespace DriveService {
 

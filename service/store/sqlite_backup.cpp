@@ -277,10 +277,12 @@ std::string SqliteWrite::FindContradiction()
         const char *text;
     };
     static constexpr Rule RULES[] = {
-        {"SELECT container_name FROM cloud_database WHERE database_type NOT BETWEEN 0 AND 2 OR last_sequence < 0",
+        {"SELECT container_name FROM cloud_database WHERE database_type NOT BETWEEN 0 AND 2 "
+         " OR last_sequence NOT BETWEEN 0 AND 9007199254740991",
             "container has an impossible type or sequence"},
         {"SELECT r.record_id FROM record r LEFT JOIN cloud_database d ON d.database_id = r.database_id"
-         " WHERE d.database_id IS NULL OR r.version < 1 OR r.sequence NOT BETWEEN 1 AND d.last_sequence",
+         " WHERE d.database_id IS NULL OR r.version NOT BETWEEN 1 AND 9007199254740991 OR r.sequence NOT BETWEEN 1 AND "
+         "d.last_sequence",
             "record has no database, or an impossible version or sequence"},
         {"SELECT a.record_id FROM asset a LEFT JOIN record r ON r.database_id = a.database_id"
          " AND r.record_id = a.record_id WHERE r.record_id IS NULL OR r.deleted <> 0",

@@ -5,13 +5,13 @@
 
 #include "util/encoding.h"
 #include "util/json_util.h"
+#include "util/log.h"
 
 namespace DriveService {
 
 namespace {
 
 constexpr size_t DATABASE_UID_BYTES = 8;
-constexpr int64_t FIRST_VERSION = 1;
 
 // Records are read in blocks when a type is indexed anew, so that memory stays bounded however many there are.
 constexpr int64_t REINDEX_RECORDS = 1000;
@@ -118,26 +118,19 @@ void SqliteWrite::Put(int64_t databaseId, StoredRecord &record, const std::vecto
         SQLite::Statement &put = connection_.Prepare(PUT_RECORD);
         BindRecord(put, databaseId, record);
         put.exec();
-        if (record.version != FIRST_VERSION) {
-            RemoveValues(databaseId, record);
-        }
-        AddValues(databaseId, record, values);
+        ReplaceValues(databaseId, record, values);
         if (record.deleted) {
             ReplaceAssets(databaseId, record.recordId, {});
         }
     });
 }
 
-void SqliteWrite::RemoveValues(int64_t databaseId, const StoredRecord &record)
+void SqliteWrite::ReplaceValues(int64_t databaseId, const StoredRecord &record, const std::vector<IndexRow> &values)
 {
     SQLite::Statement &remove = connection_.Prepare("DELETE FROM record_value WHERE database_id = ? AND record_id = ?");
     remove.bind(1, databaseId);
     remove.bind(2, record.recordId);
     remove.exec();
-}
-
-void SqliteWrite::AddValues(int64_t databaseId, const StoredRecord &record, const std::vector<IndexRow> &values)
-{
     if (record.deleted) {
         return;
     }
@@ -187,11 +180,11 @@ void SqliteWrite::Reindex(int64_t databaseId, const std::string &recordType, con
         for (const StoredRecord &record : page.records) {
             Json::Value data;
             std::string error;
+            // One that is damaged must not keep all others of its type from being saved and found.
             if (!ParseJson(record.data, data, error)) {
-                throw StoreError("the data of record " + record.recordId + " is damaged: " + error);
+                LogError("record " + record.recordId + " is damaged and not indexed: " + error);
             }
-            RemoveValues(databaseId, record);
-            AddValues(databaseId, record, MakeIndexRows(data, fields));
+            ReplaceValues(databaseId, record, MakeIndexRows(data, fields));
             query.after = record.sequence;
         }
         more = page.more;

@@ -44,8 +44,7 @@ private:
     int64_t NextSequence(int64_t databaseId);
     void AddChangeNotices();
     void DropNoticesOfNobody();
-    void RemoveValues(int64_t databaseId, const StoredRecord &record);
-    void AddValues(int64_t databaseId, const StoredRecord &record, const std::vector<IndexRow> &values);
+    void ReplaceValues(int64_t databaseId, const StoredRecord &record, const std::vector<IndexRow> &values);
     void Reindex(int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields);
 
     WriteTurn turn_;

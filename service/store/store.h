@@ -105,7 +105,7 @@ public:
         int64_t databaseId, const std::string &recordType, const std::vector<IndexedField> &fields) = 0;
 
     // Inserts or replaces the record and its indexed values, and gives it the next number of the change sequence. What
-    // is known of the assets of a record that is deleted goes with it. Only a record that was never there has version 1.
+    // is known of the assets of a record that is deleted goes with it.
     virtual void Put(int64_t databaseId, StoredRecord &record, const std::vector<IndexRow> &values) = 0;
 
     // What is known of the record's assets is this and nothing else.

@@ -4,7 +4,9 @@
 #include "util/json_util.h"
 
 #include <algorithm>
+#include <charconv>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include "records/limits.h"
@@ -22,6 +24,37 @@ std::unique_ptr<Json::CharReader> NewReader()
     Json::CharReaderBuilder::strictMode(&builder.settings_);
     builder.settings_["stackLimit"] = MAX_JSON_DEPTH;
     return std::unique_ptr<Json::CharReader>(builder.newCharReader());
+}
+
+// The number that four hexadecimal digits stand for; 0 when they are none.
+unsigned EscapedUnit(std::string_view digits)
+{
+    unsigned unit = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), unit, 16);
+    return unit;
+}
+
+// The reader makes bytes of them that are no UTF-8, or a character that nobody wrote.
+bool HasHalfPair(std::string_view text)
+{
+    constexpr size_t escapeBytes = 6;
+    const auto unitAt = [&](size_t position) {
+        const bool isEscape = text.substr(position, 2) == "\\u";
+        return isEscape ? EscapedUnit(text.substr(position + 2, 4)) : 0;
+    };
+    for (size_t i = text.find('\\'); i != std::string_view::npos; i = text.find('\\', i)) {
+        const unsigned unit = unitAt(i);
+        if (unit < 0xD800 || unit > 0xDFFF) {
+            i += 2;
+            continue;
+        }
+        const unsigned next = i + escapeBytes < text.size() ? unitAt(i + escapeBytes) : 0;
+        if (unit > 0xDBFF || next < 0xDC00 || next > 0xDFFF) {
+            return true;
+        }
+        i += 2 * escapeBytes;
+    }
+    return false;
 }
 
 } // namespace
@@ -58,6 +91,10 @@ bool ParseJson(const std::string &text, Json::Value &value, std::string &error)
 {
     if (!IsUtf8(text)) {
         error = "the text is not valid UTF-8";
+        return false;
+    }
+    if (HasHalfPair(text)) {
+        error = "the text has half of a surrogate pair";
         return false;
     }
     try {

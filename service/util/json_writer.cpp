@@ -4,6 +4,8 @@
 #include "util/json_writer.h"
 
 #include <cmath>
+#include <cstdlib>
+#include <new>
 #include <utility>
 
 #include <rapidjson/writer.h>
@@ -26,7 +28,30 @@ struct TextStream {
     std::string &text;
 };
 
-using Writer = rapidjson::Writer<TextStream>;
+// The writer itself does not look whether it gets memory for its levels.
+class ThrowingAllocator {
+public:
+    static constexpr bool kNeedFree = true;
+
+    void *Malloc(size_t size)
+    {
+        return Realloc(nullptr, 0, size);
+    }
+    void *Realloc(void *memory, size_t, size_t size)
+    {
+        void *moved = size > 0 ? std::realloc(memory, size) : nullptr;
+        if (moved == nullptr) {
+            throw std::bad_alloc();
+        }
+        return moved;
+    }
+    static void Free(void *memory)
+    {
+        std::free(memory);
+    }
+};
+
+using Writer = rapidjson::Writer<TextStream, rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator>;
 
 void WriteValue(Writer &writer, const Json::Value &value);
 

@@ -112,19 +112,38 @@ TEST_F(FetchTest, RecordsAreFetchedByTheirIds)
         Fetch("a", "nobody"), FailsWith(ErrorCode::UNKNOWN_RECORD_TYPE, "has no record type \"nobody\"", "recordType"));
 }
 
-TEST_F(FetchTest, ADamagedRecordIsTheServicesFailure)
+TEST_F(FetchTest, ADamagedRecordIsTheServicesFailureAndInNobodyElsesWay)
 {
-    SaveOne(NewPerson("p"));
+    Save(List({NewPerson("p"), NewPerson("q", "{'name': 'Bob'}")}));
     std::unique_ptr<WriteSession> session = service_->GetStore().BeginWrite();
     int64_t database = session->EnsureDatabase({"com.example.people", "people", 1}).id;
-    StoredRecord record = session->View().FindRecord(database, "p").value();
-    record.data = "{\"name\": ";
-    session->Put(database, record, {});
+    StoredRecord damaged = session->View().FindRecord(database, "p").value();
+    damaged.data = "{\"name\": ";
+    session->Put(database, damaged, {});
+    damaged = session->View().FindRecord(database, "q").value();
+    damaged.relations = "[";
+    session->Put(database, damaged, {});
     session->Commit();
     session.reset();
+    // So that what is next makes the index anew.
+    SqliteConnection(DataPaths(folder_.Path(), 100).database).Execute("DELETE FROM indexed_type");
+
     Json::Value reply = Fetch("p");
     EXPECT_THAT(reply, FailsWith(ErrorCode::STORE_FAILED, "record p is damaged: ", ""));
     EXPECT_EQ(reply["error"]["errorType"], static_cast<int>(ErrorType::SERVICE));
+
+    Json::Value results = Save(List({Changed("p", 7, "{'name': 'Ann'}"), NewPerson("r", "{'name': 'Cid'}")}));
+    EXPECT_THAT(results[0], FailsWith(ErrorCode::VERSION_CONFLICT, "has version 1", "baseVersion"));
+    EXPECT_FALSE(results[0].isMember("currentRecord"));
+    EXPECT_THAT(results[1], Succeeds());
+    EXPECT_THAT(Fetch("r"), Succeeds());
+
+    Json::Value both = List({NewPerson("s", "{'name': 'Dan'}"), Changed("q", 1, "{'age': 1}")});
+    reply = Ask("saveRecords", Members({{"records", both}, {"savePolicy", 0}}));
+    EXPECT_THAT(reply, FailsWith(ErrorCode::STORE_FAILED, "record q is damaged: ", ""));
+    EXPECT_THAT(Fetch("s"), FailsWith(ErrorCode::RECORD_NOT_FOUND, "", "recordId")) << "nothing of it was saved";
+    EXPECT_THAT(SaveOne(NewPerson("p", "{'name': 'Ann'}"), 2), Succeeds()) << "saving over it mends it";
+    EXPECT_THAT(Fetch("p"), Succeeds());
 }
 
 TEST_F(FetchTest, PagesStayWithinTheirBounds)

@@ -32,6 +32,10 @@ TEST_F(HostileInputTest, TextsThatAreNoRequestAreRefused)
         {"{\"a\": 1, \"a\": 2}", "Duplicate key"},
         {std::string(200, '[') + std::string(200, ']'), "Exceeded stackLimit"},
         {"{\"function\": \"\xff\"}", "not valid UTF-8"},
+        {R"({"a": "\\\udc00"})", "half of a surrogate pair"},
+        {R"({"a": "\uD83D\u0041"})", "half of a surrogate pair"},
+        {R"({"a": "\ud83d)", "half of a surrogate pair"},
+        {R"({"a": "\uD83D\uDE00\\udc00"} x)", "Extra non-whitespace after JSON value"},
         {"[" + std::string(2000001, ',') + "]", "more than 1000000 values; send less at a time"},
         {"[1, 2]", "a request is an object, came an array"},
     };
