@@ -55,37 +55,29 @@ protected:
     NubisTest::EventState state_;
 };
 
-TEST_F(EvUtilsTest, OmEventNamesItsOutcomeByProduct)
+TEST_F(EvUtilsTest, OnlyOmEventsNameTheirOutcomeByProduct)
 {
     Reporter().SetCloudUserId("ann");
     Om("com.ohos.photos");
     Om("com.example.own");
+    Op("com.ohos.photos");
     const auto events = Events();
-    ASSERT_EQ(events.size(), 2U);
-    Texts expected{{"operationType", "D"}, {"business_id", "getLock"}, {"traceID", "D_01_77_12"},
-        {"prepareTraceId", "P_01"}, {"userID", "ann"}, {"extraInfo", "more"}};
-    Texts album = expected;
+    ASSERT_EQ(events.size(), 3U);
+    Texts own{{"operationType", "D"}, {"business_id", "getLock"}, {"traceID", "D_01_77_12"}, {"prepareTraceId", "P_01"},
+        {"userID", "ann"}, {"extraInfo", "more"}};
+    Texts album = own;
     album.insert(
         {{"pn", "cloudalbum"}, {"error_code", "1234"}, {"error_msg", "it broke"}, {"galleryVersion", "5.3.1.300"}});
     EXPECT_EQ(TextsOf(events[0]["fields"]), album);
-    expected.insert({{"pn", "sync_com.example.own"}, {"returnCode", "1234"}, {"errorReason", "it broke"}});
-    EXPECT_EQ(TextsOf(events[1]["fields"]), expected);
-    EXPECT_EQ(events[0]["eventId"], "CloudDrive");
-    EXPECT_EQ(events[0]["eventType"], 1);
-}
-
-TEST_F(EvUtilsTest, OpEventHasOneSetOfNamesForEveryProduct)
-{
-    Reporter().SetCloudUserId("ann");
-    Op("com.ohos.photos");
-    const auto events = Events();
-    ASSERT_EQ(events.size(), 1U);
-    const Texts expected{{"pn", "cloudalbum"}, {"operationType", "plain"}, {"business_id", "sync"},
-        {"traceID", "plain"}, {"prepareTraceId", "P_02"}, {"userID", "ann"}, {"extraInfo", ""}, {"returnCode", "0"},
-        {"errorReason", "none"}};
-    EXPECT_EQ(TextsOf(events[0]["fields"]), expected);
-    EXPECT_EQ(events[0]["eventId"], "CloudDrive");
-    EXPECT_EQ(events[0]["eventType"], 2);
+    own.insert({{"pn", "sync_com.example.own"}, {"returnCode", "1234"}, {"errorReason", "it broke"}});
+    EXPECT_EQ(TextsOf(events[1]["fields"]), own);
+    const Texts op{{"pn", "cloudalbum"}, {"operationType", "plain"}, {"business_id", "sync"}, {"traceID", "plain"},
+        {"prepareTraceId", "P_02"}, {"userID", "ann"}, {"extraInfo", ""}, {"returnCode", "0"}, {"errorReason", "none"}};
+    EXPECT_EQ(TextsOf(events[2]["fields"]), op);
+    for (size_t i = 0; i < events.size(); ++i) {
+        EXPECT_EQ(events[i]["eventId"], "CloudDrive");
+        EXPECT_EQ(events[i]["eventType"], i < 2 ? 1 : 2);
+    }
 }
 
 TEST_F(EvUtilsTest, ExtrasAddFieldsButReplaceNone)
