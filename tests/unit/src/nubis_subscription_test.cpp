@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The libnubis_lite authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include <chrono>
-#include <functional>
 #include <future>
 
 #include <gmock/gmock.h>
@@ -19,35 +17,6 @@ using NubisTest::JsonText;
 using NubisTest::ParseJson;
 using testing::ElementsAre;
 
-// A callback and the waiting for it. A second call ends the test program.
-template <typename... Parts>
-class Outcome {
-public:
-    std::function<void(std::shared_ptr<NBContext>, Parts...)> Callback()
-    {
-        return [promise = promise_](std::shared_ptr<NBContext> context, auto &&...parts) {
-            promise->set_value({std::move(context), std::forward<decltype(parts)>(parts)...});
-        };
-    }
-
-    std::tuple<std::shared_ptr<NBContext>, std::decay_t<Parts>...> Wait()
-    {
-        auto future = promise_->get_future();
-        if (future.wait_for(std::chrono::seconds(30)) != std::future_status::ready) {
-            throw std::runtime_error("the callback did not come");
-        }
-        return future.get();
-    }
-
-private:
-    using Values = std::tuple<std::shared_ptr<NBContext>, std::decay_t<Parts>...>;
-    std::shared_ptr<std::promise<Values>> promise_ = std::make_shared<std::promise<Values>>();
-};
-
-using SaveOutcome = Outcome<std::shared_ptr<NBContainer>, NBSubscriptionResult &>;
-using ErrorOutcome = Outcome<const NBError &>;
-using BatchOutcome = Outcome<const std::vector<NBContainerSubscriptionResult> &, const NBError &>;
-
 class SubscriptionTest : public NubisTest::KitTest {
 protected:
     SubscriptionTest() : container_(std::make_shared<NBContainer>(BUNDLE, "main", kit_, 1))
@@ -55,28 +24,45 @@ protected:
         kit_->GetUserInfoFromJson(ParseJson(R"({"userInfo": {"pushKeyId": "key-7"}})"), userInfo_);
     }
 
-    NBSubscriptionResult Save(const std::shared_ptr<NBContainer> &container)
+    // The promises are shared, for a second call to end the test program.
+    static NBSubscriptionResult Save(const std::shared_ptr<NBContainer> &container)
     {
         NBSubscription subscription{5000000000};
-        SaveOutcome outcome;
+        const auto saved = std::make_shared<std::promise<NBSubscriptionResult>>();
         const auto context = NubisTest::ContextOf("t", "p");
-        container->SaveSubscription(context, subscription, outcome.Callback());
-        auto [handedBack, asked, result] = outcome.Wait();
-        EXPECT_EQ(handedBack, context);
-        EXPECT_EQ(asked, container);
-        return result;
+        container->SaveSubscription(
+            context, subscription, [=](auto handedBack, auto asked, NBSubscriptionResult &result) {
+                EXPECT_EQ(handedBack, context);
+                EXPECT_EQ(asked, container);
+                saved->set_value(result);
+            });
+        return saved->get_future().get();
+    }
+
+    using ErrorCall = void (NBContainer::*)(std::shared_ptr<NBContext>, std::string, NBErrorCallback);
+
+    static NBError Ask(NBContainer &container, ErrorCall call, const std::shared_ptr<NBContext> &context = nullptr)
+    {
+        const auto answered = std::make_shared<std::promise<NBError>>();
+        (container.*call)(context, "s-1", [=](auto handedBack, const NBError &error) {
+            EXPECT_EQ(handedBack, context);
+            answered->set_value(error);
+        });
+        return answered->get_future().get();
     }
 
     using BatchCall = void (NubisNative::*)(
         std::shared_ptr<NBContext>, std::vector<NBContainerSubscription> &, NBBatchSubscriptionCallback);
+    using BatchOutcome = std::pair<std::vector<NBContainerSubscriptionResult>, NBError>;
 
-    std::pair<std::vector<NBContainerSubscriptionResult>, NBError> Batch(BatchCall call)
+    BatchOutcome Batch(BatchCall call)
     {
         std::vector<NBContainerSubscription> subscriptions{{BUNDLE, "main", "i1", 1}, {"b", "c", "i2", -5000000000}};
-        BatchOutcome outcome;
-        (kit_.get()->*call)(nullptr, subscriptions, outcome.Callback());
-        auto [context, results, error] = outcome.Wait();
-        return {results, error};
+        const auto answered = std::make_shared<std::promise<BatchOutcome>>();
+        (kit_.get()->*call)(nullptr, subscriptions, [=](auto, const auto &results, const NBError &error) {
+            answered->set_value({results, error});
+        });
+        return answered->get_future().get();
     }
 
     NBUserInfo userInfo_;
@@ -117,17 +103,12 @@ TEST_F(SubscriptionTest, DeletingAndAskingForANotificationNameTheSubscription)
 {
     const Json::Value expected =
         ParseJson(R"({"bundleName": "com.example.notes", "containerName": "main", "id": "s-1"})");
-    using Call = void (NBContainer::*)(std::shared_ptr<NBContext>, std::string, NBErrorCallback);
     for (const auto &[function, call] :
-        std::map<std::string, Call>{
+        std::map<std::string, ErrorCall>{
             {"deleteSubscription", &NBContainer::DeleteSubscription}, {"changesNotify", &NBContainer::ChangesNotify}}) {
         for (const int code : {0, 9}) {
             service_->Answer(function, R"({"error": {}, "code": )" + std::to_string(code) + "}");
-            ErrorOutcome outcome;
-            (container_.get()->*call)(std::make_shared<NBContext>(), "s-1", outcome.Callback());
-            const auto [context, error] = outcome.Wait();
-            EXPECT_NE(context, nullptr);
-            EXPECT_EQ(error.GetServerErrorCode(), code) << function;
+            EXPECT_EQ(Ask(*container_, call, std::make_shared<NBContext>()).GetServerErrorCode(), code) << function;
         }
         EXPECT_NE(LastRequest(function)["traceId"], "") << "the kit adds one";
         EXPECT_EQ(LastRequest(function)["syncDemon"], "1");
@@ -141,13 +122,9 @@ TEST_F(SubscriptionTest, AContainerWithoutAKitSendsNothing)
     NubisTest::LogCapture log;
     EXPECT_EQ(Save(orphan).error.GetLocalErrorCode(), 22);
     EXPECT_THAT(log.TakeErrors(), ElementsAre("save subscription failed, nubis is null"));
-    ErrorOutcome deleted;
-    orphan->DeleteSubscription(nullptr, "s-1", deleted.Callback());
-    EXPECT_EQ(std::get<NBError>(deleted.Wait()).GetLocalErrorCode(), 22);
+    EXPECT_EQ(Ask(*orphan, &NBContainer::DeleteSubscription).GetLocalErrorCode(), 22);
     EXPECT_THAT(log.TakeErrors(), ElementsAre("del subscription failed, nubis is null"));
-    ErrorOutcome notified;
-    orphan->ChangesNotify(nullptr, "s-1", notified.Callback());
-    EXPECT_EQ(std::get<NBError>(notified.Wait()).GetLocalErrorCode(), 22);
+    EXPECT_EQ(Ask(*orphan, &NBContainer::ChangesNotify).GetLocalErrorCode(), 22);
     EXPECT_THAT(log.TakeErrors(), ElementsAre("change notify failed, nubis is null"));
 }
 
