@@ -31,8 +31,6 @@ struct TextStream {
 // The writer itself does not look whether it gets memory for its levels.
 class ThrowingAllocator {
 public:
-    static constexpr bool kNeedFree = true;
-
     void *Malloc(size_t size)
     {
         return Realloc(nullptr, 0, size);
