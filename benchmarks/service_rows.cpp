@@ -19,6 +19,7 @@
 #include "service_world.h"
 #include "sqlite_mirror.h"
 #include "transport_client.h"
+#include "util/json_writer.h"
 
 namespace NubisBench {
 namespace {
@@ -72,7 +73,8 @@ void MeasureSave(const Options &options, const fs::path &folder)
         // Freed before the watch is read, as the service frees what it parsed.
         ParseJson(text);
         mirror.Insert();
-        const std::string answer = WriteJson(reply);
+        // With the service's own writer, which is faster than JsonCpp's.
+        const std::string answer = DriveService::WriteJson(reply);
         return watch.Seconds();
     };
     Row row = ServiceRow("service-save", std::to_string(count) + " records saved in one request", SAVE_GOAL,
