@@ -18,7 +18,7 @@ namespace DriveService {
 class Reply {
 public:
     // Most answers have no such list.
-    Reply(Json::Value members) : members_(std::move(members)) // NOLINT(google-explicit-constructor)
+    Reply(Json::Value members) : members_(std::move(members))
     {}
 
     Json::Value &operator[](const char *name)
