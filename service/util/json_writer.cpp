@@ -4,8 +4,7 @@
 #include "util/json_writer.h"
 
 #include <cmath>
-#include <cstdlib>
-#include <new>
+#include <cstring>
 #include <utility>
 
 #include <rapidjson/writer.h>
@@ -28,91 +27,97 @@ struct TextStream {
     std::string &text;
 };
 
-// The writer itself does not look whether it gets memory for its levels.
-class ThrowingAllocator {
-public:
-    void *Malloc(size_t size)
-    {
-        return Realloc(nullptr, 0, size);
-    }
-    void *Realloc(void *memory, size_t, size_t size)
-    {
-        void *moved = size > 0 ? std::realloc(memory, size) : nullptr;
-        if (moved == nullptr) {
-            throw std::bad_alloc();
-        }
-        return moved;
-    }
-    static void Free(void *memory)
-    {
-        std::free(memory);
-    }
-};
+void WriteValue(TextStream &stream, const Json::Value &value);
 
-using Writer = rapidjson::Writer<TextStream, rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator>;
-
-void WriteValue(Writer &writer, const Json::Value &value);
-
-void WriteMembers(Writer &writer, const Json::Value &object)
+// A writer of RapidJSON for a number or a text alone: for arrays and objects it has a stack of its own, and does not look
+// whether it gets memory for that.
+rapidjson::Writer<TextStream> Scalar(TextStream &stream)
 {
-    for (auto member = object.begin(); member != object.end(); ++member) {
-        const char *end = nullptr;
-        const char *name = member.memberName(&end);
-        writer.Key(name, static_cast<rapidjson::SizeType>(end - name));
-        WriteValue(writer, *member);
-    }
+    return rapidjson::Writer<TextStream>(stream);
 }
 
-void WriteText(Writer &writer, const Json::Value &value)
+void WriteText(TextStream &stream, const char *begin, const char *end)
+{
+    Scalar(stream).String(begin, static_cast<rapidjson::SizeType>(end - begin));
+}
+
+void WriteText(TextStream &stream, const Json::Value &value)
 {
     const char *begin = nullptr;
     const char *end = nullptr;
     value.getString(&begin, &end);
-    writer.String(begin, static_cast<rapidjson::SizeType>(end - begin));
+    WriteText(stream, begin, end);
 }
 
-void WriteReal(Writer &writer, double value)
+void WriteReal(TextStream &stream, double value)
 {
     // JSON has no other numbers.
     if (std::isfinite(value)) {
-        writer.Double(value);
+        Scalar(stream).Double(value);
     } else {
-        writer.Null();
+        Scalar(stream).Null();
     }
 }
 
-void WriteValue(Writer &writer, const Json::Value &value)
+void WriteArray(TextStream &stream, const Json::Value &array)
+{
+    const char *separator = "[";
+    for (const Json::Value &element : array) {
+        stream.text += separator;
+        WriteValue(stream, element);
+        separator = ",";
+    }
+    stream.text += array.empty() ? "[]" : "]";
+}
+
+void WriteObject(TextStream &stream, const Json::Value &object, const std::vector<WrittenMember> &more)
+{
+    const char *separator = "{";
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        const char *end = nullptr;
+        const char *name = member.memberName(&end);
+        stream.text += separator;
+        WriteText(stream, name, end);
+        stream.text += ':';
+        WriteValue(stream, *member);
+        separator = ",";
+    }
+    for (const WrittenMember &member : more) {
+        stream.text += separator;
+        WriteText(stream, member.name, member.name + std::strlen(member.name));
+        stream.text += ':';
+        stream.text += member.text;
+        separator = ",";
+    }
+    stream.text += object.empty() && more.empty() ? "{}" : "}";
+}
+
+void WriteValue(TextStream &stream, const Json::Value &value)
 {
     switch (value.type()) {
         case Json::nullValue:
-            writer.Null();
+            Scalar(stream).Null();
             break;
         case Json::intValue:
-            writer.Int64(value.asInt64());
+            Scalar(stream).Int64(value.asInt64());
             break;
         case Json::uintValue:
-            writer.Uint64(value.asUInt64());
+            Scalar(stream).Uint64(value.asUInt64());
             break;
         case Json::realValue:
-            WriteReal(writer, value.asDouble());
+            WriteReal(stream, value.asDouble());
             break;
         case Json::stringValue:
-            WriteText(writer, value);
+            WriteText(stream, value);
             break;
         case Json::booleanValue:
-            writer.Bool(value.asBool());
+            Scalar(stream).Bool(value.asBool());
             break;
         case Json::arrayValue:
-            writer.StartArray();
-            for (const Json::Value &element : value) {
-                WriteValue(writer, element);
-            }
-            writer.EndArray();
+            WriteArray(stream, value);
             break;
         case Json::objectValue:
-            writer.StartObject();
-            WriteMembers(writer, value);
-            writer.EndObject();
+            WriteObject(stream, value, {});
             break;
     }
 }
@@ -123,8 +128,7 @@ std::string WriteJson(const Json::Value &value)
 {
     std::string text;
     TextStream stream{text};
-    Writer writer(stream);
-    WriteValue(writer, value);
+    WriteValue(stream, value);
     return text;
 }
 
@@ -132,16 +136,7 @@ std::string WriteJson(const Json::Value &object, const std::vector<WrittenMember
 {
     std::string text;
     TextStream stream{text};
-    Writer writer(stream);
-    writer.StartObject();
-    WriteMembers(writer, object);
-    for (const WrittenMember &member : more) {
-        writer.Key(member.name);
-        // The writer would copy it character by character; it adds what stands before a value.
-        writer.RawValue("", 0, rapidjson::kObjectType);
-        text += member.text;
-    }
-    writer.EndObject();
+    WriteObject(stream, object, more);
     return text;
 }
 
